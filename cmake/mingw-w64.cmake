@@ -1,0 +1,22 @@
+# Cross-build for Windows with MinGW-w64 (posix threads). The roots of the three dependencies
+# are cache variables: Debian carries none of them for Windows.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(NACELLE_MINGW_PREFIX x86_64-w64-mingw32 CACHE STRING "Prefix of the MinGW-w64 tools")
+set(NACELLE_QT_ROOT "" CACHE PATH "Qt 5.15 for MinGW: the folder with bin/, include/ and lib/")
+set(NACELLE_FFMPEG_ROOT "" CACHE PATH "FFmpeg for MinGW: the folder with include/ and lib/")
+set(NACELLE_VLC_ROOT "" CACHE PATH "libVLC for MinGW: the folder with include/ and lib/")
+
+set(CMAKE_C_COMPILER ${NACELLE_MINGW_PREFIX}-gcc-posix)
+set(CMAKE_CXX_COMPILER ${NACELLE_MINGW_PREFIX}-g++-posix)
+set(CMAKE_RC_COMPILER ${NACELLE_MINGW_PREFIX}-windres)
+
+list(APPEND CMAKE_FIND_ROOT_PATH
+    /usr/${NACELLE_MINGW_PREFIX} ${NACELLE_QT_ROOT} ${NACELLE_FFMPEG_ROOT} ${NACELLE_VLC_ROOT})
+list(APPEND CMAKE_PREFIX_PATH ${NACELLE_QT_ROOT})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES
+    NACELLE_MINGW_PREFIX NACELLE_QT_ROOT NACELLE_FFMPEG_ROOT NACELLE_VLC_ROOT)
