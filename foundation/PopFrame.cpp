@@ -1,0 +1,46 @@
+#include "foundation/PopFrame.h"
+
+#include "foundation/QGlobal.h"
+
+PopFrame::PopFrame(QWidget *parent) : QWidget(parent)
+{
+    ui.setupUi(this);
+    setWindowTitle(translated("提示"));
+    setWindowModality(Qt::ApplicationModal);
+    ui.label_1->setWordWrap(true);
+    ui.pushButtonOK->setText(translated("确定"));
+    ui.pushButtonCancel->setText(translated("取消"));
+    setWindowFlags(Qt::FramelessWindowHint);
+
+    const auto c = [](const char *key) {
+        return QGlobal::instance()->palette->value(QLatin1String(key), QLatin1String(""));
+    };
+    setStyleSheet("background-color:" + c("main"));
+    ui.label_1->setStyleSheet("color:" + c("bright"));
+    ui.pushButtonOK->setStyleSheet("QPushButton{background-color:" + c("main") +
+                                   ";color:" + c("bright") + ";border:1px solid" + c("monitor") +
+                                   ";}");
+    ui.pushButtonCancel->setStyleSheet("QPushButton{background-color:" + c("monitor") +
+                                       "; color:" + c("bright") + "; border:1px solid" +
+                                       c("monitor") + "; }");
+
+    connect(ui.pushButtonOK, &QPushButton::clicked, this, &PopFrame::ok);
+    connect(ui.pushButtonCancel, &QPushButton::clicked, this, &PopFrame::close);
+}
+
+void PopFrame::setMessage(const QString &message)
+{
+    ui.label_1->setText(message);
+}
+
+void PopFrame::ok()
+{
+    close();
+}
+
+void showNotice(const char *key)
+{
+    auto *box = new PopFrame(nullptr);
+    box->setMessage(translated(key));
+    box->show();
+}
