@@ -1,0 +1,1 @@
+#include "tools/podsim/podchannel.h"

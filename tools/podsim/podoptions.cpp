@@ -1,0 +1,213 @@
+#include "tools/podsim/podoptions.h"
+
+#include <QCommandLineParser>
+
+#include <array>
+#include <limits>
+
+namespace podsim {
+
+namespace {
+
+struct OptionRow
+{
+    const char *name;
+    const char *value; ///< name of the value, empty for a switch
+    const char *text;
+};
+
+// clang-format off
+constexpr OptionRow kOptions[] = {
+    {"tcp", "port", "Listen for TCP clients. The port may be left out: 2332; 0 takes a free one."},
+    {"udp", "port", "Take datagrams. The port may be left out: 2337; 0 takes a free one."},
+    {"udp-reply", "port", "Answer datagrams to this port of their sender's address: 2338."},
+    {"pty", "link", "Open a pseudo-terminal and put a symbolic link to it at <link>."},
+    {"listen", "address", "Listen on this address: 127.0.0.1."},
+    {"start-mode", "hex", "Start in this work mode: 12 (follow)."},
+    {"verbose", "", "Show idle and repeated frames and every answer too."},
+    {"split", "bytes", "Write answers in pieces of so many bytes."},
+    {"coalesce", "count", "Write so many answers together."},
+    {"delay", "ms", "Answer so many milliseconds late."},
+    {"drop", "n", "Leave out every nth answer."},
+    {"noise", "bytes", "Write so many bytes of noise before each answer."},
+    {"bad-crc", "n", "Give every nth answer a wrong checksum."},
+    {"bad-length", "n", "Give every nth answer a wrong length field."},
+    {"seed", "number", "Start the noise from this number: 1."},
+    {"result", "code", "Answer commands with this result, 0 to 255: 0 success, 1 failure, "
+                       "any other executing. Only with 0 are they carried out."},
+    {"ack-after", "n", "Answer a command n times with \"executing\" before its result."},
+    {"silent", "", "Read, never answer."},
+};
+// clang-format on
+
+/// A number of the faults: its option, its place, and what it may be.
+struct NumberRow
+{
+    const char *name;
+    int FaultOptions::*field;
+    int least;
+    int most;
+};
+
+constexpr std::array<NumberRow, 8> kNumbers{{
+    {"split", &FaultOptions::split, 1, 65535},
+    {"coalesce", &FaultOptions::coalesce, 1, 1000},
+    {"delay", &FaultOptions::delay, 0, 60000},
+    {"drop", &FaultOptions::drop, 1, 1000000},
+    {"noise", &FaultOptions::noise, 0, 65535},
+    {"bad-crc", &FaultOptions::badCrc, 1, 1000000},
+    {"bad-length", &FaultOptions::badLength, 1, 1000000},
+    {"ack-after", &FaultOptions::ackAfter, 0, 1000000},
+}};
+
+constexpr quint16 kTcpPort = 2332;
+constexpr quint16 kUdpPort = 2337;
+
+bool isNumber(const QString &text)
+{
+    for (const QChar c : text)
+        if (c < QLatin1Char('0') || c > QLatin1Char('9'))
+            return false;
+    return !text.isEmpty();
+}
+
+/// Gives `--tcp` and `--udp` the value that they may do without.
+QStringList completed(const QStringList &arguments)
+{
+    QStringList result;
+    for (int i = 0; i < arguments.size(); ++i) {
+        const QString &argument = arguments[i];
+        const bool isTcp = argument == QLatin1String("--tcp");
+        if (!isTcp && argument != QLatin1String("--udp")) {
+            result.append(argument);
+            continue;
+        }
+        const bool hasValue = isNumber(arguments.value(i + 1));
+        const QString port =
+            hasValue ? arguments[++i] : QString::number(isTcp ? kTcpPort : kUdpPort);
+        result.append(argument + QLatin1Char('=') + port);
+    }
+    return result;
+}
+
+/// Takes the values of a parsed command line, keeping the first error.
+class OptionReader
+{
+public:
+    explicit OptionReader(const QCommandLineParser &parser) : m_parser(parser) {}
+
+    const QString &error() const { return m_error; }
+    bool has(const char *name) const { return m_parser.isSet(QLatin1String(name)); }
+    QString text(const char *name) const { return m_parser.value(QLatin1String(name)); }
+
+    /// The number of an option that is given, within its limits.
+    std::optional<qint64> number(const char *name, qint64 least, qint64 most, int base = 10)
+    {
+        if (!has(name))
+            return {};
+        bool isGood = false;
+        const qint64 value = text(name).toLongLong(&isGood, base);
+        if (isGood && value >= least && value <= most)
+            return value;
+        refuse(name, QStringLiteral("a number from %1 to %2 is needed").arg(least).arg(most));
+        return {};
+    }
+
+    std::optional<quint16> port(const char *name, int least)
+    {
+        const std::optional<qint64> value = number(name, least, 65535);
+        return value ? std::optional<quint16>(static_cast<quint16>(*value)) : std::nullopt;
+    }
+
+    void refuse(const char *name, const QString &reason)
+    {
+        if (m_error.isEmpty())
+            m_error = QStringLiteral("--%1 %2: %3").arg(QLatin1String(name), text(name), reason);
+    }
+
+private:
+    const QCommandLineParser &m_parser;
+    QString m_error;
+};
+
+void readLinks(OptionReader &reader, PodOptions &options)
+{
+    options.tcpPort = reader.port("tcp", 0);
+    options.udpPort = reader.port("udp", 0);
+    options.udpReplyPort = reader.port("udp-reply", 1);
+    if (reader.has("pty"))
+        options.ptyLink = reader.text("pty");
+    if (options.ptyLink && options.ptyLink->isEmpty())
+        reader.refuse("pty", QStringLiteral("a file name is needed"));
+    if (options.udpReplyPort && !reader.has("udp"))
+        reader.refuse("udp-reply", QStringLiteral("there is no --udp"));
+    if (reader.has("listen") && !options.address.setAddress(reader.text("listen")))
+        reader.refuse("listen", QStringLiteral("not an IP address"));
+}
+
+void readMode(OptionReader &reader, PodOptions &options)
+{
+    if (!reader.has("start-mode"))
+        return;
+    bool isGood = false;
+    const int code = reader.text("start-mode").toInt(&isGood, 16);
+    if (isGood && modeName(code) != nullptr)
+        options.startMode = static_cast<PodMode>(code);
+    else
+        reader.refuse("start-mode", QStringLiteral("one of 10, 11, 12, 13, 14, 16, 17, 1C"));
+}
+
+void readFaults(OptionReader &reader, FaultOptions &faults)
+{
+    for (const NumberRow &row : kNumbers)
+        faults.*row.field =
+            static_cast<int>(reader.number(row.name, row.least, row.most).value_or(0));
+    faults.seed = static_cast<quint32>(
+        reader.number("seed", 0, std::numeric_limits<quint32>::max()).value_or(1));
+    if (const std::optional<qint64> result = reader.number("result", 0, 255))
+        faults.result = static_cast<quint8>(*result);
+    faults.silent = reader.has("silent");
+}
+
+QString missingLink()
+{
+    return QStringLiteral("no link: give --tcp [port], --udp [port] or --pty <link>, or several");
+}
+
+} // namespace
+
+ParsedOptions parseOptions(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "A simulated camera pod: answers the host frames of the GCU private protocol "
+        "and tells each event on a line of its own."));
+    parser.addHelpOption();
+    for (const OptionRow &row : kOptions)
+        parser.addOption(
+            {QLatin1String(row.name), QLatin1String(row.text), QLatin1String(row.value)});
+
+    ParsedOptions parsed;
+    if (!parser.parse(completed(arguments))) {
+        parsed.error = parser.errorText();
+        return parsed;
+    }
+    if (parser.isSet(QStringLiteral("help"))) {
+        parsed.help = parser.helpText();
+        return parsed;
+    }
+    OptionReader reader(parser);
+    readLinks(reader, parsed.options);
+    readMode(reader, parsed.options);
+    readFaults(reader, parsed.options.faults);
+    parsed.options.verbose = reader.has("verbose");
+    parsed.error = reader.error();
+    if (!parser.positionalArguments().isEmpty())
+        parsed.error = QStringLiteral("unexpected: %1").arg(parser.positionalArguments().first());
+    else if (!reader.has("tcp") && !reader.has("udp") && !reader.has("pty") &&
+             parsed.error.isEmpty())
+        parsed.error = missingLink();
+    return parsed;
+}
+
+} // namespace podsim

@@ -1,0 +1,69 @@
+#include "tools/podsim/podserver.h"
+
+#include "tools/podsim/podchannel.h"
+#include "tools/podsim/podlinkpty.h"
+#include "tools/podsim/podlinktcp.h"
+#include "tools/podsim/podlinkudp.h"
+
+#include <utility>
+
+namespace podsim {
+
+namespace {
+
+constexpr quint16 kReplyPort = 2338;
+
+} // namespace
+
+PodServer::PodServer(const PodOptions &options) : m_context(options)
+{
+    m_context.clock.start();
+    if (options.startMode)
+        m_context.state.enter(*options.startMode);
+    m_context.state.events.clear();
+    addLinks();
+}
+
+PodServer::~PodServer()
+{
+    closeLinks();
+}
+
+void PodServer::addLinks()
+{
+    const PodOptions &options = m_context.options;
+    if (options.tcpPort)
+        m_links.append(new PodLinkTcp(options.address, *options.tcpPort, this));
+    if (options.udpPort)
+        m_links.append(new PodLinkUdp(options.address, *options.udpPort,
+                                      options.udpReplyPort.value_or(kReplyPort), this));
+    if (options.ptyLink)
+        m_links.append(new PodLinkPty(*options.ptyLink, this));
+    for (PodLink *link : m_links)
+        connect(link, &PodLink::opened, this,
+                [this](PodChannel *channel) { new PodSession(channel, m_context); });
+}
+
+QString PodServer::open()
+{
+    for (PodLink *link : m_links) {
+        const QString reason = link->open();
+        if (!reason.isEmpty())
+            return reason;
+        m_context.log.line(QStringLiteral("listening on ") + link->where());
+    }
+    return {};
+}
+
+void PodServer::closeLinks()
+{
+    qDeleteAll(std::exchange(m_links, {}));
+}
+
+void PodServer::close()
+{
+    closeLinks();
+    m_context.log.line(summary(m_context.counts));
+}
+
+} // namespace podsim

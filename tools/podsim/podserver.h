@@ -1,0 +1,34 @@
+#pragma once
+
+#include "tools/podsim/podsession.h"
+
+#include <QObject>
+#include <QVector>
+
+namespace podsim {
+
+class PodLink;
+
+/// The pod with its links. Lives in the main thread.
+class PodServer : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit PodServer(const PodOptions &options);
+    ~PodServer() override;
+
+    /// Opens all links that were asked for; the reason if one can't be had, empty otherwise.
+    QString open();
+    /// Closes the links and writes the summary.
+    void close();
+
+private:
+    void addLinks();
+    void closeLinks();
+
+    PodContext m_context;
+    QVector<PodLink *> m_links;
+};
+
+} // namespace podsim

@@ -1,0 +1,145 @@
+#include "tools/podsim/podstate.h"
+
+#include <algorithm>
+#include <cmath>
+#include <initializer_list>
+#include <limits>
+#include <utility>
+
+namespace podsim {
+
+namespace {
+
+constexpr double kPerDegree = 100;
+constexpr double kPerGeoDegree = 1e7;
+constexpr double kPerMetre = 1000;
+constexpr double kTenths = 10;
+
+template <typename Wire>
+Wire onWire(double value)
+{
+    const double least = std::numeric_limits<Wire>::min();
+    const double most = std::numeric_limits<Wire>::max();
+    return static_cast<Wire>(std::lround(std::clamp(value, least, most)));
+}
+
+quint16 yawOnWire(double degrees)
+{
+    const int hundredths = onWire<qint16>(wrapped(degrees) * kPerDegree);
+    return static_cast<quint16>((hundredths + 36000) % 36000);
+}
+
+quint8 bits(std::initializer_list<bool> flags)
+{
+    int value = 0;
+    int bit = 1;
+    for (const bool flag : flags) {
+        value |= flag ? bit : 0;
+        bit <<= 1;
+    }
+    return static_cast<quint8>(value);
+}
+
+void putAngles(GcuReport &report, const PodMotion &motion)
+{
+    report.relativeX = onWire<qint16>(motion.relative().roll * kPerDegree);
+    report.relativeY = onWire<qint16>(motion.relative().pitch * kPerDegree);
+    report.relativeZ = onWire<qint16>(motion.relative().yaw * kPerDegree);
+    report.absoluteRoll = onWire<qint16>(motion.absolute().roll * kPerDegree);
+    report.absolutePitch = onWire<qint16>(motion.absolute().pitch * kPerDegree);
+    report.absoluteYaw = yawOnWire(motion.absolute().yaw);
+    report.rateX = onWire<qint16>(motion.rates().roll * kTenths);
+    report.rateY = onWire<qint16>(motion.rates().pitch * kTenths);
+    report.rateZ = onWire<qint16>(motion.rates().yaw * kTenths);
+}
+
+void putTarget(GcuReport &report, const PodMotion &motion, const Vector &sight)
+{
+    const std::optional<double> distance = motion.groundDistance(sight);
+    const GeoPoint target = distance ? motion.placeAlong(sight) : motion.carrierPosition();
+    report.targetDistance = onWire<qint32>(distance.value_or(0) * kTenths);
+    report.targetLongitude = onWire<qint32>(target.longitude * kPerGeoDegree);
+    report.targetLatitude = onWire<qint32>(target.latitude * kPerGeoDegree);
+    report.targetAltitude = onWire<qint32>(target.altitude * kPerMetre);
+}
+
+} // namespace
+
+QStringList PodState::takeEvents()
+{
+    return std::exchange(events, {});
+}
+
+void PodState::step(double seconds, const HostFrame &host)
+{
+    motion.setCarrier(host);
+    motion.step(seconds, host.control);
+    for (std::size_t i = 0; i < cameras.size(); ++i)
+        if (cameras[i].step(seconds))
+            events.append(QStringLiteral("camera %1 zoom at its limit of %2")
+                              .arg(i + 1)
+                              .arg(cameras[i].zoom, 0, 'f', 1));
+}
+
+void PodState::enter(PodMode mode)
+{
+    externalTracking = false;
+    noteMode(mode);
+    motion.enter(mode);
+}
+
+void PodState::enter(PodMode mode, const GeoPoint &place)
+{
+    enter(mode);
+    motion.enter(mode, place);
+}
+
+void PodState::noteMode(PodMode mode)
+{
+    const int code = static_cast<int>(mode);
+    if (motion.mode() != mode)
+        events.append(QStringLiteral("mode 0x%1 %2")
+                          .arg(QString::number(code, 16).toUpper(), QLatin1String(modeName(code))));
+}
+
+Vector PodState::lineOfSight(double x, double y) const
+{
+    return turned(motion.cameraRotation(), cameras[0].rayThrough(x, y));
+}
+
+std::array<int, 2> PodState::missDistances() const
+{
+    if (externalTracking)
+        return {externalRight, externalDown};
+    if (motion.mode() != PodMode::Tracking || !motion.place())
+        return {0, 0};
+    const Vector offset = offsetBetween(motion.carrierPosition(), *motion.place());
+    const Vector seen = turned(transposed(motion.cameraRotation()), offset);
+    if (seen[0] <= 0)
+        return {0, 0};
+    const double right = seen[1] / seen[0] / cameras[0].halfWidth() * kPickCentre;
+    const double down = seen[2] / seen[0] / cameras[0].halfHeight() * kPickCentre;
+    return {onWire<qint16>(right), onWire<qint16>(down)};
+}
+
+GcuReport PodState::report() const
+{
+    GcuReport report;
+    report.mode = static_cast<quint8>(motion.mode());
+    report.flags[0] =
+        bits({recording != 0, nightVision != 0, ranging != 0, motion.mode() == PodMode::Tracking,
+              osd != 0, recognition != 0, autoFlip != 0, light != 0});
+    report.flags[1] = static_cast<quint8>(
+        (pictureInPicture & 0x07) |
+        bits({false, false, false, cameras[0].zooming != 0, cameras[1].zooming != 0}));
+    const std::array<int, 2> miss = missDistances();
+    report.missHorizontal = static_cast<qint16>(miss[0]);
+    report.missVertical = static_cast<qint16>(miss[1]);
+    putAngles(report, motion);
+    putTarget(report, motion, lineOfSight());
+    report.zoom1 = onWire<quint16>(cameras[0].zoom * kTenths);
+    report.zoom2 = onWire<quint16>(cameras[1].zoom * kTenths);
+    return report;
+}
+
+} // namespace podsim
