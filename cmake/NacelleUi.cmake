@@ -2,17 +2,24 @@
 add_library(nacelle_ui STATIC
     foundation/PopFrame.cpp foundation/PopFrame.h foundation/PopFrame.ui
     foundation/scale.h
+    console/carrierblock.cpp console/carrierblock.h
+    console/commandframe.cpp console/commandframe.h
+    console/flowAnalysis.cpp console/flowAnalysis.h console/flowAnalysis.ui
+    console/sendflags.h
+    protocol/controlCmd.cpp protocol/controlCmd.h protocol/controlCmd.ui
     protocol/dataPacketAnalysis.cpp protocol/dataPacketAnalysis.h protocol/dataPacketAnalysis.ui
+    protocol/entryrules.cpp protocol/entryrules.h
     shell/NacelleBench.cpp shell/NacelleBench.h shell/NacelleBench.ui
     shell/QMyTcpSocket.cpp shell/QMyTcpSocket.h
     shell/connectDevice.cpp shell/connectDevice.h shell/connectDevice.ui
-    shell/framecut.cpp shell/framecut.h
-    shell/history.cpp shell/history.h
-    shell/links.cpp
+    shell/framecut.h
+    shell/links.cpp shell/links.h
     resources/resources.qrc
 )
 target_link_libraries(nacelle_ui PUBLIC nacelle_core
     Qt5::Widgets Qt5::Network Qt5::SerialPort Qt5::Concurrent)
+# The pages hold their generated forms by value.
+target_include_directories(nacelle_ui PUBLIC ${CMAKE_BINARY_DIR}/nacelle_ui_autogen/include)
 
 add_executable(NacelleBench WIN32 shell/main.cpp)
 target_link_libraries(NacelleBench PRIVATE nacelle_ui)

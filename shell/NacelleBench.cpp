@@ -1,0 +1,374 @@
+#include "shell/NacelleBench.h"
+
+#include "console/flowAnalysis.h"
+#include "foundation/PopFrame.h"
+#include "foundation/QGlobal.h"
+#include "protocol/codec.h"
+#include "protocol/dataPacketAnalysis.h"
+#include "protocol/gcuframe.h"
+#include "shell/QMyTcpSocket.h"
+#include "shell/connectDevice.h"
+#include "shell/framecut.h"
+#include "shell/links.h"
+
+#include <QApplication>
+#include <QButtonGroup>
+#include <QIcon>
+#include <QScreen>
+#include <QSerialPort>
+#include <QTcpSocket>
+#include <QTime>
+#include <QUdpSocket>
+
+#include <algorithm>
+
+namespace {
+
+constexpr double kDesignScreenHeight = 1080.0;
+constexpr double kBaseFontPixels = 12.0;
+constexpr int kOddParityIndex = 1;
+constexpr int kEvenParityIndex = 2;
+constexpr int kHistoryView = 1;
+constexpr int kDefaultRun = 0;
+constexpr int kLearningRun = 1;
+/// Size of a GCU frame whose feedback area holds code and result: the only one that is an answer.
+constexpr int kAnswerSize = 73;
+
+QString pageName()
+{
+    return QStringLiteral("CurrentPage");
+}
+
+/// All widgets below `host` that bear the page's name, last first.
+template <typename T>
+QList<T *> pagesIn(QWidget *host)
+{
+    QList<T *> pages = host->findChildren<T *>(pageName());
+    std::reverse(pages.begin(), pages.end());
+    return pages;
+}
+
+QString logEntry(const char *direction, const QByteArray &frame)
+{
+    return QLatin1Char('[') + QTime::currentTime().toString(QStringLiteral("HH:mm:ss:zzz")) +
+           QLatin1Char(']') + translated(direction) + QLatin1String("->\n") + hexDigits(frame);
+}
+
+} // namespace
+
+NacelleBench::NacelleBench(QWidget *parent) : QMainWindow(parent)
+{
+    ui.setupUi(this);
+    setWindowState(Qt::WindowMaximized);
+    setWindowTitle(translated("云台报文工作台"));
+    setWindowIcon(QIcon(QStringLiteral(":/NacelleBench/Resources/a71dp-jlnoy-001.ico")));
+    const double scale = screen()->geometry().height() / kDesignScreenHeight;
+    QGlobal::instance()->scaleFactor = scale;
+    setStyleSheet("font:" + QString::number(kBaseFontPixels * scale, 'g', 6) + "px ");
+    build();
+}
+
+void NacelleBench::build()
+{
+    auto *pageButtons = new QButtonGroup(this);
+    pageButtons->setExclusive(true);
+    pageButtons->addButton(ui.pushButton_1);
+    pageButtons->addButton(ui.pushButton_2);
+    connect(ui.pushButton_1, &QPushButton::toggled, this, &NacelleBench::SelectDataPacketAnalysis);
+    connect(ui.pushButton_2, &QPushButton::toggled, this, &NacelleBench::SelectFlowAnalysis);
+
+    m_panel = new connectDevice(ui.widget_1);
+    m_panel->setMainWindow(this);
+    m_panel->show();
+    SelectDataPacketAnalysis(true);
+
+    ui.menuButton->setStyleSheet(QStringLiteral(
+        "QPushButton{border-image: url(:/NacelleBench/Resources/setting.png)}"
+        "QPushButton:menu-indicator{image:none;}"));
+    retranslate();
+}
+
+void NacelleBench::retranslate()
+{
+    setWindowTitle(translated("云台报文工作台"));
+    ui.pushButton_1->setText(translated("数据包解析"));
+    ui.pushButton_2->setText(translated("流程解析"));
+}
+
+void NacelleBench::SelectDataPacketAnalysis(bool isSelected)
+{
+    if (!isSelected)
+        return;
+    for (flowAnalysis *page : pagesIn<flowAnalysis>(ui.widget_2))
+        page->giveUp();
+    giveUpPages();
+    makePacketPage();
+    currentPageIndex = 0;
+    m_panel->setPageMode(0);
+}
+
+void NacelleBench::SelectFlowAnalysis(bool isSelected)
+{
+    if (!isSelected)
+        return;
+    giveUpPages();
+    makeFlowPage();
+    currentPageIndex = 1;
+    m_panel->setPageMode(1);
+}
+
+/// Takes every page out of the window at once; the event loop deletes them later.
+void NacelleBench::giveUpPages()
+{
+    m_packetPage = nullptr;
+    m_flowPage = nullptr;
+    for (QWidget *page : pagesIn<QWidget>(ui.widget_2)) {
+        if (page->parent())
+            page->setParent(nullptr);
+        page->deleteLater();
+    }
+}
+
+void NacelleBench::placePage(QWidget *page)
+{
+    page->setObjectName(pageName());
+    page->setGeometry(0, 0, ui.widget_2->width(), ui.widget_2->height());
+}
+
+void NacelleBench::makePacketPage()
+{
+    m_packetPage = new dataPacketAnalysis(ui.widget_2);
+    placePage(m_packetPage);
+    m_packetPage->setMainWindow(this);
+    m_packetPage->show();
+}
+
+void NacelleBench::makeFlowPage()
+{
+    m_flowPage = new flowAnalysis(ui.widget_2);
+    placePage(m_flowPage);
+    m_flowPage->setMainWindow(this);
+    m_flowPage->show();
+}
+
+/// Panel and page aren't in a layout: they follow their hosts here.
+void NacelleBench::resizeEvent(QResizeEvent *)
+{
+    m_panel->setFixedSize(ui.widget_1->size());
+    for (QWidget *page : pagesIn<QWidget>(ui.widget_2))
+        page->setFixedSize(ui.widget_2->size());
+}
+
+void NacelleBench::closeEvent(QCloseEvent *)
+{
+    QApplication::exit(0);
+}
+
+void NacelleBench::clearLog()
+{
+    m_panel->clearData();
+}
+
+void NacelleBench::rebuildPage(bool console)
+{
+    if (!console && m_flowPage)
+        m_flowPage->stopRunning();
+    giveUpPages();
+    if (console) {
+        makeFlowPage();
+        return;
+    }
+    makePacketPage();
+    m_packetPage->setHistoryView(kHistoryView);
+    showGroup(historyIndex);
+}
+
+void NacelleBench::showHistoryGroup(bool newer)
+{
+    int target = 0;
+    if (newer)
+        target = qMax(0, historyIndex - 1);
+    else if (qMax(sentFrames.size(), receivedFrames.size()) > historyIndex + 1)
+        target = historyIndex + 1; // past the oldest group it jumps back to the newest
+    if (m_panel->consoleInFront())
+        return;
+    if (showGroup(target))
+        historyIndex = target;
+}
+
+/// Position in the log's text where the newest entry ends.
+int NacelleBench::logEnd() const
+{
+    return qMax(sentEnds.value(0), receivedEnds.value(0));
+}
+
+/// Selects the stored group in the log: the i-th newest sent entry, together with the received one
+/// if that follows at once. Returns -1 when the text has left the display.
+int NacelleBench::selectGroup(int index)
+{
+    if (index >= sentFrames.size())
+        return 0;
+    const bool answered = index < receivedFrames.size() &&
+                          sentEnds.at(index) == receivedStarts.at(index);
+    const int end = answered ? receivedEnds.at(index) : sentEnds.at(index);
+    return m_panel->selectLogRange(sentStarts.at(index) + 1, end, logEnd());
+}
+
+bool NacelleBench::showGroup(int index)
+{
+    if (selectGroup(index) != 0)
+        return false;
+    if (m_packetPage && index < sentFrames.size())
+        m_packetPage->showHostFrame(sentFrames.at(index));
+    if (m_packetPage && index < receivedFrames.size())
+        m_packetPage->showGcuFrame(receivedFrames.at(index));
+    return true;
+}
+
+void NacelleBench::CreateTCP(QString ip, int port1, int, bool isFrist)
+{
+    connectType = kTcpLink;
+    remoteAddress = ip;
+    auto *link = new QMyTcpSocket;
+    connect(link, &QMyTcpSocket::signals_ReceiveTcpData, this, &NacelleBench::receiveData);
+    connect(link, &QMyTcpSocket::signals_ConnectFail, this, &NacelleBench::ConnectFail);
+    connect(link, &QMyTcpSocket::signals_ConnectSuccess, this, &NacelleBench::ConnectSuccess);
+    // This window has no such slot, so that a lost connection is never made again by itself: the
+    // operator presses the connect button. It is meant to stay so.
+    connect(link, SIGNAL(signals_CreateMyTcpSocket(QString,int,bool)), this,
+            SLOT(CreateTCP(QString,int, bool)));
+    link->createSocket(ip, port1, isFrist);
+}
+
+void NacelleBench::CreateUDP(QString ip, int port1, int port2, bool)
+{
+    connectType = kUdpLink;
+    remoteAddress = ip;
+    remotePort = port1;
+    udpSocket = new QUdpSocket;
+    const QHostAddress local = localAddressFor(ip);
+    if (local.isNull())
+        udpSocket->bind(quint16(port2));
+    else
+        udpSocket->bind(local, quint16(port2));
+    connect(udpSocket, &QUdpSocket::readyRead, this, &NacelleBench::receive);
+    // The notice says that the objects were made, not that the port is open.
+    showNotice("创建UDP通信成功！");
+    QGlobal::instance()->deviceName.clear();
+}
+
+void NacelleBench::CreateSerialPort(QString portName, int baudRate, int dataBits, int parity, int,
+                                    bool)
+{
+    connectType = kSerialLink;
+    serialPortName = portName;
+    serialPort = new QSerialPort;
+    serialPort->setPortName(portName);
+    serialPort->setBaudRate(baudRate, QSerialPort::AllDirections);
+    serialPort->setDataBits(QSerialPort::DataBits(dataBits));
+    serialPort->setParity(parity == kOddParityIndex    ? QSerialPort::OddParity
+                          : parity == kEvenParityIndex ? QSerialPort::EvenParity
+                                                       : QSerialPort::NoParity);
+    // One stop bit whatever the panel shows: its choice is taken and ignored on purpose.
+    serialPort->setStopBits(QSerialPort::OneStop);
+    if (!serialPort->open(QIODevice::ReadWrite)) {
+        showNotice("打开串口失败！");
+        return;
+    }
+    connect(serialPort, &QSerialPort::readyRead, this, &NacelleBench::receive);
+    // This window has no such slot: errors of an open port go unnoticed, and are meant to.
+    connect(serialPort, SIGNAL(errorOccurred(QSerialPort::SerialPortError)), this,
+            SLOT(SerialErrorOccurred(QSerialPort::SerialPortError)));
+    showNotice("打开串口成功！");
+    QGlobal::instance()->deviceName.clear();
+}
+
+void NacelleBench::ConnectSuccess(QTcpSocket *tcp)
+{
+    tcpSocket = tcp;
+    showNotice("TCP连接成功！");
+}
+
+void NacelleBench::ConnectFail(QString)
+{
+    showNotice("TCP连接失败！");
+}
+
+void NacelleBench::Disconnect()
+{
+    if (connectType == kTcpLink && tcpSocket)
+        tcpSocket->close();
+    else if (connectType == kUdpLink && udpSocket)
+        udpSocket->close();
+    else if (connectType == kSerialLink && serialPort)
+        serialPort->close();
+    connectType = kNoLink;
+}
+
+void NacelleBench::sendData(QByteArray frame)
+{
+    const int start = logEnd();
+    sentStarts.prepend(start);
+    sentFrames.prepend(tightCopy(frame));
+    const QString entry = logEntry("发", frame);
+    m_panel->appendLog(entry);
+    sentEnds.prepend(start + entry.size() + 1);
+
+    if (connectType == kTcpLink && tcpSocket)
+        tcpSocket->write(frame);
+    else if (connectType == kUdpLink)
+        // From a fresh port each time: the bound socket only receives.
+        QUdpSocket().writeDatagram(frame, QHostAddress(remoteAddress), quint16(remotePort));
+    else if (connectType == kSerialLink)
+        serialPort->write(frame);
+}
+
+void NacelleBench::receive()
+{
+    if (connectType == kUdpLink) {
+        while (udpSocket->hasPendingDatagrams()) {
+            QByteArray buffer(int(udpSocket->pendingDatagramSize()), '\0');
+            QHostAddress sender;
+            udpSocket->readDatagram(buffer.data(), buffer.size(), &sender);
+            receiveData(buffer, QHostAddress(sender.toIPv4Address()).toString(), 0);
+        }
+    } else if (connectType == kSerialLink) {
+        receiveData(serialPort->readAll(), QString(), 0);
+    }
+}
+
+void NacelleBench::receiveData(QByteArray ba, QString, int)
+{
+    cutChunk(receiveCache, ba, [this](const QByteArray &frame) { recordReceived(frame); });
+}
+
+void NacelleBench::recordReceived(const QByteArray &frame)
+{
+    const int start = logEnd();
+    receivedStarts.prepend(start);
+    receivedFrames.prepend(frame);
+    const QString entry = logEntry("收", frame);
+    m_panel->appendLog(entry);
+    receivedEnds.prepend(start + entry.size() + 1);
+
+    if (currentPageIndex == 0 && m_packetPage)
+        m_packetPage->showReceivedFrame(frame);
+    // In the history view the flow page is chosen but gone.
+    if (currentPageIndex == 1 && m_flowPage) {
+        m_flowPage->setPodMode(qint8(byteAt(frame, kModeOffset)));
+        testEcho(frame);
+    }
+}
+
+/// Ends a repeated command once the pod has shown its code back.
+void NacelleBench::testEcho(const QByteArray &frame)
+{
+    const QByteArray sent = hexTextToBytes(m_flowPage->lastSentText);
+    const quint8 code = byteAt(sent, kFeedbackOffset);
+    if (code == 0 || code != byteAt(frame, kFeedbackOffset) || frame.size() != kAnswerSize)
+        return;
+    if (flowRunMode == kLearningRun)
+        m_flowPage->stopRunning();
+    else if (flowRunMode == kDefaultRun)
+        m_flowPage->clearPendingCommand();
+}

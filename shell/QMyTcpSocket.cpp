@@ -1,0 +1,98 @@
+#include "shell/QMyTcpSocket.h"
+
+#include "foundation/QGlobal.h"
+
+#include <QHostAddress>
+#include <QNetworkConfigurationManager>
+#include <QNetworkSession>
+#include <QSharedPointer>
+#include <QTcpSocket>
+#include <QThread>
+#include <QTimer>
+#include <QtConcurrent>
+
+namespace {
+
+constexpr int kConnectTimeoutMs = 3000;
+// The socket tries every address twice under the session's limit, and a machine without an active
+// network configuration has no limit at all. The operator is told within three seconds all the
+// same, so this is a little less than that.
+constexpr int kConnectGuardMs = 2900;
+constexpr int kRetryDelaySeconds = 2;
+
+} // namespace
+
+void QMyTcpSocket::createSocket(const QString &ip, int port, bool isFrist)
+{
+    m_ip = ip;
+    m_port = port;
+    m_isFrist = isFrist;
+    m_socket = new QTcpSocket(this);
+    limitConnectTime();
+    connect(m_socket, &QTcpSocket::errorOccurred, this, &QMyTcpSocket::onError);
+    connect(m_socket, &QTcpSocket::readyRead, this, &QMyTcpSocket::onReadyRead);
+    connect(m_socket, &QTcpSocket::connected, this, &QMyTcpSocket::onConnected);
+    connect(m_socket, &QTcpSocket::disconnected, this, &QMyTcpSocket::onDisconnected);
+    QTimer::singleShot(kConnectGuardMs, Qt::PreciseTimer, this, &QMyTcpSocket::onConnectTimeout);
+    m_socket->connectToHost(ip, quint16(port), QIODevice::ReadWrite,
+                            QAbstractSocket::AnyIPProtocol);
+}
+
+void QMyTcpSocket::limitConnectTime()
+{
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    QNetworkConfiguration configuration = QNetworkConfigurationManager().defaultConfiguration();
+    configuration.setConnectTimeout(kConnectTimeoutMs);
+    const QSharedPointer<QNetworkSession> session(new QNetworkSession(configuration));
+    m_socket->setProperty("_q_networksession", QVariant::fromValue(session));
+    QT_WARNING_POP
+}
+
+void QMyTcpSocket::onConnected()
+{
+    emit signals_ConnectSuccess(m_socket);
+    m_isFrist = false;
+}
+
+void QMyTcpSocket::onReadyRead()
+{
+    const QString address = m_socket->peerAddress().toString();
+    emit signals_ReceiveTcpData(m_socket->readAll(), address, 1);
+}
+
+void QMyTcpSocket::onError()
+{
+    if (m_isFrist) {
+        emit signals_ConnectFail(m_ip);
+        return;
+    }
+    if (m_handled)
+        return;
+    m_handled = true;
+    m_socket->close();
+    QtConcurrent::run([this] {
+        QThread::sleep(kRetryDelaySeconds);
+        emit signals_CreateMyTcpSocket(m_ip, m_port, false);
+    });
+}
+
+void QMyTcpSocket::onDisconnected()
+{
+    if (m_handled)
+        return;
+    m_handled = true;
+    if (QGlobal::instance()->reconnectAddresses.contains(m_ip)) {
+        m_socket->close();
+        emit signals_CreateMyTcpSocket(m_ip, m_port, false);
+    }
+}
+
+void QMyTcpSocket::onConnectTimeout()
+{
+    const auto state = m_socket->state();
+    if (state != QAbstractSocket::HostLookupState && state != QAbstractSocket::ConnectingState)
+        return;
+    m_socket->abort();
+    onError();
+}

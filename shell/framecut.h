@@ -1,0 +1,49 @@
+#pragma once
+
+#include "protocol/codec.h"
+#include "protocol/fields.h"
+
+#include <QByteArray>
+
+/// True when a chunk begins with the two header bytes of a GCU frame.
+inline bool beginsGcuFrame(const QByteArray &chunk)
+{
+    return byteAt(chunk, 0) == 0x8A && byteAt(chunk, 1) == 0x5E;
+}
+
+/// A copy without the spare room that a link's buffer brings along: stored frames are many.
+inline QByteArray tightCopy(const QByteArray &bytes)
+{
+    return QByteArray(bytes.constData(), bytes.size());
+}
+
+/// Cuts GCU frames out of the chunks of a link. Takes one chunk of any size and hands a frame that
+/// it completes to `record(frame)`; `cache` keeps what waits for more. No header is searched
+/// inside a chunk: its first two bytes decide. A negative length makes all that is there a frame.
+template <typename Record>
+void cutChunk(QByteArray &cache, const QByteArray &chunk, Record record)
+{
+    if (beginsGcuFrame(chunk)) {
+        const int length = saidLength(chunk);
+        if (chunk.size() < length) {
+            cache = chunk;
+            return;
+        }
+        cache = chunk.mid(0, length);
+        record(tightCopy(cache));
+        // What stands behind the frame isn't looked at now, even if it is a whole frame.
+        cache = chunk.mid(length);
+        return;
+    }
+
+    const int length = saidLength(cache);
+    if (cache.size() + chunk.size() < length) {
+        cache.append(chunk);
+        return;
+    }
+    cache.append(chunk.mid(0, length - cache.size()));
+    record(tightCopy(cache));
+    // The rest is cut at S, not at S less what the cache had held: unlike above, bytes behind the
+    // frame are lost here, and this is meant.
+    cache = chunk.mid(length);
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "foundation/PopFrame.h"
+#include "shell/NacelleBench.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTest>
+
+#include <memory>
+
+/// A window of the real program with access to its widgets by object name, as its user has it.
+class Bench
+{
+public:
+    Bench()
+    {
+        m_window = std::make_unique<NacelleBench>();
+        m_window->show();
+        QTest::qWaitForWindowExposed(m_window.get());
+    }
+
+    NacelleBench *operator->() { return m_window.get(); }
+    NacelleBench *window() { return m_window.get(); }
+
+    template <typename T>
+    T *find(const char *name)
+    {
+        T *found = m_window->findChild<T *>(QLatin1String(name));
+        if (!found)
+            qFatal("no widget %s", name);
+        return found;
+    }
+
+    void click(const char *button)
+    {
+        QTest::mouseClick(find<QPushButton>(button), Qt::LeftButton);
+    }
+
+    QString log() { return find<QPlainTextEdit>("textEdit")->toPlainText(); }
+
+    QString selection() { return find<QPlainTextEdit>("textEdit")->textCursor().selectedText(); }
+
+    /// Texts of the message boxes on screen, which are closed by their own button.
+    static QStringList takeNotices()
+    {
+        QStringList notices;
+        for (QWidget *widget : QApplication::topLevelWidgets()) {
+            auto *box = qobject_cast<PopFrame *>(widget);
+            if (!box || !box->isVisible())
+                continue;
+            notices << box->findChild<QLabel *>(QStringLiteral("label_1"))->text();
+            QTest::mouseClick(box->findChild<QPushButton *>(QStringLiteral("pushButtonOK")),
+                              Qt::LeftButton);
+        }
+        return notices;
+    }
+
+private:
+    std::unique_ptr<NacelleBench> m_window;
+};
