@@ -22,10 +22,13 @@ namespace {
 
 constexpr int kLookMs = 100;
 
-bool isPeerOpen(int master)
+/// Whether the other end is open, or was and has left bytes to be read.
+bool hasPeer(int master)
 {
     pollfd entry{master, POLLIN, 0};
-    return poll(&entry, 1, 0) >= 0 && (entry.revents & (POLLHUP | POLLERR)) == 0;
+    if (poll(&entry, 1, 0) < 0)
+        return false;
+    return (entry.revents & POLLIN) != 0 || (entry.revents & (POLLHUP | POLLERR)) == 0;
 }
 
 void makeRaw(int descriptor)
@@ -184,7 +187,7 @@ void PodLinkPty::removeLink()
 
 void PodLinkPty::lookForPeer()
 {
-    if (!isPeerOpen(m_master))
+    if (!hasPeer(m_master))
         return;
     m_look.stop();
     m_channel = new Channel(m_master, QStringLiteral("pty %1").arg(m_link), this);
@@ -197,9 +200,9 @@ void PodLinkPty::closePeer()
     Channel *channel = m_channel;
     m_channel = nullptr;
     channel->shut();
+    resetPeer(m_path);
     emit channel->closed();
     channel->deleteLater();
-    resetPeer(m_path);
     m_look.start();
 }
 

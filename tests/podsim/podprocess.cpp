@@ -1,0 +1,62 @@
+#include "tests/podsim/podprocess.h"
+
+#include <QDeadlineTimer>
+#include <QRegularExpression>
+
+#include <csignal>
+
+namespace {
+
+constexpr int kLimitMs = 20000;
+
+} // namespace
+
+PodProcess::PodProcess(const QStringList &arguments)
+{
+    m_process.start(QStringLiteral(PODSIM_PATH), arguments);
+    m_process.waitForStarted(kLimitMs);
+}
+
+PodProcess::~PodProcess()
+{
+    if (m_process.state() != QProcess::NotRunning)
+        stop(SIGTERM);
+}
+
+bool PodProcess::awaitCount(const QString &text, int count)
+{
+    const QDeadlineTimer limit(kLimitMs);
+    while (m_output.count(text) < count) {
+        const bool hasMore = m_process.waitForReadyRead(static_cast<int>(limit.remainingTime()));
+        m_output += QString::fromLocal8Bit(m_process.readAllStandardOutput());
+        if (!hasMore)
+            return m_output.count(text) >= count;
+    }
+    return true;
+}
+
+QString PodProcess::errorText()
+{
+    return QString::fromLocal8Bit(m_process.readAllStandardError());
+}
+
+quint16 PodProcess::port(const QString &kind)
+{
+    awaitLine(QStringLiteral("listening on ") + kind);
+    const QRegularExpression line(QStringLiteral("listening on %1 [0-9.]+:([0-9]+)").arg(kind));
+    return line.match(m_output).captured(1).toUShort();
+}
+
+void PodProcess::stop(int signal)
+{
+    ::kill(static_cast<pid_t>(m_process.processId()), signal);
+    exitCode();
+}
+
+int PodProcess::exitCode()
+{
+    if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(kLimitMs))
+        m_process.kill();
+    m_output += QString::fromLocal8Bit(m_process.readAllStandardOutput());
+    return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
+}
