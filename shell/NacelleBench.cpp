@@ -56,8 +56,15 @@ QString logEntry(const char *direction, const QByteArray &frame)
 
 } // namespace
 
+/// The pictures lie in a static library, which the linker takes only by name.
+static void initResources()
+{
+    Q_INIT_RESOURCE(resources);
+}
+
 NacelleBench::NacelleBench(QWidget *parent) : QMainWindow(parent)
 {
+    initResources();
     ui.setupUi(this);
     setWindowState(Qt::WindowMaximized);
     setWindowTitle(translated("云台报文工作台"));

@@ -19,7 +19,8 @@ public:
     {
         m_window = std::make_unique<NacelleBench>();
         m_window->show();
-        QTest::qWaitForWindowExposed(m_window.get());
+        if (!QTest::qWaitForWindowExposed(m_window.get()))
+            qFatal("the window doesn't show");
     }
 
     NacelleBench *operator->() { return m_window.get(); }

@@ -1,0 +1,162 @@
+#include "foundation/QGlobal.h"
+#include "shell/connectDevice.h"
+#include "tests/support/bench.h"
+#include "tests/support/strictmain.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QValidator>
+
+class tst_connectDevice : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void startsOnUdp();
+    void linkChoiceSetsFields();
+    void faults_data();
+    void faults();
+    void typedPortsUpTo99999();
+    void pressOnTheListRenewsIt();
+    void retranslateKeepsChoices();
+
+private:
+    QComboBox *links() { return m_bench->find<QComboBox>("comboBox"); }
+    QLineEdit *edit(const char *name) { return m_bench->find<QLineEdit>(name); }
+
+    std::unique_ptr<Bench> m_bench;
+};
+
+void tst_connectDevice::init()
+{
+    QGlobal::instance()->languageChinese = true;
+    m_bench = std::make_unique<Bench>();
+}
+
+void tst_connectDevice::cleanup()
+{
+    m_bench.reset();
+}
+
+void tst_connectDevice::startsOnUdp()
+{
+    QCOMPARE(links()->currentText(), QStringLiteral("UDP"));
+    QCOMPARE(links()->itemText(0), QStringLiteral("TCP Client"));
+    QCOMPARE(edit("LineEdit_RemoteIp")->text(), QStringLiteral("192.168.144.121"));
+    QCOMPARE(edit("LineEdit_Port1")->text(), QStringLiteral("2337"));
+    QCOMPARE(edit("LineEdit_Port2")->text(), QStringLiteral("2338"));
+    QCOMPARE(m_bench->find<QPlainTextEdit>("textEdit")->maximumBlockCount(), 50000);
+    QVERIFY(!m_bench->find<QPlainTextEdit>("textEdit")->isReadOnly());
+    const auto *rates = m_bench->find<QComboBox>("comboBox_s1");
+    QCOMPARE(rates->count(), 25);
+    QCOMPARE(rates->itemText(24), QStringLiteral("2000000"));
+}
+
+void tst_connectDevice::linkChoiceSetsFields()
+{
+    links()->addItem(QStringLiteral("port"));
+    auto *network = m_bench->find<QWidget>("widget_9");
+    auto *serial = m_bench->find<QWidget>("widget_11");
+    links()->setCurrentIndex(0);
+    QCOMPARE(edit("LineEdit_Port1")->text(), QStringLiteral("2332"));
+    QCOMPARE(edit("LineEdit_Port2")->text(), QString());
+    QCOMPARE(serial->maximumWidth(), 0);
+    m_bench->find<QComboBox>("comboBox_s1")->setCurrentIndex(0);
+    links()->setCurrentIndex(links()->count() - 1);
+    QCOMPARE(m_bench->find<QComboBox>("comboBox_s1")->currentText(), QStringLiteral("115200"));
+    QCOMPARE(network->maximumWidth(), 0);
+    QCOMPARE(serial->maximumWidth(), 10000000);
+    QVERIFY(m_bench->find<QPushButton>("pushButton_Conn")->isEnabled());
+    links()->setCurrentIndex(1);
+    QCOMPARE(edit("LineEdit_Port2")->text(), QStringLiteral("2338"));
+    QCOMPARE(network->maximumWidth(), 10000000);
+}
+
+void tst_connectDevice::faults_data()
+{
+    QTest::addColumn<int>("link");
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QString>("port1");
+    QTest::addColumn<QString>("port2");
+    QTest::addColumn<QString>("notice");
+    const auto row = [](int link, const char *address, const char *port1, const char *port2,
+                        const char *notice) {
+        QTest::addRow("%d %s %s %s", link, address, port1, port2)
+            << link << address << port1 << port2 << QString::fromUtf8(notice);
+    };
+    row(0, "192.168.144.256", "1", "", "IP格式错误！");
+    row(0, "1.2.3", "1", "", "IP格式错误！");
+    row(0, "", "", "", "IP格式错误！");
+    row(0, "127.0.0.1 ", "1", "", "IP格式错误！");
+    row(0, "127.0.0.1", "", "", "远程端口不能为空！");
+    row(0, "127.0.0.1", "70000", "", "远程端口设置不正确！");
+    row(1, "300.0.0.1", "", "", "IP格式错误！");
+    row(1, "127.0.0.1", "", "", "远程端口不能为空！");
+    row(1, "127.0.0.1", "70000", "", "本地端口不能为空！");
+    row(1, "127.0.0.1", "70000", "70000", "远程端口设置不正确！");
+    row(1, "127.0.0.1", "0", "65536", "本地端口设置不正确！");
+}
+
+void tst_connectDevice::faults()
+{
+    QFETCH(int, link);
+    QFETCH(QString, address);
+    QFETCH(QString, port1);
+    QFETCH(QString, port2);
+    QFETCH(QString, notice);
+    links()->setCurrentIndex(link);
+    edit("LineEdit_RemoteIp")->setText(address);
+    edit("LineEdit_Port1")->setText(port1);
+    edit("LineEdit_Port2")->setText(port2);
+    auto *button = m_bench->find<QPushButton>("pushButton_Conn");
+    m_bench->click("pushButton_Conn");
+    QCOMPARE(Bench::takeNotices(), QStringList{notice});
+    QVERIFY(!button->isChecked());
+    QCOMPARE(button->text(), QStringLiteral("连接"));
+}
+
+/// The second rule takes the first one's place, so that a port of five digits can be typed.
+void tst_connectDevice::typedPortsUpTo99999()
+{
+    auto *port = edit("LineEdit_Port1");
+    port->clear();
+    QTest::keyClicks(port, QStringLiteral("-x99999"));
+    QCOMPARE(port->text(), QStringLiteral("99999"));
+    QTest::keyClicks(port, QStringLiteral("9"));
+    QCOMPARE(port->text(), QStringLiteral("99999"));
+}
+
+void tst_connectDevice::pressOnTheListRenewsIt()
+{
+    links()->addItem(QStringLiteral("unplugged"));
+    edit("LineEdit_Port1")->setText(QStringLiteral("9"));
+    m_bench->find<QComboBox>("comboBox_s1")->setCurrentIndex(0);
+    QTest::mouseClick(links(), Qt::LeftButton);
+    links()->hidePopup();
+    QCOMPARE(links()->findText(QStringLiteral("unplugged")), -1);
+    QCOMPARE(links()->currentText(), QStringLiteral("UDP"));
+    // What was typed is overwritten; it is the program's way.
+    QCOMPARE(edit("LineEdit_Port1")->text(), QStringLiteral("2337"));
+    QCOMPARE(m_bench->find<QComboBox>("comboBox_s1")->currentText(), QStringLiteral("115200"));
+}
+
+void tst_connectDevice::retranslateKeepsChoices()
+{
+    auto *parity = m_bench->find<QComboBox>("comboBox_s4");
+    parity->setCurrentIndex(2);
+    QGlobal::instance()->languageChinese = false;
+    m_bench->find<connectDevice>("connectDeviceClass")->retranslate();
+    const auto english = [](const char *key) {
+        return QGlobal::instance()->englishTexts->value(QString::fromUtf8(key));
+    };
+    QCOMPARE(parity->currentIndex(), 2);
+    QCOMPARE(parity->currentText(), english("偶校验"));
+    QCOMPARE(m_bench->find<QPushButton>("pushButton_Conn")->text(), english("连接"));
+    QCOMPARE(m_bench->find<QPushButton>("pushButton_Switch")->text(), english("数据解析"));
+    QCOMPARE(links()->itemText(0), QStringLiteral("TCP Client"));
+}
+
+NACELLE_TEST_MAIN(tst_connectDevice)
+#include "tst_connectDevice.moc"
