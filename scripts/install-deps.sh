@@ -1,0 +1,61 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that are still missing for the given purposes, and says which.
+# Usage: scripts/install-deps.sh PURPOSE...
+set -euo pipefail
+
+# The one list of packages. A purpose is a line of its own.
+packages_for() {
+    case $1 in
+        build) echo build-essential cmake ninja-build ccache qtbase5-dev libqt5serialport5-dev ;;
+        fonts) echo fonts-noto-cjk fonts-dejavu-core ;;
+        screen) echo xvfb openbox ;;
+        format) echo clang-format ;;
+        lint) echo clang-format clang-tidy cppcheck shellcheck ;;
+        bench) echo libbenchmark-dev ;;
+        *)
+            echo "install-deps: no such purpose: $1" >&2
+            return 1
+            ;;
+    esac
+}
+
+is_installed() {
+    [[ $(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null) == installed ]]
+}
+
+as_root() {
+    if [[ $EUID -eq 0 ]]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        echo "install-deps: neither root nor sudo; run this as root: $*" >&2
+        return 1
+    fi
+}
+
+wanted=()
+for purpose in "$@"; do
+    list=$(packages_for "$purpose")
+    read -r -a names <<<"$list"
+    wanted+=("${names[@]}")
+done
+
+if ! command -v apt-get >/dev/null; then
+    echo "install-deps: no apt-get here. These Debian packages, or what corresponds to them," >&2
+    echo "install-deps: have to be there already: ${wanted[*]}" >&2
+    exit 0
+fi
+
+missing=()
+for name in "${wanted[@]}"; do
+    is_installed "$name" || missing+=("$name")
+done
+if [[ ${#missing[@]} -eq 0 ]]; then
+    exit 0
+fi
+
+echo "Installing: ${missing[*]}"
+as_root apt-get update -qq </dev/null
+as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}" </dev/null

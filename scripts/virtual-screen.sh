@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# Runs a command on a virtual screen of 1920x1080 with a window manager, and ends with its code.
+# Usage: scripts/virtual-screen.sh COMMAND [ARGUMENT...]
+set -euo pipefail
+
+work=$(mktemp -d)
+children=()
+clean_up() {
+    for child in "${children[@]}"; do
+        kill "$child" 2>/dev/null || true
+        wait "$child" 2>/dev/null || true
+    done
+    rm -rf "$work"
+}
+trap clean_up EXIT
+
+# The server itself picks a free display and writes its number when it is ready.
+mkfifo "$work/number"
+Xvfb -displayfd 3 -screen 0 1920x1080x24 -dpi 96 -nolisten tcp \
+    3>"$work/number" 2>"$work/server.log" &
+children+=($!)
+number=
+read -r -t 60 number <"$work/number" || true
+if [[ -z $number ]]; then
+    echo "virtual-screen: no virtual screen could be had:" >&2
+    cat "$work/server.log" >&2
+    exit 1
+fi
+
+export DISPLAY=:$number
+unset WAYLAND_DISPLAY
+export QT_QPA_PLATFORM=xcb
+openbox >/dev/null 2>&1 &
+children=("$!" "${children[@]}")
+
+"$@"
