@@ -163,6 +163,11 @@ controlCmd::controlCmd(QWidget *parent) : QWidget(parent)
     m_edits = {ui.lineEdit_4, ui.lineEdit_5,  ui.lineEdit_6,
                ui.lineEdit_7, ui.lineEdit_10, ui.lineEdit_11};
     setWindowTitle(translated("命令"));
+    ui.label->setText(translated("连接设备"));
+    ui.label_2->setText(translated("原始值"));
+    ui.label_3->setText(translated("16进制"));
+    ui.pushButton_Cancel->setText(translated("取消"));
+    ui.pushButton_Ok->setText(translated("确定"));
     for (QLabel *label : m_labels)
         label->setFixedWidth(scaled(90));
     ui.comboBox_Cmd->clear();
