@@ -312,6 +312,9 @@ void flowAnalysis::startWorker()
 /// start of the run.
 void flowAnalysis::slotsSendCmd()
 {
+    // An emission may still be queued when the page is given up, and then it is void.
+    if (m_flags->quitting)
+        return;
     if (m_flags->running) {
         sendFrame(false);
         return;
