@@ -1,0 +1,121 @@
+// Frames a second through receiveData, all the way to log, history and form, beside a bare loop
+// that appends an equal two-line text to an equal display; and the memory of a stored frame.
+
+#include "protocol/dataPacketAnalysis.h"
+#include "shell/NacelleBench.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QPlainTextEdit>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <vector>
+
+namespace {
+
+constexpr int kFrames = 4000;
+constexpr int kRounds = 7;
+constexpr int kFramesPerTurn = 100; ///< between two turns of the event loop
+constexpr int kHourOfFrames = 120000;
+
+const QByteArray kFrame = QByteArray::fromHex("8A5E49000111") + QByteArray(63, '\x12') +
+                          QByteArray::fromHex("20001234");
+
+/// Seconds for `kFrames` calls, the event loop turning in between as it does on a link.
+double measure(const std::function<void()> &oneFrame)
+{
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 1; i <= kFrames; ++i) {
+        oneFrame();
+        if (i % kFramesPerTurn == 0)
+            QCoreApplication::processEvents();
+    }
+    return double(timer.nsecsElapsed()) * 1e-9;
+}
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+void fillDisplay(QPlainTextEdit *display, const QString &entry)
+{
+    display->setUpdatesEnabled(false);
+    for (int i = 0; i < 25000; ++i)
+        display->appendPlainText(entry);
+    display->setUpdatesEnabled(true);
+}
+
+/// Resident memory of this process, in bytes.
+qint64 residentBytes()
+{
+    QFile statm(QStringLiteral("/proc/self/statm"));
+    if (!statm.open(QIODevice::ReadOnly))
+        return 0;
+    return statm.readAll().split(' ').value(1).toLongLong() * 4096;
+}
+
+void report(const char *name, double seconds, double baseline)
+{
+    std::printf("%-34s %9.0f frames/s   %.2f x baseline\n", name, kFrames / seconds,
+                seconds / baseline);
+}
+
+/// What an hour of frames both ways adds to the history, the display being full already.
+void reportMemory(NacelleBench &window)
+{
+    const QByteArray sent = kFrame.left(72);
+    window.setUpdatesEnabled(false);
+    const qint64 before = residentBytes();
+    for (int i = 0; i < kHourOfFrames; ++i) {
+        window.sendData(sent);
+        window.receiveData(kFrame, QString());
+    }
+    const double perFrame = double(residentBytes() - before) / (2.0 * kHourOfFrames);
+    std::printf("%-34s %9.1f bytes      limit %.1f (2 x bytes + 64)\n", "memory of a stored frame",
+                perFrame, 2 * 72.5 + 64);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication application(argc, argv);
+    const QString entry = QStringLiteral("[12:34:56:789]收->\n") +
+                          QString::fromLatin1(kFrame.toHex().toUpper());
+
+    NacelleBench window;
+    window.resize(1920, 1080);
+    window.show();
+    auto *log = window.findChild<QPlainTextEdit *>(QStringLiteral("textEdit"));
+    QWidget *page = window.findChild<dataPacketAnalysis *>(QStringLiteral("CurrentPage"));
+
+    QPlainTextEdit plain;
+    plain.setMaximumBlockCount(50000);
+    plain.setStyleSheet(log->styleSheet());
+    plain.resize(log->size());
+    plain.show();
+    QCoreApplication::processEvents();
+    fillDisplay(log, entry);
+    fillDisplay(&plain, entry);
+
+    std::vector<double> baseline, logOnly, withForm;
+    for (int round = 0; round < kRounds; ++round) {
+        baseline.push_back(measure([&] { plain.appendPlainText(entry); }));
+        window.currentPageIndex = -1; // no page in front
+        page->setVisible(false);
+        logOnly.push_back(measure([&] { window.receiveData(kFrame, QString()); }));
+        window.currentPageIndex = 0;
+        page->setVisible(true);
+        withForm.push_back(measure([&] { window.receiveData(kFrame, QString()); }));
+    }
+    report("baseline: append to a display", median(baseline), median(baseline));
+    report("log and history (limit 1.25)", median(logOnly), median(baseline));
+    report("log, history and form (limit 3)", median(withForm), median(baseline));
+    reportMemory(window);
+}
