@@ -81,6 +81,8 @@ constexpr BaseSize kSizes[] = {
     {"widget_316", 0, 30},
     {"widget_4", 0, 50},
     {"pushButton_start", 120, 40},
+    {"label_316", 80, 0},
+    {"label_317", 80, 0},
     {"label_3", 80, 0},
     {"label_4", 80, 0},
     {"label_5", 80, 0},
@@ -195,9 +197,9 @@ void flowAnalysis::setUpSliders()
 
 void flowAnalysis::setFixedSizes()
 {
+    const double scale = QGlobal::instance()->scaleFactor;
     for (const BaseSize &size : kSizes) {
         auto *widget = findChild<QWidget *>(QLatin1String(size.object));
-        const double scale = QGlobal::instance()->scaleFactor;
         if (size.width)
             widget->setFixedWidth(int(size.width * scale + size.extra));
         if (size.height)

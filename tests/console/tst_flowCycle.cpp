@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QNetworkDatagram>
 #include <QPointer>
+#include <QSemaphore>
 #include <QSlider>
 #include <QThreadPool>
 #include <QUdpSocket>
@@ -87,6 +88,7 @@ private slots:
     void restartWithinOneSleepKeepsTheOldWorker();
     void pageGivenUpDuringARunIsSilent_data();
     void pageGivenUpDuringARunIsSilent();
+    void emissionQueuedForAGivenUpPageIsVoid();
     void nothingReachesAPageThatIsGone();
     void buttonTextFollowsTheLanguage();
     void withoutALinkTheRunIsLogged();
@@ -445,6 +447,21 @@ void tst_flowCycle::pageGivenUpDuringARunIsSilent()
     QVERIFY(!isSelected("pushButton_photo"));
     QCOMPARE(selector()->currentIndex(), 0);
     QCOMPARE(sent().size(), before);
+}
+
+void tst_flowCycle::emissionQueuedForAGivenUpPageIsVoid()
+{
+    selectLearning();
+    QSemaphore emitted;
+    connect(
+        page(), &flowAnalysis::signals_sendCmd, page(), [&emitted] { emitted.release(); },
+        Qt::DirectConnection);
+    click("pushButton_start");
+    emitted.acquire(); // an emission is queued, and the event loop hasn't had a turn
+    QCOMPARE(sent().size(), 1);
+    click("pushButton_1");
+    finishRun();
+    QCOMPARE(sent().size(), 1);
 }
 
 void tst_flowCycle::nothingReachesAPageThatIsGone()
