@@ -18,12 +18,13 @@ struct OptionRow
 
 // clang-format off
 constexpr OptionRow kOptions[] = {
+    {"help", "", "Show this text."},
     {"tcp", "port", "Listen for TCP clients. The port may be left out: 2332; 0 takes a free one."},
     {"udp", "port", "Take datagrams. The port may be left out: 2337; 0 takes a free one."},
     {"udp-reply", "port", "Answer datagrams to this port of their sender's address: 2338."},
     {"pty", "link", "Open a pseudo-terminal and put a symbolic link to it at <link>."},
     {"listen", "address", "Listen on this address: 127.0.0.1."},
-    {"start-mode", "hex", "Start in this work mode: 12 (follow)."},
+    {"start-mode", "hex", "Start in this work mode, 10 to 14, 16, 17 or 1C: 12, which is follow."},
     {"verbose", "", "Show idle and repeated frames and every answer too."},
     {"split", "bytes", "Write answers in pieces of so many bytes."},
     {"coalesce", "count", "Write so many answers together."},
@@ -182,7 +183,6 @@ ParsedOptions parseOptions(const QStringList &arguments)
     parser.setApplicationDescription(QStringLiteral(
         "A simulated camera pod: answers the host frames of the GCU private protocol "
         "and tells each event on a line of its own."));
-    parser.addHelpOption();
     for (const OptionRow &row : kOptions)
         parser.addOption(
             {QLatin1String(row.name), QLatin1String(row.text), QLatin1String(row.value)});
