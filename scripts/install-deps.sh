@@ -7,7 +7,7 @@ set -euo pipefail
 packages_for() {
     case $1 in
         build) echo build-essential cmake ninja-build ccache qtbase5-dev libqt5serialport5-dev ;;
-        fonts) echo fonts-noto-cjk fonts-dejavu-core ;;
+        fonts) echo fonts-wqy-microhei fonts-dejavu-core ;;
         screen) echo xvfb openbox ;;
         format) echo clang-format ;;
         lint) echo clang-format clang-tidy cppcheck shellcheck ;;

@@ -3,6 +3,7 @@
 # Usage: scripts/virtual-screen.sh COMMAND [ARGUMENT...]
 set -euo pipefail
 
+settings=$(dirname "${BASH_SOURCE[0]}")/virtual-screen.xml
 work=$(mktemp -d)
 children=()
 clean_up() {
@@ -30,7 +31,8 @@ fi
 export DISPLAY=:$number
 unset WAYLAND_DISPLAY
 export QT_QPA_PLATFORM=xcb
-openbox >/dev/null 2>&1 &
+export XDG_RUNTIME_DIR=$work
+openbox --config-file "$settings" >/dev/null 2>&1 &
 children=("$!" "${children[@]}")
 
 "$@"

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QProcess>
+#include <QString>
+
+/// The simulated pod of one tour: a process with a TCP and a UDP link on this machine, by the
+/// pod's usual ports where they are free. It ends with this object.
+class PodRun
+{
+public:
+    /// Starts the program at `path` and waits until both links are open; throws a `TourFailure`
+    /// if they don't.
+    explicit PodRun(const QString &path);
+    ~PodRun();
+
+    quint16 tcpPort() const { return m_tcpPort; }
+    quint16 udpPort() const { return m_udpPort; }
+    /// The local port that its datagrams come to.
+    quint16 replyPort() const { return m_replyPort; }
+
+    /// All that it has told so far.
+    const QString &output();
+
+    /// Asks it to end, and waits for that; its exit code.
+    int stop();
+
+private:
+    quint16 listeningPort(const QString &kind);
+
+    QProcess m_process;
+    QString m_output;
+    quint16 m_tcpPort = 0;
+    quint16 m_udpPort = 0;
+    quint16 m_replyPort = 0;
+};

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QVector>
+
+class Tour;
+
+/// One step of the tour: what it is called, what it tells, and what it does. `run` acts as the
+/// operator does and returns when all that the step claims has come true; else it throws a
+/// `TourFailure`. A picture is taken behind each step.
+struct Step
+{
+    const char *name; ///< part of the picture's file name
+    const char *english;
+    const char *chinese;
+    void (*run)(Tour &);
+};
+
+// The pages' own tables. The tour runs them in this order.
+QVector<Step> packetSteps();
+QVector<Step> consoleSteps();

@@ -1,0 +1,211 @@
+#include "tools/tour/tour.h"
+
+#include "foundation/PopFrame.h"
+#include "foundation/QGlobal.h"
+#include "shell/connectDevice.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QPlainTextEdit>
+#include <QScreen>
+#include <QTest>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int kStillMs = 1500;
+constexpr int kStillStepMs = 60;
+constexpr int kWindowManagerMs = 5000;
+
+void tell(const QString &text)
+{
+    std::fputs(text.toUtf8().constData(), stdout);
+    std::fputs("\n", stdout);
+    std::fflush(stdout);
+}
+
+QImage screenPicture()
+{
+    return QGuiApplication::primaryScreen()->grabWindow(0).toImage();
+}
+
+/// The screen as soon as it stands still. Where it never does, as it is after a while.
+QImage stillPicture()
+{
+    QElapsedTimer patience;
+    patience.start();
+    QImage last;
+    QImage now = screenPicture();
+    while (now != last && patience.elapsed() < kStillMs) {
+        last = now;
+        QTest::qWait(kStillStepMs);
+        now = screenPicture();
+    }
+    return now;
+}
+
+QString shownText(const QWidget *widget)
+{
+    for (const char *property : {"text", "plainText", "currentText"}) {
+        const QVariant text = widget->property(property);
+        if (text.isValid())
+            return text.toString();
+    }
+    throw TourFailure(widget->objectName() + QStringLiteral(" shows no text"));
+}
+
+} // namespace
+
+Tour::Tour(const QString &podsim, const QString &folder, const QString &language)
+    : m_folder(folder), m_language(language), m_pod(podsim)
+{
+    QDir pictures(folder);
+    if (!pictures.mkpath(QStringLiteral(".")))
+        throw TourFailure(QStringLiteral("cannot make the folder ") + folder);
+    for (const QString &old :
+         pictures.entryList({QStringLiteral("[0-9][0-9]-*-%1.png").arg(language)}))
+        pictures.remove(old);
+    m_window.show();
+    if (!QTest::qWaitForWindowExposed(&m_window))
+        throw TourFailure(QStringLiteral("the window doesn't show"));
+    fillScreen();
+}
+
+/// The window asks to be maximised. Where no window manager grants that, it is given the screen.
+void Tour::fillScreen()
+{
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    const bool isMaximised = QTest::qWaitFor(
+        [&] { return m_window.frameGeometry().width() >= screen.width(); }, kWindowManagerMs);
+    if (isMaximised)
+        return;
+    m_window.setGeometry(screen);
+    await(QStringLiteral("the window fills the screen"),
+          [&] { return m_window.width() == screen.width(); });
+}
+
+bool Tour::run(const QVector<Step> &steps)
+{
+    int number = 0;
+    for (const Step &step : steps)
+        if (!runStep(step, ++number))
+            return false;
+    tell(QStringLiteral("%1: all %2 steps came true").arg(m_language).arg(steps.size()));
+    return true;
+}
+
+bool Tour::runStep(const Step &step, int number)
+{
+    const QString label = QStringLiteral("%1-%2-%3")
+                              .arg(number, 2, 10, QLatin1Char('0'))
+                              .arg(QLatin1String(step.name), m_language);
+    const bool isChinese = QGlobal::instance()->languageChinese;
+    tell(label + QStringLiteral(": ") + QString::fromUtf8(isChinese ? step.chinese : step.english));
+    try {
+        step.run(*this);
+        takePicture(label);
+        return true;
+    } catch (const TourFailure &failure) {
+        const QString failed = QStringLiteral("failed-") + m_language;
+        tell(QStringLiteral("FAILED at %1: %2").arg(label, QString::fromUtf8(failure.what())));
+        tell(QStringLiteral("The pod's last words: ") + m_pod.output().right(400).trimmed());
+        if (screenPicture().save(QDir(m_folder).filePath(failed + QStringLiteral(".png"))))
+            tell(QStringLiteral("The screen at that moment: %1.png").arg(failed));
+        return false;
+    }
+}
+
+void Tour::takePicture(const QString &name)
+{
+    const QString path = QDir(m_folder).filePath(name + QStringLiteral(".png"));
+    const QImage picture = stillPicture();
+    if (picture.isNull() || !picture.save(path))
+        throw TourFailure(QStringLiteral("cannot take the picture ") + path);
+}
+
+QWidget *Tour::panelWidget()
+{
+    return m_window.findChild<connectDevice *>();
+}
+
+QWidget *Tour::pageWidget()
+{
+    return findWidget(&m_window, "CurrentPage");
+}
+
+QWidget *Tour::dialog(const char *className)
+{
+    QWidget *found = nullptr;
+    await(QStringLiteral("a %1 opens").arg(QLatin1String(className)), [&] {
+        for (QWidget *widget : QApplication::topLevelWidgets())
+            if (widget->inherits(className) && widget->isVisible())
+                found = widget;
+        return found && found->windowHandle() && found->windowHandle()->isExposed();
+    });
+    return found;
+}
+
+QString Tour::pageText(const char *name)
+{
+    return shownText(findWidget(pageWidget(), name));
+}
+
+QString Tour::panelText(const char *name)
+{
+    return shownText(findWidget(panelWidget(), name));
+}
+
+void Tour::awaitPageText(const char *name, const QString &text)
+{
+    await(QStringLiteral("%1 of the page reads \"%2\"").arg(QLatin1String(name), text),
+          [&] { return pageText(name) == text; });
+}
+
+void Tour::awaitPanelText(const char *name, const QString &text)
+{
+    await(QStringLiteral("%1 of the panel reads \"%2\"").arg(QLatin1String(name), text),
+          [&] { return panelText(name) == text; });
+}
+
+void Tour::expectNotice(const char *key)
+{
+    const QString text = shownText(findWidget(dialog("PopFrame"), "label_1"));
+    if (text != translated(key))
+        throw TourFailure(
+            QStringLiteral("the message reads \"%1\", not \"%2\"").arg(text, translated(key)));
+}
+
+void Tour::closeNotice()
+{
+    QWidget *box = dialog("PopFrame");
+    click(findWidget(box, "pushButtonOK"));
+    await(QStringLiteral("the message box closes"), [box] { return !box->isVisible(); });
+}
+
+void Tour::awaitPod(const QString &text, int mark)
+{
+    await(QStringLiteral("the pod tells \"%1\"").arg(text),
+          [&] { return m_pod.output().count(text) > mark; });
+}
+
+QStringList Tour::logged(const char *direction)
+{
+    const QStringList lines = panel<QPlainTextEdit>("textEdit")->toPlainText().split('\n');
+    const QString mark = translated(direction) + QStringLiteral("->");
+    QStringList frames;
+    for (int i = 0; i + 1 < lines.size(); ++i)
+        if (lines[i].endsWith(mark))
+            frames << lines[i + 1];
+    return frames;
+}
+
+void Tour::awaitLogged(const char *direction, int count)
+{
+    await(QStringLiteral("the log shows %1 frames of direction %2")
+              .arg(count)
+              .arg(QString::fromUtf8(direction)),
+          [&] { return logged(direction).size() >= count; });
+}

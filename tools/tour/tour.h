@@ -1,0 +1,68 @@
+#pragma once
+
+#include "tools/tour/operatorhand.h"
+#include "tools/tour/podrun.h"
+#include "tools/tour/step.h"
+
+#include "shell/NacelleBench.h"
+
+#include <QString>
+
+/// The real main window beside a simulated pod, and what a step needs to drive and read them. Made
+/// on the main thread, behind the choice of the language.
+class Tour
+{
+public:
+    /// Pictures go into `folder` and bear `language` in their names.
+    Tour(const QString &podsim, const QString &folder, const QString &language);
+
+    /// Tells and runs each step and takes its picture; false when one didn't come true.
+    bool run(const QVector<Step> &steps);
+
+    PodRun &pod() { return m_pod; }
+    QWidget *window() { return &m_window; }
+    /// The widget of that name in the connection panel, in the page in front.
+    template <typename T = QWidget>
+    T *panel(const char *name)
+    {
+        return find<T>(panelWidget(), name);
+    }
+    template <typename T = QWidget>
+    T *page(const char *name)
+    {
+        return find<T>(pageWidget(), name);
+    }
+    /// The window of that class which is open beside the main one; waits for it.
+    QWidget *dialog(const char *className);
+
+    /// The text that a label, a button, a line edit or a text box shows.
+    QString pageText(const char *name);
+    QString panelText(const char *name);
+    /// Waits until it shows that text.
+    void awaitPageText(const char *name, const QString &text);
+    void awaitPanelText(const char *name, const QString &text);
+
+    /// Waits for a message box and tests its text. It stays open for the picture.
+    void expectNotice(const char *key);
+    void closeNotice();
+
+    /// Waits until the pod tells `text` once more than it had told when `mark` was asked for.
+    int podMark(const QString &text) { return m_pod.output().count(text); }
+    void awaitPod(const QString &text, int mark);
+
+    /// Entries of the traffic log in one direction ("发" or "收"), oldest first, in hexadecimal.
+    QStringList logged(const char *direction);
+    void awaitLogged(const char *direction, int count);
+
+private:
+    QWidget *panelWidget();
+    QWidget *pageWidget();
+    bool runStep(const Step &step, int number);
+    void fillScreen();
+    void takePicture(const QString &name);
+
+    QString m_folder;
+    QString m_language;
+    PodRun m_pod;
+    NacelleBench m_window;
+};
