@@ -3,7 +3,8 @@
 # Usage: scripts/virtual-screen.sh COMMAND [ARGUMENT...]
 set -euo pipefail
 
-settings=$(dirname "${BASH_SOURCE[0]}")/virtual-screen.xml
+# The window manager wants an absolute path.
+settings=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)/virtual-screen.xml
 work=$(mktemp -d)
 children=()
 clean_up() {

@@ -21,14 +21,6 @@ QString nameOf(const QWidget *widget)
                                           : widget->objectName();
 }
 
-/// Scrolls so far that the widget can be seen.
-void reveal(QWidget *widget)
-{
-    for (QWidget *up = widget->parentWidget(); up; up = up->parentWidget())
-        if (auto *area = qobject_cast<QScrollArea *>(up))
-            area->ensureWidgetVisible(widget);
-}
-
 QWindow *windowOf(const QWidget *widget)
 {
     return widget->window()->windowHandle();
@@ -93,6 +85,13 @@ QWidget *findWidget(QWidget *scope, const char *name)
         return found;
     throw TourFailure(
         QStringLiteral("there is no %1 in %2").arg(QLatin1String(name), nameOf(scope)));
+}
+
+void reveal(QWidget *widget)
+{
+    for (QWidget *up = widget->parentWidget(); up; up = up->parentWidget())
+        if (auto *area = qobject_cast<QScrollArea *>(up))
+            area->ensureWidgetVisible(widget);
 }
 
 void click(QWidget *widget)

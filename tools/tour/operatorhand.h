@@ -30,6 +30,9 @@ T *find(QWidget *scope, const char *name)
     throw TourFailure(QStringLiteral("%1 is of another kind").arg(QLatin1String(name)));
 }
 
+/// Scrolls so far that the widget can be seen.
+void reveal(QWidget *widget);
+
 // Mouse and keys go to the window and not to the widget: what is covered, disabled or behind a
 // modal box doesn't get them, and a press that would go nowhere is a failure.
 void click(QWidget *widget);

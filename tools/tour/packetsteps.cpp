@@ -116,10 +116,16 @@ void sendFrame(Tour &tour)
     tour.awaitPod(QStringLiteral("command 0x25"), told);
     tour.awaitLogged("发", 1);
     tour.awaitLogged("收", 1);
+    tour.awaitPageText("lineEdit53_2", translated("指向跟随模式"));
+    reveal(tour.page("label34_2"));
+}
+
+void readAnswer(Tour &tour)
+{
+    reveal(tour.page("label313_2"));
     tour.awaitPageText("label303_2", translated("指定倍率") + translated("成功"));
     tour.awaitPageText("label304_2", QStringLiteral("25 00 "));
     tour.awaitPageText("label313_2", translated("通过"));
-    tour.awaitPageText("lineEdit53_2", translated("指向跟随模式"));
 }
 
 void sendEmpty(Tour &tour)
@@ -213,6 +219,8 @@ QVector<Step> packetSteps()
          createFrame},
         {"frame-answered", "The frame is sent; the pod's answer is taken apart",
          "发送数据包，解析吊舱应答", sendFrame},
+        {"answer-read", "Feedback and checksum of the answer", "应答中的命令反馈和CRC校验",
+         readAnswer},
         {"empty-command", "The empty command is sent and answered", "发送空指令并收到应答",
          sendEmpty},
         {"frame-refused", "A broken frame is pasted; its checksum is refused",

@@ -7,6 +7,12 @@
 #include <QTcpServer>
 #include <QUdpSocket>
 
+#ifdef Q_OS_LINUX
+#include <sys/prctl.h>
+
+#include <csignal>
+#endif
+
 namespace {
 
 constexpr quint16 kTcpPort = 2332;
@@ -35,6 +41,13 @@ quint16 freeUdpPort()
 }
 
 } // namespace
+
+void PodRun::Process::setupChildProcess()
+{
+#ifdef Q_OS_LINUX
+    ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+#endif
+}
 
 PodRun::PodRun(const QString &path) : m_replyPort(freeUdpPort())
 {

@@ -25,9 +25,16 @@ public:
     int stop();
 
 private:
+    /// A process that ends when this one does, however that happens.
+    class Process : public QProcess
+    {
+    protected:
+        void setupChildProcess() override;
+    };
+
     quint16 listeningPort(const QString &kind);
 
-    QProcess m_process;
+    Process m_process;
     QString m_output;
     quint16 m_tcpPort = 0;
     quint16 m_udpPort = 0;

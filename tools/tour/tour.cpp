@@ -68,6 +68,7 @@ Tour::Tour(const QString &podsim, const QString &folder, const QString &language
     for (const QString &old :
          pictures.entryList({QStringLiteral("[0-9][0-9]-*-%1.png").arg(language)}))
         pictures.remove(old);
+    QCursor::setPos(QGuiApplication::primaryScreen()->geometry().bottomRight());
     m_window.show();
     if (!QTest::qWaitForWindowExposed(&m_window))
         throw TourFailure(QStringLiteral("the window doesn't show"));
