@@ -120,6 +120,12 @@ void releaseAt(QWidget *widget, const QPoint &place)
                         placeInWindow(widget, place));
 }
 
+void rest(QWidget *window)
+{
+    if (QGuiApplication::mouseButtons() == Qt::NoButton && !QApplication::activePopupWidget())
+        QTest::mouseMove(windowOf(window), window->rect().bottomRight());
+}
+
 void press(QWidget *widget, Qt::Key key, Qt::KeyboardModifiers modifiers)
 {
     QTest::keyClick(windowOf(widget), key, modifiers);
@@ -145,6 +151,9 @@ void openList(QComboBox *box)
     click(box);
     await(QStringLiteral("the list of %1 opens").arg(nameOf(box)),
           [box] { return listOf(box) != nullptr; });
+    // A real mouse goes over to the list; without this the box would look pointed at for good.
+    QEvent leave(QEvent::Leave);
+    QCoreApplication::sendEvent(box, &leave);
 }
 
 void takeFromList(QComboBox *box, const QString &entry)

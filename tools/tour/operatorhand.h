@@ -39,6 +39,8 @@ void click(QWidget *widget);
 void pressAt(QWidget *widget, const QPoint &place);
 void moveTo(QWidget *widget, const QPoint &place);
 void releaseAt(QWidget *widget, const QPoint &place);
+/// Moves the idle mouse into a corner of the window, so that nothing shows as pointed at.
+void rest(QWidget *window);
 /// Presses a key in the widget that has the focus in this one's window.
 void press(QWidget *widget, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 /// Clicks into a field and types in place of what it holds.

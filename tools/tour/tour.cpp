@@ -122,6 +122,7 @@ bool Tour::runStep(const Step &step, int number)
 void Tour::takePicture(const QString &name)
 {
     const QString path = QDir(m_folder).filePath(name + QStringLiteral(".png"));
+    rest(&m_window);
     const QImage picture = stillPicture();
     if (picture.isNull() || !picture.save(path))
         throw TourFailure(QStringLiteral("cannot take the picture ") + path);
