@@ -1,13 +1,9 @@
 // Time from the start of the process to the first painted window, and resident memory there, of
-// the program beside an empty main window. Runs itself once for each measurement.
+// the program's window beside an empty main window. Runs a program of each once a round.
 
-#include "shell/NacelleBench.h"
-
-#include <QApplication>
+#include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QProcess>
-#include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
@@ -16,24 +12,6 @@
 namespace {
 
 constexpr int kRounds = 15;
-
-/// Ends the program at the first paint of a window, telling its memory in kilobytes.
-class FirstPaint : public QObject
-{
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        if (event->type() == QEvent::Paint && qobject_cast<QMainWindow *>(watched))
-            QTimer::singleShot(0, qApp, [] {
-                QFile statm(QStringLiteral("/proc/self/statm"));
-                if (statm.open(QIODevice::ReadOnly))
-                    std::printf("%lld\n", statm.readAll().split(' ').value(1).toLongLong() * 4);
-                std::fflush(stdout);
-                QCoreApplication::quit();
-            });
-        return false;
-    }
-};
 
 struct Figures
 {
@@ -47,44 +25,27 @@ double median(std::vector<double> values)
     return values[values.size() / 2];
 }
 
-void runOnce(const QString &what, Figures &figures)
+void runOnce(const QString &program, Figures &figures)
 {
     QProcess process;
     QElapsedTimer timer;
     timer.start();
-    process.start(QCoreApplication::applicationFilePath(), {what});
+    process.start(QCoreApplication::applicationDirPath() + program, QStringList());
     process.waitForReadyRead();
     figures.milliseconds.push_back(double(timer.nsecsElapsed()) * 1e-6);
     process.waitForFinished();
     figures.kilobytes.push_back(process.readAll().toDouble());
 }
 
-template <typename Window>
-int showWindow(int argc, char **argv)
-{
-    QApplication application(argc, argv);
-    FirstPaint filter;
-    application.installEventFilter(&filter);
-    Window window;
-    window.showMaximized();
-    return QApplication::exec();
-}
-
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    const QByteArray what = argc > 1 ? argv[1] : "";
-    if (what == "bench")
-        return showWindow<NacelleBench>(argc, argv);
-    if (what == "empty")
-        return showWindow<QMainWindow>(argc, argv);
-
     const QCoreApplication application(argc, argv);
     Figures empty, bench;
     for (int round = 0; round < kRounds; ++round) {
-        runOnce(QStringLiteral("empty"), empty);
-        runOnce(QStringLiteral("bench"), bench);
+        runOnce(QStringLiteral("/start_empty"), empty);
+        runOnce(QStringLiteral("/start_bench"), bench);
     }
     const double time = median(bench.milliseconds) / median(empty.milliseconds);
     const double memory = median(bench.kilobytes) / median(empty.kilobytes);

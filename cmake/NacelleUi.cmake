@@ -2,8 +2,6 @@
 add_library(nacelle_ui STATIC
     foundation/PopFrame.cpp foundation/PopFrame.h foundation/PopFrame.ui
     foundation/scale.h
-    console/carrierblock.cpp console/carrierblock.h
-    console/commandframe.cpp console/commandframe.h
     console/flowAnalysis.cpp console/flowAnalysis.h console/flowAnalysis.ui
     console/sendflags.h
     protocol/controlCmd.cpp protocol/controlCmd.h protocol/controlCmd.ui

@@ -11,14 +11,15 @@ png() {
     rsvg-convert -w "$2" -h "$2" "svg/$1.svg" -o "$1.png"
 }
 
-# ico TARGET SMALL LARGE: sizes up to 32 pixels come from their own, simpler drawing.
+# ico TARGET SMALL LARGE: sizes up to 32 pixels come from their own, simpler drawing. Every size is
+# decoded at the start of the program, so there are none that no desktop asks for.
 ico() {
     pages=
     for size in 16 24 32; do
         rsvg-convert -w "$size" -h "$size" "svg/$2.svg" -o "$work/$1-$size.png"
         pages="$pages $work/$1-$size.png"
     done
-    for size in 48 64 128 256; do
+    for size in 48 64; do
         rsvg-convert -w "$size" -h "$size" "svg/$3.svg" -o "$work/$1-$size.png"
         pages="$pages $work/$1-$size.png"
     done

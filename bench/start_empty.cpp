@@ -1,0 +1,6 @@
+#include "bench/firstpaint.h"
+
+int main(int argc, char *argv[])
+{
+    return showUntilPainted<QMainWindow>(argc, argv);
+}
