@@ -11,6 +11,7 @@ packages_for() {
         screen) echo xvfb openbox ;;
         format) echo clang-format ;;
         lint) echo clang-format clang-tidy cppcheck shellcheck ;;
+        pictures) echo imagemagick ;;
         bench) echo libbenchmark-dev ;;
         *)
             echo "install-deps: no such purpose: $1" >&2
