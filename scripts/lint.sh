@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# clang-format, clang-tidy, cppcheck and shellcheck over all that is ours. Ends with 0 when there
+# are no findings.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+scripts/install-deps.sh build bench lint
+failed=0
+
+echo "== clang-format"
+scripts/format.sh --check || failed=1
+
+echo "== clang-tidy"
+# A build folder of its own with all there is, of which only the generated sources are made.
+cmake --preset dev -B build/lint -DNACELLE_BENCH=ON >/dev/null
+ninja -C build/lint -t targets all | sed -n 's/^\(.*_autogen\): phony$/\1/p' |
+    xargs ninja -C build/lint --quiet
+git ls-files -z -- '*.cpp' |
+    xargs -0 -n 4 -P "$(nproc)" clang-tidy -p build/lint --quiet 2>/dev/null || failed=1
+
+echo "== cppcheck"
+# passedByValue: the slots' signatures are what they are.
+git ls-files -z -- '*.cpp' |
+    xargs -0 cppcheck -j "$(nproc)" --quiet --std=c++17 --library=qt --inline-suppr \
+        --error-exitcode=1 --enable=warning,performance,portability \
+        --suppress=missingIncludeSystem --suppress=unknownMacro --suppress=passedByValue \
+        -I . || failed=1
+
+echo "== shellcheck"
+git ls-files -z -- '*.sh' .ci/run | xargs -0 shellcheck || failed=1
+
+if [[ $failed -eq 0 ]]; then
+    echo "No findings."
+fi
+exit "$failed"
