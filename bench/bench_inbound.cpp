@@ -101,7 +101,7 @@ int main(int argc, char *argv[])
 
     QPlainTextEdit plain;
     plain.setMaximumBlockCount(50000);
-    plain.setStyleSheet(log->styleSheet());
+    plain.setFont(log->font());
     plain.resize(log->size());
     plain.show();
     QCoreApplication::processEvents();

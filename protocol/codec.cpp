@@ -165,6 +165,14 @@ void appendCrc(QByteArray &frame)
     frame.append(crc.at(1)).append(crc.at(0));
 }
 
+bool crcStandsAt(const QByteArray &frame, int end)
+{
+    if (end < 0 || end + kCrcSize > frame.size())
+        return false;
+    const quint16 crc = crc16Of(frame.left(end));
+    return byteAt(frame, end) == (crc >> 8) && byteAt(frame, end + 1) == (crc & 0xFF);
+}
+
 QString toHexText(const QByteArray &bytes)
 {
     return digits(bytes, 3);

@@ -59,6 +59,10 @@ QByteArray crc16Bytes(quint16 crc);
 /// Appends the checksum of what `frame` holds so far, high byte first.
 void appendCrc(QByteArray &frame);
 
+/// True when `frame` holds two bytes at `end`, and they are the checksum of the bytes before them,
+/// high byte first.
+bool crcStandsAt(const QByteArray &frame, int end);
+
 /// Two upper-case digits and one blank for each byte; the text ends in a blank.
 QString toHexText(const QByteArray &bytes);
 

@@ -14,12 +14,10 @@
 
 namespace {
 
-constexpr int kHistoryView = 1;
 /// A frame text with this many digits or fewer is too short to be looked at.
 constexpr int kTooFewDigits = 140;
 constexpr int kSmallestHostFrame = 72;
 constexpr int kSmallestGcuFrame = 71;
-constexpr int kFlagsOffset = 11;
 constexpr int kNameColumn = 162;
 constexpr int kNameColumnGrowth = 20;
 
@@ -112,8 +110,10 @@ dataPacketAnalysis::Form dataPacketAnalysis::bindForm(const Rows &rows)
     Form form;
     for (const auto &row : rows) {
         const Field &field = row.field;
-        form.push_back({&field, find(field.nameObject), find(field.valueObject),
-                        find(field.hexObject)});
+        QWidget *name = find(field.nameObject);
+        QLayoutItem *firstColumn = name->parentWidget()->layout()->itemAt(0);
+        form.push_back({&field, qobject_cast<QLabel *>(firstColumn->widget()), name,
+                        find(field.valueObject), find(field.hexObject)});
     }
     return form;
 }
@@ -300,8 +300,10 @@ void dataPacketAnalysis::retranslate()
     for (const FixedText &text : kFixedTexts)
         setTextOf(findChild<QWidget *>(QLatin1String(text.object)), translated(text.key));
     for (const Form *form : {&m_hostForm, &m_gcuForm}) {
-        for (const FieldWidgets &row : *form)
+        for (const FieldWidgets &row : *form) {
+            row.bytes->setText(translated(row.field->bytes));
             setTextOf(row.name, translated(row.field->key));
+        }
     }
     const QGlobal *global = QGlobal::instance();
     for (QLabel *label : {ui.label293, ui.label303, ui.label303_2, ui.label313_2})

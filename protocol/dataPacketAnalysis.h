@@ -20,11 +20,13 @@ class dataPacketAnalysis : public QWidget
     Q_OBJECT
 
 public:
+    static constexpr int kHistoryView = 1;
+
     explicit dataPacketAnalysis(QWidget *parent = nullptr);
 
     void setMainWindow(NacelleBench *window);
 
-    /// With 1, hides frame texts and buttons, so that the page shows a stored frame as a form only.
+    /// With `kHistoryView`, hides frame texts and buttons, so that the page shows a stored frame as a form only.
     void setHistoryView(int view);
 
     /// Puts a frame from the link into the right text box and form.
@@ -61,6 +63,7 @@ private:
     struct FieldWidgets
     {
         const Field *field;
+        QLabel *bytes;
         QWidget *name;
         QWidget *value;
         QWidget *hex;

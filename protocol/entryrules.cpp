@@ -3,8 +3,23 @@
 #include <QDoubleValidator>
 #include <QIntValidator>
 #include <QLineEdit>
+#include <QLocale>
 #include <QRegExp>
 #include <QRegExpValidator>
+
+namespace {
+
+/// Numbers as the frame's fields parse them, whatever the system's locale: a point, no groups.
+template <typename Validator>
+Validator *plainNumbers(Validator *validator)
+{
+    QLocale locale = QLocale::c();
+    locale.setNumberOptions(QLocale::RejectGroupSeparator);
+    validator->setLocale(locale);
+    return validator;
+}
+
+} // namespace
 
 void setEntryRule(QLineEdit *edit, const Limit &limit)
 {
@@ -12,10 +27,11 @@ void setEntryRule(QLineEdit *edit, const Limit &limit)
     case Limit::None:
         break;
     case Limit::Integer:
-        edit->setValidator(new QIntValidator(limit.low, limit.high, edit));
+        edit->setValidator(plainNumbers(new QIntValidator(limit.low, limit.high, edit)));
         break;
     case Limit::Real:
-        edit->setValidator(new QDoubleValidator(limit.low, limit.high, limit.decimals, edit));
+        edit->setValidator(
+            plainNumbers(new QDoubleValidator(limit.low, limit.high, limit.decimals, edit)));
         break;
     case Limit::Pattern:
         edit->setValidator(new QRegExpValidator(QRegExp(QLatin1String(limit.pattern)), edit));

@@ -65,7 +65,7 @@ int saidLength(const QByteArray &frame)
 QByteArray fieldSlice(const Field &field, const QByteArray &frame)
 {
     if (field.kind == FieldKind::Variable)
-        return frame.mid(kFixedSize, saidLength(frame) - kFrameOverhead);
+        return frame.mid(kFixedSize, qMax(0, saidLength(frame) - kFrameOverhead));
     if (field.kind == FieldKind::Crc)
         return frame.mid(saidLength(frame) - kCrcSize, kCrcSize);
     return frame.mid(field.offset, field.size);
@@ -102,7 +102,5 @@ QByteArray fieldBytes(const Field &field, const QString &text)
 
 bool crcMatches(const QByteArray &frame)
 {
-    const int length = saidLength(frame);
-    const quint16 crc = crc16Of(frame.mid(0, length - kCrcSize));
-    return byteAt(frame, length - 2) == (crc >> 8) && byteAt(frame, length - 1) == (crc & 0xFF);
+    return crcStandsAt(frame, saidLength(frame) - kCrcSize);
 }

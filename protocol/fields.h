@@ -129,11 +129,12 @@ QString fieldText(const Field &field, const QByteArray &frame);
 /// The field's bytes as an operator's text makes them. Text that doesn't parse counts as 0.
 QByteArray fieldBytes(const Field &field, const QString &text);
 
-/// True when the two bytes at S - 2 are the checksum of those before them, high byte first.
+/// True when the two bytes at S - 2 are there and are the checksum of those before them, high byte
+/// first.
 bool crcMatches(const QByteArray &frame);
 
 /// Computes the checksum over the first `record.length` - 2 bytes and compares it with the two
-/// behind them: fills `crcHigh`, `crcLow` and `crcValid`.
+/// behind them, which must be there: fills `crcHigh`, `crcLow` and `crcValid`.
 template <typename Record>
 void computeCrc(const QByteArray &frame, Record &record);
 

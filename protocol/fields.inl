@@ -42,8 +42,7 @@ void computeCrc(const QByteArray &frame, Record &record)
     const quint16 crc = crc16Of(frame.left(std::max(0, end)));
     record.crcHigh = quint8(crc >> 8);
     record.crcLow = quint8(crc);
-    record.crcValid =
-        byteAt(frame, end) == record.crcHigh && byteAt(frame, end + 1) == record.crcLow;
+    record.crcValid = crcStandsAt(frame, end);
 }
 
 template <typename Record, std::size_t N>

@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr int kFlagsOffset = 11;
-
 quint8 statusFlags(bool controlValid, bool inertialValid)
 {
     quint8 flags = 0;

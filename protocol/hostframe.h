@@ -8,7 +8,8 @@
 // The host frame, the one message that the program sends: 69 fixed bytes (control inputs, status
 // flags, carrier state), a command area of N bytes and a CRC, S = 71 + N bytes in all.
 
-/// Bits of the status flags at offset 11.
+/// Offset of the status flags, and the bits in use.
+constexpr int kFlagsOffset = 11;
 constexpr int kControlValidBit = 2;
 constexpr int kInertialValidBit = 0;
 
@@ -48,7 +49,7 @@ struct HostFrame
     QByteArray commandName;  ///< GBK, null for an unknown code
     quint8 param0 = 0;
     quint8 param1 = 0;
-    // The longs overlay the words; code 0x15 alone uses them.
+    // Each long overlays the word of its number; code 0x15 alone uses the longs.
     union {
         qint32 long0 = 0;
         quint16 word0;

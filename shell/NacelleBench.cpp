@@ -26,9 +26,9 @@ namespace {
 
 constexpr double kDesignScreenHeight = 1080.0;
 constexpr double kBaseFontPixels = 12.0;
+constexpr int kSmallestFontPixels = 10;
 constexpr int kOddParityIndex = 1;
 constexpr int kEvenParityIndex = 2;
-constexpr int kHistoryView = 1;
 constexpr int kDefaultRun = 0;
 constexpr int kLearningRun = 1;
 /// Size of a GCU frame whose feedback area holds code and result: the only one that is an answer.
@@ -48,6 +48,12 @@ QList<T *> pagesIn(QWidget *host)
     return pages;
 }
 
+/// Where an entry ends; a run of days passes the largest position and begins anew.
+int endOf(int start, const QString &entry)
+{
+    return int(uint(start) + uint(entry.size()) + 1u);
+}
+
 QString logEntry(const char *direction, const QByteArray &frame)
 {
     return QLatin1Char('[') + QTime::currentTime().toString(QStringLiteral("HH:mm:ss:zzz")) +
@@ -55,6 +61,15 @@ QString logEntry(const char *direction, const QByteArray &frame)
 }
 
 } // namespace
+
+/// A style sheet takes whole pixels only: on most screens the size in the window's own sheet is
+/// passed over, and what is set here holds. Below ten pixels Chinese can't be read any more.
+static void setWholeFontSize(double scale)
+{
+    QFont font = QApplication::font();
+    font.setPixelSize(qMax(kSmallestFontPixels, int(kBaseFontPixels * scale)));
+    QApplication::setFont(font);
+}
 
 /// The pictures lie in a static library, which the linker takes only by name.
 static void initResources()
@@ -71,6 +86,7 @@ NacelleBench::NacelleBench(QWidget *parent) : QMainWindow(parent)
     setWindowIcon(QIcon(QStringLiteral(":/NacelleBench/Resources/a71dp-jlnoy-001.ico")));
     const double scale = screen()->geometry().height() / kDesignScreenHeight;
     QGlobal::instance()->scaleFactor = scale;
+    setWholeFontSize(scale);
     setStyleSheet("font:" + QString::number(kBaseFontPixels * scale, 'g', 6) + "px ");
     build();
 }
@@ -186,7 +202,7 @@ void NacelleBench::rebuildPage(bool console)
         return;
     }
     makePacketPage();
-    m_packetPage->setHistoryView(kHistoryView);
+    m_packetPage->setHistoryView(dataPacketAnalysis::kHistoryView);
     showGroup(historyIndex);
 }
 
@@ -319,7 +335,7 @@ void NacelleBench::sendData(QByteArray frame)
     sentFrames.prepend(tightCopy(frame));
     const QString entry = logEntry("发", frame);
     m_panel->appendLog(entry);
-    sentEnds.prepend(start + entry.size() + 1);
+    sentEnds.prepend(endOf(start, entry));
 
     if (connectType == kTcpLink && tcpSocket)
         tcpSocket->write(frame);
@@ -356,7 +372,7 @@ void NacelleBench::recordReceived(const QByteArray &frame)
     receivedFrames.prepend(frame);
     const QString entry = logEntry("收", frame);
     m_panel->appendLog(entry);
-    receivedEnds.prepend(start + entry.size() + 1);
+    receivedEnds.prepend(endOf(start, entry));
 
     if (currentPageIndex == 0 && m_packetPage)
         m_packetPage->showReceivedFrame(frame);

@@ -3,10 +3,11 @@
 #include "foundation/PopFrame.h"
 #include "foundation/QGlobal.h"
 #include "foundation/scale.h"
+#include "protocol/entryrules.h"
 #include "shell/NacelleBench.h"
 
 #include <QEvent>
-#include <QIntValidator>
+#include <QFontDatabase>
 #include <QRegExp>
 #include <QRegExpValidator>
 #include <QScrollBar>
@@ -20,7 +21,7 @@ constexpr int kFlowPage = 1;
 constexpr int kLogBlockLimit = 50000;
 constexpr int kShownWidth = 10000000;
 constexpr int kHighestPort = 65535;
-constexpr int kHighestTypedPort = 99999;
+constexpr Limit kPortLimit{Limit::Integer, 0, 99999};
 
 const char *const kAddressPattern =
     "((2[0-4]\\d|25[0-5]|[01]?\\d\\d?)\\.){3}(2[0-4]\\d|25[0-5]|[01]?\\d\\d?)";
@@ -53,7 +54,7 @@ connectDevice::connectDevice(QWidget *parent) : QWidget(parent)
     setEntryRules();
     ui.comboBox->setCurrentIndex(kUdpIndex);
     ui.comboBox->installEventFilter(this);
-    ui.textEdit->setMaximumBlockCount(kLogBlockLimit);
+    setUpLog();
     setFixedSizes();
     retranslate();
 }
@@ -72,15 +73,23 @@ void connectDevice::setEntryRules()
     const auto *pattern = new QRegExpValidator(QRegExp(QLatin1String(kPortPattern)), this);
     ui.LineEdit_Port1->setValidator(pattern);
     ui.LineEdit_Port2->setValidator(pattern);
+    // Not among the others: the rule above must stand, and the list be without ports, at this point.
     connect(ui.comboBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &connectDevice::indexChange);
     m_ports = QSerialPortInfo::availablePorts();
     appendPorts();
     // This rule takes the place of the pattern and lets ports up to 99999 be typed; the press of
     // the connect button tells what is wrong with them.
-    const auto *number = new QIntValidator(0, kHighestTypedPort, this);
-    ui.LineEdit_Port1->setValidator(number);
-    ui.LineEdit_Port2->setValidator(number);
+    for (QLineEdit *port : {ui.LineEdit_Port1, ui.LineEdit_Port2})
+        setEntryRule(port, kPortLimit);
+}
+
+/// Digits of one width, for the eye and for the display: as soon as it is full, a line narrower than
+/// the widest one costs it a walk through all lines at each entry.
+void connectDevice::setUpLog()
+{
+    ui.textEdit->setMaximumBlockCount(kLogBlockLimit);
+    ui.textEdit->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
 }
 
 void connectDevice::setFixedSizes()
@@ -149,6 +158,9 @@ void connectDevice::indexChange(int index)
     const bool network = index == kTcpIndex || index == kUdpIndex;
     ui.widget_9->setMaximumWidth(network ? kShownWidth : 0);
     ui.widget_11->setMaximumWidth(network ? 0 : kShownWidth);
+    // What has no width must not take the keyboard either.
+    ui.widget_9->setEnabled(network);
+    ui.widget_11->setEnabled(!network);
     ui.pushButton_Conn->setEnabled(true);
     if (index == kTcpIndex) {
         ui.LineEdit_Port1->setText(QStringLiteral("2332"));

@@ -52,6 +52,7 @@ protected:
 private:
     void connectSlots();
     void setEntryRules();
+    void setUpLog();
     void setFixedSizes();
     void appendPorts();
     void refillLinks();

@@ -158,8 +158,7 @@ void tst_gcuframe::cutFrames()
     for (int size = 1; size < whole.size(); ++size) {
         GcuFrame record;
         parseGcuFrame(whole.left(size), record);
-        // Without a length byte S is 0, and the checksum of nothing is 0 as missing bytes are.
-        QCOMPARE(record.crcValid, size <= 2);
+        QVERIFY(!record.crcValid);
         QCOMPARE(int(record.workMode), size > 5 ? 0x11 : 0);
         QCOMPARE(int(record.zoomCamera1), size > 59 ? 20 : 0);
     }

@@ -1,0 +1,287 @@
+// The console's run as its peer sees it: period of the frames on the wire, processor share, and
+// what an hour's run leaves in memory, each beside a baseline of the same program run.
+// Usage: bench_cycle PODSIM [SECONDS]
+
+#include "shell/NacelleBench.h"
+
+#include <QApplication>
+#include <QPlainTextEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QThread>
+#include <QTimer>
+#include <QUdpSocket>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <ctime>
+#include <functional>
+#include <malloc.h>
+#include <vector>
+
+namespace {
+
+constexpr unsigned long kPeriodMs = 30;
+constexpr int kHourOfFrames = 120000;
+
+using Times = std::vector<qint64>; ///< nanoseconds of a steady clock
+
+qint64 now()
+{
+    timespec time = {};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return time.tv_sec * 1000000000LL + time.tv_nsec;
+}
+
+double processorSeconds()
+{
+    timespec time = {};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return double(time.tv_sec) + double(time.tv_nsec) * 1e-9;
+}
+
+struct Period
+{
+    double median = 0;
+    double high = 0; ///< 99th percentile
+};
+
+Period periodOf(const Times &times)
+{
+    std::vector<double> gaps;
+    for (std::size_t i = 1; i < times.size(); ++i)
+        gaps.push_back(double(times[i] - times[i - 1]) * 1e-6);
+    std::sort(gaps.begin(), gaps.end());
+    return {gaps[gaps.size() / 2], gaps[gaps.size() * 99 / 100]};
+}
+
+void turnEventLoop(int milliseconds)
+{
+    QEventLoop loop;
+    QTimer::singleShot(milliseconds, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+/// A peer on loopback that notes when each datagram came, and hands it on to a pod.
+class Wire : public QThread
+{
+public:
+    explicit Wire(quint16 podPort) : m_podPort(podPort)
+    {
+        start();
+        while (port == 0)
+            QThread::yieldCurrentThread();
+    }
+    ~Wire() override
+    {
+        m_quit = true;
+        wait();
+    }
+
+    std::atomic<quint16> port{0};
+    Times times; ///< read when the thread has ended or nothing arrives
+
+protected:
+    void run() override
+    {
+        QUdpSocket socket;
+        socket.bind(QHostAddress(QHostAddress::LocalHost), 0);
+        port = socket.localPort();
+        while (!m_quit) {
+            if (!socket.waitForReadyRead(100))
+                continue;
+            while (socket.hasPendingDatagrams()) {
+                QByteArray frame(int(socket.pendingDatagramSize()), '\0');
+                socket.readDatagram(frame.data(), frame.size());
+                times.push_back(now());
+                if (m_podPort)
+                    socket.writeDatagram(frame, QHostAddress::LocalHost, m_podPort);
+            }
+        }
+    }
+
+private:
+    const quint16 m_podPort;
+    std::atomic<bool> m_quit{false};
+};
+
+/// A bare thread that sleeps and emits to a slot of the main thread.
+class BareCycle : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Runs for so long; the slot does `step`. Returns when each emission was made.
+    Times run(int milliseconds, const std::function<void()> &step)
+    {
+        m_step = step;
+        Times times;
+        std::atomic<bool> running{true};
+        connect(this, &BareCycle::tick, this, &BareCycle::serve, Qt::QueuedConnection);
+        QThread *thread = QThread::create([&] {
+            while (running) {
+                QThread::msleep(kPeriodMs);
+                times.push_back(now());
+                emit tick();
+            }
+        });
+        thread->start();
+        turnEventLoop(milliseconds);
+        running = false;
+        thread->wait();
+        delete thread;
+        disconnect(this, &BareCycle::tick, this, &BareCycle::serve);
+        return times;
+    }
+
+signals:
+    void tick();
+
+private:
+    void serve() { m_step(); }
+
+    std::function<void()> m_step;
+};
+
+template <typename T>
+T *find(QWidget &window, const char *name)
+{
+    return window.findChild<T *>(QLatin1String(name));
+}
+
+void connectTo(NacelleBench &window, quint16 port, quint16 localPort)
+{
+    window.CreateUDP(QStringLiteral("127.0.0.1"), port, localPort, true);
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (widget != &window)
+            widget->close();
+    }
+}
+
+Times runConsole(NacelleBench &window, Wire &wire, int milliseconds)
+{
+    wire.times.clear();
+    find<QPushButton>(window, "pushButton_start")->click();
+    turnEventLoop(milliseconds);
+    find<QPushButton>(window, "pushButton_start")->click();
+    turnEventLoop(200);
+    return wire.times;
+}
+
+void reportPeriod(const char *name, const Period &period, const Period &baseline)
+{
+    std::printf("%-30s median %.3f ms (%.3f x, limit 1.01)   99th percentile %.3f ms "
+                "(%.3f x, limit 1.1)\n",
+                name, period.median, period.median / baseline.median, period.high,
+                period.high / baseline.high);
+}
+
+qint64 heldBytes()
+{
+    const struct mallinfo2 info = mallinfo2();
+    return qint64(info.uordblks + info.hblkhd);
+}
+
+/// Bytes of a display that is as full as the log may become.
+qint64 fullDisplayBytes(const QString &entry)
+{
+    const qint64 before = heldBytes();
+    QPlainTextEdit plain;
+    plain.setMaximumBlockCount(50000);
+    for (int i = 0; i < 25000; ++i)
+        plain.appendPlainText(entry);
+    return heldBytes() - before;
+}
+
+void reportHour(NacelleBench &window)
+{
+    const QByteArray answer = QByteArray::fromHex("8A5E47000112") + QByteArray(65, '\0');
+    const QByteArray sent = QByteArray(72, '\1');
+    window.Disconnect();
+    window.clearLog();
+    const qint64 before = heldBytes();
+    for (int i = 0; i < kHourOfFrames; ++i) {
+        window.sendData(sent);
+        window.receiveData(answer, QString());
+        if (i % 100 == 0)
+            QCoreApplication::processEvents();
+    }
+    const qint64 grown = heldBytes() - before;
+    const qint64 frames = qint64(kHourOfFrames) * (sent.size() + answer.size());
+    const qint64 display =
+        fullDisplayBytes(QStringLiteral("[12:34:56:789]TX->\n") + QString(144, QLatin1Char('0')));
+    std::printf("%-30s grew by %.1f MB (limit %.1f: twice %.1f of frames and a full display of "
+                "%.1f)\n",
+                "an hour's run", double(grown) * 1e-6, double(2 * frames + display) * 1e-6,
+                double(frames) * 1e-6, double(display) * 1e-6);
+}
+
+quint16 podPort(QProcess &pod)
+{
+    QString output;
+    QRegularExpressionMatch match;
+    while (!match.hasMatch() && pod.waitForReadyRead(5000)) {
+        output += QString::fromLocal8Bit(pod.readAllStandardOutput());
+        match = QRegularExpression(QStringLiteral("udp [0-9.]+:([0-9]+)")).match(output);
+    }
+    return match.captured(1).toUShort();
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication application(argc, argv);
+    if (argc < 2) {
+        std::fprintf(stderr, "usage: bench_cycle PODSIM [SECONDS]\n");
+        return 2;
+    }
+    const int milliseconds = (argc > 2 ? QByteArray(argv[2]).toInt() : 60) * 1000;
+    constexpr quint16 kLocalPort = 28338;
+
+    QProcess pod;
+    pod.start(QString::fromLocal8Bit(argv[1]),
+              {"--udp", "0", "--udp-reply", QString::number(kLocalPort)});
+    Wire silent(0);
+    Wire answering(podPort(pod));
+
+    NacelleBench window;
+    window.resize(1920, 1080);
+    window.show();
+    find<QPushButton>(window, "pushButton_2")->click();
+    BareCycle bare;
+
+    const Period baseline = periodOf(bare.run(milliseconds, [] {}));
+    std::printf("%-30s median %.3f ms   99th percentile %.3f ms\n", "bare thread", baseline.median,
+                baseline.high);
+    connectTo(window, silent.port, kLocalPort);
+    reportPeriod("run, idle peer", periodOf(runConsole(window, silent, milliseconds)), baseline);
+    window.Disconnect();
+
+    connectTo(window, answering.port, kLocalPort);
+    double before = processorSeconds();
+    reportPeriod("run, podsim answering",
+                 periodOf(runConsole(window, answering, milliseconds)), baseline);
+    const double share = (processorSeconds() - before) / (milliseconds * 1e-3);
+    const int answers = window.receivedFrames.size();
+
+    QPlainTextEdit *log = find<QPlainTextEdit>(window, "textEdit");
+    const QString entry = QStringLiteral("[12:34:56:789]TX->\n") + QString(144, QLatin1Char('0'));
+    log->clear();
+    before = processorSeconds();
+    bare.run(milliseconds, [&] {
+        log->appendPlainText(entry);
+        log->appendPlainText(entry);
+    });
+    const double loop = (processorSeconds() - before) / (milliseconds * 1e-3);
+    std::printf("%-30s %.2f %% with %d answers, bare loop of equal entries %.2f %% (%.2f x, limit "
+                "1.5)\n",
+                "processor share", share * 100, answers, loop * 100, share / loop);
+    pod.terminate();
+    pod.waitForFinished();
+    reportHour(window);
+}
+
+#include "bench_cycle.moc"
