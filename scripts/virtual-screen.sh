@@ -15,6 +15,8 @@ clean_up() {
     rm -rf "$work"
 }
 trap clean_up EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM
 
 # The server itself picks a free display and writes its number when it is ready.
 mkfifo "$work/number"
@@ -36,4 +38,7 @@ export XDG_RUNTIME_DIR=$work
 openbox --config-file "$settings" >/dev/null 2>&1 &
 children=("$!" "${children[@]}")
 
-"$@"
+# In the background, so that a signal to this script is heeded at once and ends the command too.
+"$@" &
+children=("$!" "${children[@]}")
+wait "$!"
