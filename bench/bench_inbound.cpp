@@ -21,8 +21,8 @@ constexpr int kRounds = 7;
 constexpr int kFramesPerTurn = 100; ///< between two turns of the event loop
 constexpr int kHourOfFrames = 120000;
 
-const QByteArray kFrame = QByteArray::fromHex("8A5E49000111") + QByteArray(63, '\x12') +
-                          QByteArray::fromHex("20001234");
+const QByteArray kFrame =
+    QByteArray::fromHex("8A5E49000111") + QByteArray(63, '\x12') + QByteArray::fromHex("20001234");
 
 /// Seconds for `kFrames` calls, the event loop turning in between as it does on a link.
 double measure(const std::function<void()> &oneFrame)
@@ -90,8 +90,8 @@ void reportMemory(NacelleBench &window, QPlainTextEdit *log)
 int main(int argc, char *argv[])
 {
     QApplication application(argc, argv);
-    const QString entry = QStringLiteral("[12:34:56:789]收->\n") +
-                          QString::fromLatin1(kFrame.toHex().toUpper());
+    const QString entry =
+        QStringLiteral("[12:34:56:789]收->\n") + QString::fromLatin1(kFrame.toHex().toUpper());
 
     NacelleBench window;
     window.resize(1920, 1080);

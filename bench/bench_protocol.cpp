@@ -12,9 +12,10 @@ namespace {
 
 HostTexts initialTexts()
 {
-    const char *values[] = {"", "72", "1", "0", "0", "0", "", "0", "0", "0", "0", "0", "0", "0", "0",
-                            "0", "1", "", "1", "170.9175332", "38.0300822", "41.123", "15",
-                            "352718000", "2278", "10", "", "", ""};
+    const char *values[] = {
+        "",           "72",     "1",  "0",         "0",    "0",  "",  "0", "0", "0",
+        "0",          "0",      "0",  "0",         "0",    "0",  "1", "",  "1", "170.9175332",
+        "38.0300822", "41.123", "15", "352718000", "2278", "10", "",  "",  ""};
     HostTexts texts;
     for (std::size_t i = 0; i < texts.values.size(); ++i)
         texts.values[i] = QString::fromLatin1(values[i]);
@@ -24,8 +25,8 @@ HostTexts initialTexts()
 
 QByteArray gcuFrame()
 {
-    QByteArray frame = QByteArray::fromHex("8A5E49000111") + QByteArray(63, '\x12') +
-                       QByteArray::fromHex("2000");
+    QByteArray frame =
+        QByteArray::fromHex("8A5E49000111") + QByteArray(63, '\x12') + QByteArray::fromHex("2000");
     appendCrc(frame);
     return frame;
 }

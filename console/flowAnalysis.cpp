@@ -129,6 +129,8 @@ flowAnalysis::flowAnalysis(QWidget *parent)
     : QWidget(parent), m_flags(std::make_shared<SendFlags>())
 {
     ui.setupUi(this);
+    for (QWidget *widget : findChildren<QWidget *>())
+        m_objects.insert(widget->objectName(), widget);
     connectSlots();
     ui.pushButton_video->setEnabled(false); // until there is a window for it to open
     ui.widget_3->setFixedHeight(0);
@@ -166,7 +168,7 @@ void flowAnalysis::setEntryRules()
     for (QLineEdit *edit : {ui.lineEdit_315, ui.lineEdit})
         setEntryRule(edit, kHexByteLimit);
     for (const CarrierField &field : kCarrierFields)
-        setEntryRule(findChild<QLineEdit *>(QLatin1String(field.edit)), field.limit);
+        setEntryRule(lineEdit(field.edit), field.limit);
     new QRegExpValidator(QRegExp(QLatin1String(kLatitudePattern)), this);
 }
 
@@ -177,7 +179,7 @@ void flowAnalysis::groupButtons()
     modeGroup = new QButtonGroup(this);
     for (std::size_t i = 0; i < kConsoleCommands.size(); ++i) {
         const ConsoleCommand &row = kConsoleCommands[i];
-        m_buttons[i] = findChild<QAbstractButton *>(QLatin1String(row.button));
+        m_buttons[i] = qobject_cast<QAbstractButton *>(m_objects.value(QLatin1String(row.button)));
         (row.mode == kNoMode ? commandGroup : modeGroup)->addButton(m_buttons[i]);
     }
     commandGroup->addButton(ui.pushButton_null);
@@ -199,7 +201,7 @@ void flowAnalysis::setFixedSizes()
 {
     const double scale = QGlobal::instance()->scaleFactor;
     for (const BaseSize &size : kSizes) {
-        auto *widget = findChild<QWidget *>(QLatin1String(size.object));
+        QWidget *widget = m_objects.value(QLatin1String(size.object));
         if (size.width)
             widget->setFixedWidth(int(size.width * scale + size.extra));
         if (size.height)
@@ -212,6 +214,11 @@ void flowAnalysis::setMainWindow(NacelleBench *window)
     mainWindow = window;
 }
 
+QLineEdit *flowAnalysis::lineEdit(const char *object) const
+{
+    return static_cast<QLineEdit *>(m_objects.value(QLatin1String(object)));
+}
+
 QByteArray flowAnalysis::buildCommandFrame(bool idle) const
 {
     ConsoleState state;
@@ -220,7 +227,7 @@ QByteArray flowAnalysis::buildCommandFrame(bool idle) const
     for (std::size_t i = 0; i < m_buttons.size(); ++i)
         state.selected[i] = m_buttons[i]->isChecked();
     state.textOf = [this](const char *object) {
-        return findChild<QWidget *>(QLatin1String(object))->property("text").toString();
+        return m_objects.value(QLatin1String(object))->property("text").toString();
     };
     return consoleFrame(state, idle);
 }
@@ -229,7 +236,7 @@ QString flowAnalysis::carrierBlockText() const
 {
     CarrierTexts texts;
     for (std::size_t i = 0; i < kCarrierFields.size(); ++i)
-        texts[i] = findChild<QLineEdit *>(QLatin1String(kCarrierFields[i].edit))->text();
+        texts[i] = lineEdit(kCarrierFields[i].edit)->text();
     return toHexText(carrierBlock(texts));
 }
 
@@ -354,7 +361,7 @@ void flowAnalysis::releaseSlider(const QString &name)
 
 void flowAnalysis::setWidgetText(const char *object, const QString &text)
 {
-    findChild<QWidget *>(QLatin1String(object))->setProperty("text", text);
+    m_objects.value(QLatin1String(object))->setProperty("text", text);
 }
 
 void flowAnalysis::retranslate()

@@ -4,6 +4,7 @@
 
 #include "ui_flowAnalysis.h"
 
+#include <QHash>
 #include <QWidget>
 
 #include <array>
@@ -76,11 +77,13 @@ private:
     void sendFrame(bool idle);
     void startWorker();
     void releaseSlider(const QString &name);
+    QLineEdit *lineEdit(const char *object) const;
     void setWidgetText(const char *object, const QString &text);
 
     NacelleBench *mainWindow = nullptr;
     std::shared_ptr<SendFlags> m_flags;
     qint8 podMode = kNoMode;
+    QHash<QString, QWidget *> m_objects; ///< of the form by name: a frame asks for many, often
     std::array<QAbstractButton *, kConsoleCommandCount> m_buttons = {};
     QButtonGroup *commandGroup = nullptr;
     QButtonGroup *modeGroup = nullptr;

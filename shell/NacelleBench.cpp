@@ -105,9 +105,9 @@ void NacelleBench::build()
     m_panel->show();
     SelectDataPacketAnalysis(true);
 
-    ui.menuButton->setStyleSheet(QStringLiteral(
-        "QPushButton{border-image: url(:/NacelleBench/Resources/setting.png)}"
-        "QPushButton:menu-indicator{image:none;}"));
+    ui.menuButton->setStyleSheet(
+        QStringLiteral("QPushButton{border-image: url(:/NacelleBench/Resources/setting.png)}"
+                       "QPushButton:menu-indicator{image:none;}"));
     retranslate();
 }
 
@@ -231,8 +231,8 @@ int NacelleBench::selectGroup(int index)
 {
     if (index >= sentFrames.size())
         return 0;
-    const bool answered = index < receivedFrames.size() &&
-                          sentEnds.at(index) == receivedStarts.at(index);
+    const bool answered =
+        index < receivedFrames.size() && sentEnds.at(index) == receivedStarts.at(index);
     const int end = answered ? receivedEnds.at(index) : sentEnds.at(index);
     return m_panel->selectLogRange(sentStarts.at(index) + 1, end, logEnd());
 }
@@ -258,8 +258,8 @@ void NacelleBench::CreateTCP(QString ip, int port1, int, bool isFrist)
     connect(link, &QMyTcpSocket::signals_ConnectSuccess, this, &NacelleBench::ConnectSuccess);
     // This window has no such slot, so that a lost connection is never made again by itself: the
     // operator presses the connect button. It is meant to stay so.
-    connect(link, SIGNAL(signals_CreateMyTcpSocket(QString,int,bool)), this,
-            SLOT(CreateTCP(QString,int, bool)));
+    connect(link, SIGNAL(signals_CreateMyTcpSocket(QString, int, bool)), this,
+            SLOT(CreateTCP(QString, int, bool)));
     link->createSocket(ip, port1, isFrist);
 }
 

@@ -36,7 +36,7 @@ private:
 
     QString m_ip;
     int m_port = 0;
-    bool m_isFrist = true; ///< until the connection came up for the first time
+    bool m_isFrist = true;  ///< until the connection came up for the first time
     bool m_handled = false; ///< the loss of this socket was acted upon
     QTcpSocket *m_socket = nullptr;
 };

@@ -7,10 +7,10 @@
 #include "shell/NacelleBench.h"
 
 #include <QEvent>
-#include <QFontDatabase>
 #include <QRegExp>
 #include <QRegExpValidator>
 #include <QScrollBar>
+#include <QTextBlock>
 #include <QTextCursor>
 
 namespace {
@@ -54,7 +54,7 @@ connectDevice::connectDevice(QWidget *parent) : QWidget(parent)
     setEntryRules();
     ui.comboBox->setCurrentIndex(kUdpIndex);
     ui.comboBox->installEventFilter(this);
-    setUpLog();
+    ui.textEdit->setMaximumBlockCount(kLogBlockLimit);
     setFixedSizes();
     retranslate();
 }
@@ -73,7 +73,8 @@ void connectDevice::setEntryRules()
     const auto *pattern = new QRegExpValidator(QRegExp(QLatin1String(kPortPattern)), this);
     ui.LineEdit_Port1->setValidator(pattern);
     ui.LineEdit_Port2->setValidator(pattern);
-    // Not among the others: the rule above must stand, and the list be without ports, at this point.
+    // Not among the others: the rule above must stand, and the list be without ports, at this
+    // point.
     connect(ui.comboBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &connectDevice::indexChange);
     m_ports = QSerialPortInfo::availablePorts();
@@ -84,20 +85,12 @@ void connectDevice::setEntryRules()
         setEntryRule(port, kPortLimit);
 }
 
-/// Digits of one width, for the eye and for the display: as soon as it is full, a line narrower than
-/// the widest one costs it a walk through all lines at each entry.
-void connectDevice::setUpLog()
-{
-    ui.textEdit->setMaximumBlockCount(kLogBlockLimit);
-    ui.textEdit->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-}
-
 void connectDevice::setFixedSizes()
 {
     ui.widget_10->setFixedWidth(scaled(80));
     ui.pushButton_Conn->setFixedWidth(scaled(80));
-    for (QLabel *label : {ui.label_2, ui.label_3, ui.label_4, ui.label_8, ui.label_9, ui.label_10,
-                          ui.label_11})
+    for (QLabel *label :
+         {ui.label_2, ui.label_3, ui.label_4, ui.label_8, ui.label_9, ui.label_10, ui.label_11})
         label->setFixedWidth(scaled(90));
     ui.widget_3->setFixedHeight(scaled(50));
     for (QPushButton *button :
@@ -116,11 +109,27 @@ void connectDevice::appendPorts()
         ui.comboBox->addItem(port.portName());
 }
 
+/// Takes the oldest entries off a full display. It would drop them by itself, but along with the
+/// new entry in one change of its whole text, at which it forgets all line widths and looks through
+/// 50,000 lines again for each entry. Within an edit block the cursor lays nothing out either.
+void connectDevice::makeRoom(int blocks)
+{
+    QTextDocument *log = ui.textEdit->document();
+    const int excess = log->blockCount() + blocks - log->maximumBlockCount();
+    if (excess <= 0)
+        return;
+    QTextCursor top(log);
+    top.beginEditBlock();
+    top.setPosition(log->findBlockByNumber(excess).position(), QTextCursor::KeepAnchor);
+    top.removeSelectedText();
+    top.endEditBlock();
+}
+
 void connectDevice::appendLog(const QString &text)
 {
+    makeRoom(text.count(QLatin1Char('\n')) + 1);
     ui.textEdit->appendPlainText(text);
-    ui.textEdit->moveCursor(QTextCursor::End);
-    ui.textEdit->ensureCursorVisible();
+    ui.textEdit->moveCursor(QTextCursor::End); // the view follows
 }
 
 void connectDevice::setPageMode(int mode)
@@ -224,10 +233,10 @@ void connectDevice::openLink()
             return refuse(fault);
         m_window->CreateUDP(address, remotePort, ui.LineEdit_Port2->text().toInt(), true);
     } else {
-        m_window->CreateSerialPort(ui.comboBox->currentText(), ui.comboBox_s1->currentText().toInt(),
-                                   ui.comboBox_s2->currentText().toInt(),
-                                   ui.comboBox_s4->currentIndex(), ui.comboBox_s3->currentIndex(),
-                                   true);
+        m_window->CreateSerialPort(
+            ui.comboBox->currentText(), ui.comboBox_s1->currentText().toInt(),
+            ui.comboBox_s2->currentText().toInt(), ui.comboBox_s4->currentIndex(),
+            ui.comboBox_s3->currentIndex(), true);
     }
 }
 
@@ -300,9 +309,9 @@ void connectDevice::retranslate()
     {
         QLabel *label;
         const char *key;
-    } labels[] = {{ui.label, "连接设备"},  {ui.label_2, "连接方式"},   {ui.label_3, "远程"},
-                  {ui.label_4, "本地"},    {ui.label_8, "波特率"},     {ui.label_10, "数据位"},
-                  {ui.label_9, "停止位"},  {ui.label_11, "奇偶校验"},  {ui.label_5, "数据显示区"}};
+    } labels[] = {{ui.label, "连接设备"}, {ui.label_2, "连接方式"},  {ui.label_3, "远程"},
+                  {ui.label_4, "本地"},   {ui.label_8, "波特率"},    {ui.label_10, "数据位"},
+                  {ui.label_9, "停止位"}, {ui.label_11, "奇偶校验"}, {ui.label_5, "数据显示区"}};
     for (const auto &row : labels)
         row.label->setText(translated(row.key));
     ui.pushButton_Clear->setText(translated("清空显示区"));

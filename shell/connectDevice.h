@@ -52,8 +52,8 @@ protected:
 private:
     void connectSlots();
     void setEntryRules();
-    void setUpLog();
     void setFixedSizes();
+    void makeRoom(int blocks);
     void appendPorts();
     void refillLinks();
     void openLink();
