@@ -17,12 +17,10 @@ PopFrame::PopFrame(QWidget *parent) : QWidget(parent)
     };
     setStyleSheet("background-color:" + c("main"));
     ui.label_1->setStyleSheet("color:" + c("bright"));
-    ui.pushButtonOK->setStyleSheet("QPushButton{background-color:" + c("main") +
-                                   ";color:" + c("bright") + ";border:1px solid" + c("monitor") +
-                                   ";}");
-    ui.pushButtonCancel->setStyleSheet("QPushButton{background-color:" + c("monitor") +
-                                       "; color:" + c("bright") + "; border:1px solid" +
-                                       c("monitor") + "; }");
+    ui.pushButtonOK->setStyleSheet("QPushButton{background-color:" + c("main") + ";color:" +
+                                   c("bright") + ";border:1px solid" + c("monitor") + ";}");
+    ui.pushButtonCancel->setStyleSheet("QPushButton{background-color:" + c("monitor") + "; color:" +
+                                       c("bright") + "; border:1px solid" + c("monitor") + "; }");
 
     connect(ui.pushButtonOK, &QPushButton::clicked, this, &PopFrame::ok);
     connect(ui.pushButtonCancel, &QPushButton::clicked, this, &PopFrame::close);

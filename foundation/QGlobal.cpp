@@ -60,8 +60,8 @@ QGlobal *QGlobal::instance()
     global->spareMap3 = new QMap<QString, QString>;
     global->makeDefaultRows();
     readTextFiles(*global);
-    global->styleSheets = new QMap<QString, QString>(
-        buildStyleSheets(*global->palette, global->scaleFactor));
+    global->styleSheets =
+        new QMap<QString, QString>(buildStyleSheets(*global->palette, global->scaleFactor));
     return global;
 }
 

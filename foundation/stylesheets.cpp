@@ -39,16 +39,15 @@ QMap<QString, QString> buildStyleSheets(const QMap<QString, QString> &palette, d
 
     QMap<QString, QString> sheets;
     sheets["alternation"] = "background-color:" + c("alternation");
-    sheets["sbus"] = "QLabel{background-color:#00000000; color:" + c("dark") +
-                     ";font:" + general(12) + "px}";
+    sheets["sbus"] =
+        "QLabel{background-color:#00000000; color:" + c("dark") + ";font:" + general(12) + "px}";
     sheets["sbus_comboBox"] = comboBoxSheet(QStringLiteral("#00000000"), c("bright"), c("control"),
                                             general(12), general(12));
     sheets["sbus_cbx"] =
         QLatin1String("QPushButton{border-image: url(:/NacelleDesk/Resources/cbx_unselect2.png)}"
-                       "QPushButton:checked{border-image: "
-                       "url(:/NacelleDesk/Resources/cbx_selected2.png);}");
-    sheets["comboBox"] =
-        comboBoxSheet(c("main"), c("bright"), c("control"), general(16), font14);
+                      "QPushButton:checked{border-image: "
+                      "url(:/NacelleDesk/Resources/cbx_selected2.png);}");
+    sheets["comboBox"] = comboBoxSheet(c("main"), c("bright"), c("control"), general(16), font14);
     sheets["slider"] = sliderSheet(scale);
     sheets["button"] = "QPushButton{background-color:" + c("control") +
                        "; border-radius:4px; color:" + c("bright") + "; font:" + font14 +

@@ -91,10 +91,9 @@ void readTextFilesFrom(const QString &folder, QGlobal &global)
               });
 
     global.palette = new QMap<QString, QString>;
-    readLines(folder + QLatin1String("/UIColorMap.ini"), QLatin1Char(':'), 2,
-              [&global](const QStringList &parts) {
-                  global.palette->insert(parts.at(0), parts.at(1));
-              });
+    readLines(
+        folder + QLatin1String("/UIColorMap.ini"), QLatin1Char(':'), 2,
+        [&global](const QStringList &parts) { global.palette->insert(parts.at(0), parts.at(1)); });
 
     global.modelMap = new QMap<QString, QList<int>>;
     readLines(folder + QLatin1String("/ModelMap.ini"), QLatin1Char(':'), 2,

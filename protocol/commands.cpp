@@ -18,9 +18,19 @@ constexpr quint8 kGeoLockCode = 0x16;
 
 constexpr quint8 kFirstMode = 0x10;
 // By code from 0x10 on; the commands between that enter no mode have no name.
-constexpr std::array<const char *, 13> kModes = {
-    "角度控制模式", "指向锁定模式", "指向跟随模式", "俯拍模式", "欧拉角控制模式", "", "凝视模式",
-    "跟踪模式",     "",             "",             "",         "",               "FPV模式"};
+constexpr std::array<const char *, 13> kModes = {"角度控制模式",
+                                                 "指向锁定模式",
+                                                 "指向跟随模式",
+                                                 "俯拍模式",
+                                                 "欧拉角控制模式",
+                                                 "",
+                                                 "凝视模式",
+                                                 "跟踪模式",
+                                                 "",
+                                                 "",
+                                                 "",
+                                                 "",
+                                                 "FPV模式"};
 
 const CommandRow *findCommand(quint8 code)
 {
@@ -90,6 +100,7 @@ void walkPayload(const CommandRow &row, Visitor visit)
 
 } // namespace
 
+// clang-format off
 const std::array<CommandRow, kCommandCount> kCommands = {{
     {0x00, "空命令"},
     {0x01, "吊舱校准"},
@@ -128,6 +139,7 @@ const std::array<CommandRow, kCommandCount> kCommands = {{
     {0x80, "补光", kNoFixedByte, {P::Byte}},
     {0x81, "连续测距", kNoFixedByte, {P::Byte}},
 }};
+// clang-format on
 
 QString commandName(quint8 code)
 {
@@ -152,9 +164,8 @@ QString modeName(quint8 code)
 QByteArray commandBytes(const QString &name, const QString &p1, const QString &p2,
                         const QString &p3, const QString &p4, const QString &p5, const QString &p6)
 {
-    const auto row = std::find_if(kCommands.begin(), kCommands.end(), [&](const CommandRow &r) {
-        return translated(r.name) == name;
-    });
+    const auto row = std::find_if(kCommands.begin(), kCommands.end(),
+                                  [&](const CommandRow &r) { return translated(r.name) == name; });
     if (row == kCommands.end())
         return {};
 

@@ -122,8 +122,7 @@ void dataPacketAnalysis::connectSlots()
 {
     connect(ui.pushButton_Cmd, &QPushButton::clicked, this, &dataPacketAnalysis::openCmd);
     connect(ui.pushButton_Send, &QPushButton::clicked, this, &dataPacketAnalysis::sendCmd);
-    connect(ui.pushButton_Analysis, &QPushButton::clicked, this,
-            &dataPacketAnalysis::analysisSend);
+    connect(ui.pushButton_Analysis, &QPushButton::clicked, this, &dataPacketAnalysis::analysisSend);
     connect(ui.pushButton_AnalysisRev, &QPushButton::clicked, this,
             &dataPacketAnalysis::analysisRev);
     connect(ui.pushButton_Create, &QPushButton::clicked, this, &dataPacketAnalysis::createData);
@@ -143,8 +142,8 @@ void dataPacketAnalysis::setFixedSizes()
 {
     const double scale = QGlobal::instance()->scaleFactor;
     const int nameWidth = scaled(int((scale - 1) * kNameColumnGrowth + kNameColumn));
-    for (QWidget *row : findChildren<QWidget *>(
-             QRegularExpression(QStringLiteral("^row(Host|Gcu)_\\d+$"))))
+    for (QWidget *row :
+         findChildren<QWidget *>(QRegularExpression(QStringLiteral("^row(Host|Gcu)_\\d+$"))))
         row->setFixedHeight(scaled(40));
     for (QWidget *row : {ui.rowHost_2, ui.rowHost_8, ui.rowGcu_2})
         row->setFixedHeight(scaled(80));

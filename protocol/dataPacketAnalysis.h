@@ -26,7 +26,8 @@ public:
 
     void setMainWindow(NacelleBench *window);
 
-    /// With `kHistoryView`, hides frame texts and buttons, so that the page shows a stored frame as a form only.
+    /// With `kHistoryView`, hides frame texts and buttons, so that the page shows a stored frame as
+    /// a form only.
     void setHistoryView(int view);
 
     /// Puts a frame from the link into the right text box and form.

@@ -70,11 +70,11 @@ struct Field
     int size = 0;   ///< in bytes; 0 for the variable area
     FieldKind kind = FieldKind::Byte;
     Scale scale = kPlain;
-    const char *bytes = "";          ///< text of the form's first column
-    const char *key = "";            ///< name of the field, before the language lookup
-    const char *nameObject = "";     ///< label or button that shows the name
-    const char *valueObject = "";    ///< line edit or label that shows the value, "" for none
-    const char *hexObject = "";      ///< label that shows the field's own bytes, "" for none
+    const char *bytes = "";       ///< text of the form's first column
+    const char *key = "";         ///< name of the field, before the language lookup
+    const char *nameObject = "";  ///< label or button that shows the name
+    const char *valueObject = ""; ///< line edit or label that shows the value, "" for none
+    const char *hexObject = "";   ///< label that shows the field's own bytes, "" for none
     std::array<quint8, 2> constant = {};
     Limit limit = {};
 };

@@ -50,18 +50,19 @@ struct GcuFrame
     quint16 zoomCamera1 = 0;
     quint16 zoomCamera2 = 0;
     std::array<quint8, 6> reserved2 = {};
-    quint8 feedbackCode = 0;          ///< byte 69, whatever stands there
-    QByteArray feedbackName;          ///< GBK, null for an unknown code
+    quint8 feedbackCode = 0;           ///< byte 69, whatever stands there
+    QByteArray feedbackName;           ///< GBK, null for an unknown code
     quint8 feedbackResult = kNoResult; ///< byte 70, or 0xFF when `length` is 72
-    quint8 crcHigh = 0;               ///< computed by the parser
-    quint8 crcLow = 0;                ///< computed by the parser
-    bool crcValid = false;            ///< computed by the parser
+    quint8 crcHigh = 0;                ///< computed by the parser
+    quint8 crcLow = 0;                 ///< computed by the parser
+    bool crcValid = false;             ///< computed by the parser
 };
 
 /// Fills `record` from a whole GCU frame. Header bytes aren't tested; missing bytes read as zero.
 void parseGcuFrame(const QByteArray &bytes, GcuFrame &record);
 
 /// The rows of the GCU frame in wire order. Factors differ from field to field on purpose.
+// clang-format off
 inline constexpr std::array<FieldRow<GcuFrame>, 31> kGcuRows = {{
     {{0, 2, FieldKind::Constant, kPlain, "0～1", "协议头", "label22_2", "", "", {0x8A, 0x5E}},
      BytePair<GcuFrame>{&GcuFrame::header0, &GcuFrame::header1}},
@@ -149,6 +150,7 @@ inline constexpr std::array<FieldRow<GcuFrame>, 31> kGcuRows = {{
     {{0, 2, FieldKind::Crc, kPlain, "S-2～S-1", "CRC校验", "label312_2", "label313_2",
       "label314_2"}, {}},
 }};
+// clang-format on
 static_assert(tilesFrame(kGcuRows), "the rows of the GCU frame leave a gap or overlap");
 
 /// Text of a frame's feedback area, whose size N the frame's own length field tells: "无命令"

@@ -87,7 +87,8 @@ constexpr Limit matching(const char *pattern)
     return {Limit::Pattern, 0, 0, 0, pattern};
 }
 
-/// The rows of the host frame in wire order.
+/// The rows of the host frame in wire order, a row a field.
+// clang-format off
 inline constexpr std::array<FieldRow<HostFrame>, 29> kHostRows = {{
     {{0, 2, FieldKind::Constant, kPlain, "0～1", "协议头", "label22", "", "", {0xA8, 0xE5}},
      BytePair<HostFrame>{&HostFrame::header0, &HostFrame::header1}},
@@ -171,6 +172,7 @@ inline constexpr std::array<FieldRow<HostFrame>, 29> kHostRows = {{
       "label294"}, {}},
     {{0, 2, FieldKind::Crc, kPlain, "S-2～S-1", "CRC校验", "label302", "label303", "label304"}, {}},
 }};
+// clang-format on
 static_assert(tilesFrame(kHostRows), "the rows of the host frame leave a gap or overlap");
 
 /// The texts of a form from which a host frame is built, by row of `kHostRows`.

@@ -215,7 +215,8 @@ void tst_QGlobal::shippedFilesHaveEveryKey()
     QVERIFY(file.size() < 16384);
     QVERIFY(global->firstLanguageText(QStringLiteral("版本1")).contains(QLatin1Char('1')));
 
-    const QRegularExpression literal(QStringLiteral("\"([^\"\\n]*[\\x{4E00}-\\x{9FFF}][^\"\\n]*)\""));
+    const QRegularExpression literal(
+        QStringLiteral("\"([^\"\\n]*[\\x{4E00}-\\x{9FFF}][^\"\\n]*)\""));
     int keys = 0;
     for (const char *folder : {"foundation", "protocol", "shell", "console", "video"}) {
         QDirIterator sources(QStringLiteral(NACELLE_SOURCE_DIR "/") + QLatin1String(folder),

@@ -28,8 +28,8 @@ void tst_codec::crc_data()
     QTest::addColumn<int>("expected");
     QTest::newRow("nothing") << QByteArray() << 0x0000;
     QTest::newRow("check value") << QByteArray("123456789") << 0x31C3;
-    QByteArray empty = QByteArray::fromHex("A8E5480001") + QByteArray(25, '\0') + '\1' +
-                       QByteArray(39, '\0');
+    QByteArray empty =
+        QByteArray::fromHex("A8E5480001") + QByteArray(25, '\0') + '\1' + QByteArray(39, '\0');
     QTest::newRow("empty command") << empty << 0x28B2;
 }
 
@@ -114,7 +114,8 @@ void tst_codec::hexTextToBytesPairsFromTheEnd_data()
     QTest::newRow("spaced") << "A8 05 " << QByteArray::fromHex("A805");
     QTest::newRow("lower case") << "a8e5" << QByteArray::fromHex("A8E5");
     QTest::newRow("odd number of digits shifts") << "A8 5 11" << QByteArray("\x0A\x85\x11");
-    QTest::newRow("other characters are dropped") << QStringLiteral("A8\n中0G5") << QByteArray("\xA8\x05");
+    QTest::newRow("other characters are dropped")
+        << QStringLiteral("A8\n中0G5") << QByteArray("\xA8\x05");
     QTest::newRow("nothing") << "" << QByteArray();
 }
 

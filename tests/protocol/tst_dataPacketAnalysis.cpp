@@ -247,6 +247,7 @@ void tst_dataPacketAnalysis::analysisFillsBothForms()
     m_bench->find<QTextEdit>("textEdit_Rev")->setPlainText(kGcuFrame);
     m_bench->click("pushButton_AnalysisRev");
     QCOMPARE(Bench::takeNotices(), QStringList());
+    // clang-format off
     const QMap<const char *, QString> expected = {
         {"label33_2", "73"},           {"label34_2", "49 00 "},
         {"label43_2", "1"},            {"lineEdit53_2", "指向锁定模式"},
@@ -267,6 +268,7 @@ void tst_dataPacketAnalysis::analysisFillsBothForms()
         {"label294_2", "D1 D2 D3 D4 D5 D6 "}, {"label303_2", "拍照成功"},
         {"label304_2", "20 00 "},      {"label313_2", "通过"},
         {"label314_2", "B7 AB "}};
+    // clang-format on
     for (auto it = expected.begin(); it != expected.end(); ++it)
         QCOMPARE(QString("%1: %2").arg(it.key(), text(it.key())),
                  QString("%1: %2").arg(it.key(), it.value()));

@@ -7,6 +7,7 @@ namespace {
 
 QByteArray gcuFrame(const QByteArray &feedback)
 {
+    // clang-format off
     QByteArray frame = QByteArray::fromHex("8A5E") + encodeU16(quint16(71 + feedback.size())) +
                        QByteArray::fromHex("C8 11 A55A 0A00 F6FF"     // version 200, mode, flags, miss
                                            "D204 2EFB 0100"           // relative angles
@@ -16,6 +17,7 @@ QByteArray gcuFrame(const QByteArray &feedback)
                                            "02 03 04 0180"            // versions, pod code, fault
                                            "39300000 24F2DF65 C0FBFBB6 A3A00000"
                                            "1400 FFFF D1D2D3D4D5D6");
+    // clang-format on
     frame += feedback;
     appendCrc(frame);
     return frame;
@@ -120,8 +122,8 @@ void tst_gcuframe::feedback_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("renewed");
     const auto row = [](const char *hex, const char *text, const char *renewed) {
-        QTest::newRow(*hex ? hex : "none") << QByteArray::fromHex(hex) << QString::fromUtf8(text)
-                                           << QString::fromUtf8(renewed);
+        QTest::newRow(*hex ? hex : "none")
+            << QByteArray::fromHex(hex) << QString::fromUtf8(text) << QString::fromUtf8(renewed);
     };
     row("", "无命令", "无命令");
     row("20", "拍照", "拍照");

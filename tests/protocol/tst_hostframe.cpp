@@ -9,6 +9,7 @@ namespace {
 /// A frame whose every field differs from its neighbours, command area and CRC appended.
 QByteArray sampleFrame(const QByteArray &command)
 {
+    // clang-format off
     QByteArray frame = QByteArray::fromHex("A8E5") + encodeU16(quint16(71 + command.size())) +
                        QByteArray::fromHex("01"               // version
                                            "B80B48F40100"     // 3000, -3000, 1
@@ -20,6 +21,7 @@ QByteArray sampleFrame(const QByteArray &command)
                                            "24F2DF65 C0FBFBB6 A3A00000"
                                            "0F B00C0615 E608 10270000"
                                            "B1B2B3B4B5B6B7B8");
+    // clang-format on
     frame += command;
     appendCrc(frame);
     return frame;
@@ -86,6 +88,7 @@ void tst_hostframe::parse()
 void tst_hostframe::packKeepsEveryByte_data()
 {
     QTest::addColumn<QByteArray>("command");
+    // clang-format off
     const char *commands[] = {"00", "01", "03", "0605", "0701", "08F8", "10", "11", "12", "13", "14",
                               "1524F2DF6516EEAA16A3A00000", "16", "17010101020304050607080910",
                               "1A0164 00C800", "1B02FF7F018003", "1C", "2001", "2101", "2201",
@@ -93,6 +96,7 @@ void tst_hostframe::packKeepsEveryByte_data()
                               "300101 0102030405060708", "310101C8003200", "320102C8003200",
                               "33010188138813", "7301", "7404", "7501", "7601", "80FF", "8102",
                               "02", "FF"};
+    // clang-format on
     for (const char *command : commands)
         QTest::newRow(command) << QByteArray::fromHex(command);
 }
@@ -137,16 +141,19 @@ void tst_hostframe::parseCutFrames()
 void tst_hostframe::buildFromTexts()
 {
     HostTexts texts;
+    // clang-format off
     const QStringList values = {"", "72", "1", "0", "0", "0", "", "0", "0", "0", "0", "0", "0", "0",
                                 "0", "0", "1", "", "1", "170.9175332", "38.0300822", "41.123", "15",
                                 "352718000", "2278", "10", "", "", ""};
+    // clang-format on
     for (int i = 0; i < values.size(); ++i)
         texts.values[std::size_t(i)] = values.at(i);
     texts.inertialValid = true;
     texts.command = QStringLiteral("00 ");
     const QByteArray expected =
         QByteArray::fromHex("A8E5480001 000000000000 01") + QByteArray(18, '\0') +
-        QByteArray::fromHex("01000000000000 01 24F2DF65 16EEAA16 A3A00000 0F B00C0615 E608 10270000") +
+        QByteArray::fromHex(
+            "01000000000000 01 24F2DF65 16EEAA16 A3A00000 0F B00C0615 E608 10270000") +
         QByteArray(9, '\0') + QByteArray::fromHex("7B70");
     QCOMPARE(buildHostFrame(texts), expected);
 

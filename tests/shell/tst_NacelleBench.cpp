@@ -135,10 +135,11 @@ void tst_NacelleBench::logEntries()
     (*m_bench)->sendData(QByteArray::fromHex("A80500FF"));
     (*m_bench)->receiveData("noise", QString());
     const QString log = m_bench->log();
-    QVERIFY(QRegularExpression(QStringLiteral("^\\[\\d\\d:\\d\\d:\\d\\d:\\d\\d\\d\\]发->\\nA80500FF\\n"
-                                              "\\[\\d\\d:\\d\\d:\\d\\d:\\d\\d\\d\\]收->\\n$"))
-                .match(log)
-                .hasMatch());
+    QVERIFY(
+        QRegularExpression(QStringLiteral("^\\[\\d\\d:\\d\\d:\\d\\d:\\d\\d\\d\\]发->\\nA80500FF\\n"
+                                          "\\[\\d\\d:\\d\\d:\\d\\d:\\d\\d\\d\\]收->\\n$"))
+            .match(log)
+            .hasMatch());
     QCOMPARE((*m_bench)->sentStarts, QList<int>{0});
     QCOMPARE((*m_bench)->sentEnds, QList<int>{27});
     QCOMPARE((*m_bench)->receivedStarts, QList<int>{27});
@@ -199,7 +200,8 @@ void tst_NacelleBench::rangesAfterOldBlocksHaveLeft()
     auto *panel = m_bench->find<connectDevice>("connectDeviceClass");
     const int total = window->sentEnds.first();
     for (int i = 0; i < 50; ++i) {
-        const int result = panel->selectLogRange(window->sentStarts[i] + 1, window->sentEnds[i], total);
+        const int result =
+            panel->selectLogRange(window->sentStarts[i] + 1, window->sentEnds[i], total);
         QCOMPARE(result, i < 20 ? 0 : -1);
         if (i < 20)
             QCOMPARE(entryText(m_bench->selection()),
@@ -251,8 +253,8 @@ void tst_NacelleBench::historyWalk()
     // An answer that follows its command at once is selected with it.
     window->receiveData(gcuFrame(4), QString());
     m_bench->click("pushButton_next");
-    QCOMPARE(selected(), sent(40) + QLatin1Char('\n') + QStringLiteral("收") +
-                             gcuFrame(4).toHex().toUpper());
+    QCOMPARE(selected(),
+             sent(40) + QLatin1Char('\n') + QStringLiteral("收") + gcuFrame(4).toHex().toUpper());
 
     m_bench->click("pushButton_Switch");
     QVERIFY(m_bench->find<flowAnalysis>("CurrentPage"));

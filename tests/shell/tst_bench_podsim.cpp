@@ -45,7 +45,10 @@ private slots:
 private:
     void plug(const QString &link, const QString &port1, const QString &port2);
     void sendCommand(const QString &name, const QString &parameter);
-    QString text(const char *name) { return m_bench->find<QWidget>(name)->property("text").toString(); }
+    QString text(const char *name)
+    {
+        return m_bench->find<QWidget>(name)->property("text").toString();
+    }
 
     std::unique_ptr<Bench> m_bench;
 };

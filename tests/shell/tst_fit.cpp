@@ -83,8 +83,8 @@ void tst_fit::everyTextFits()
             continue;
         const auto *label = qobject_cast<QLabel *>(widget);
         const int wrap = label && label->wordWrap() ? Qt::TextWordWrap : 0;
-        const QRect needed = widget->fontMetrics().boundingRect(
-            QRect(0, 0, widget->width(), 1000), wrap, text);
+        const QRect needed =
+            widget->fontMetrics().boundingRect(QRect(0, 0, widget->width(), 1000), wrap, text);
         QVERIFY2(needed.width() <= widget->width() && needed.height() <= widget->height(),
                  qPrintable(widget->objectName() + ": " + text));
         ++seen;

@@ -23,7 +23,6 @@ private slots:
     void chunks_data();
     void chunks();
     void storedFramesAreTight();
-
 };
 
 void tst_framecut::splitAtEveryPosition()
@@ -52,13 +51,15 @@ void tst_framecut::chunks_data()
     const QByteArray tail = QByteArray("tail");
     QTest::newRow("whole") << List{kA} << List{kA} << QByteArray();
     QTest::newRow("two in one chunk") << List{kA + kB} << List{kA} << kB;
-    QTest::newRow("two in one chunk, then a header") << List{kA + kB, kA} << List{kA, kA} << QByteArray();
+    QTest::newRow("two in one chunk, then a header")
+        << List{kA + kB, kA} << List{kA, kA} << QByteArray();
     // The cached frame comes out at once, and of the new chunk only what lies behind S is kept.
-    QTest::newRow("two in one chunk, then a tail") << List{kA + kB, tail} << List{kA, kB} << QByteArray();
+    QTest::newRow("two in one chunk, then a tail")
+        << List{kA + kB, tail} << List{kA, kB} << QByteArray();
     QTest::newRow("two in one chunk, then a long tail")
         << List{kA + kB, QByteArray(73, 'x') + tail} << List{kA, kB} << tail;
-    QTest::newRow("three in one chunk, then a tail") << List{kA + kB + kA, tail}
-                                                     << List{kA, kB + kA + tail} << QByteArray();
+    QTest::newRow("three in one chunk, then a tail")
+        << List{kA + kB + kA, tail} << List{kA, kB + kA + tail} << QByteArray();
     QTest::newRow("a frame and half of the next")
         << List{kA + kB.left(40), kB.mid(40)} << List{kA, kB} << QByteArray();
     // Behind the completed frame the rest is cut at S = 73, not at S - 40: 40 of its bytes go.
@@ -71,7 +72,8 @@ void tst_framecut::chunks_data()
         << List{kA.left(40), QByteArray::fromHex("8A5E4900") + "z"} << List{}
         << QByteArray::fromHex("8A5E4900") + "z";
     QTest::newRow("noise") << List{tail} << List{QByteArray()} << tail;
-    QTest::newRow("noise, then a frame") << List{tail, kA} << List{QByteArray(), kA} << QByteArray();
+    QTest::newRow("noise, then a frame")
+        << List{tail, kA} << List{QByteArray(), kA} << QByteArray();
     QTest::newRow("one byte at a time")
         << List{kA.mid(0, 1), kA.mid(1, 1), kA.mid(2, 1)}
         // The third byte meets a cache without a length: all there is counts as a frame.
@@ -79,15 +81,16 @@ void tst_framecut::chunks_data()
         << QByteArray::fromHex("49");
     QTest::newRow("length 0") << List{QByteArray::fromHex("8A5E0000AA")} << List{QByteArray()}
                               << QByteArray::fromHex("8A5E0000AA");
-    QTest::newRow("length below the header") << List{QByteArray::fromHex("8A5E0300AA")}
-                                             << List{QByteArray::fromHex("8A5E03")}
-                                             << QByteArray::fromHex("00AA");
-    QTest::newRow("negative length") << List{QByteArray::fromHex("8A5EFFFFAA")}
-                                     << List{QByteArray::fromHex("8A5EFFFFAA")}
-                                     << QByteArray::fromHex("8A5EFFFFAA");
+    QTest::newRow("length below the header")
+        << List{QByteArray::fromHex("8A5E0300AA")} << List{QByteArray::fromHex("8A5E03")}
+        << QByteArray::fromHex("00AA");
+    QTest::newRow("negative length")
+        << List{QByteArray::fromHex("8A5EFFFFAA")} << List{QByteArray::fromHex("8A5EFFFFAA")}
+        << QByteArray::fromHex("8A5EFFFFAA");
     QTest::newRow("negative length in the cache")
         << List{QByteArray::fromHex("8A5EFFFFAA"), tail}
-        << List{QByteArray::fromHex("8A5EFFFFAA"), QByteArray::fromHex("8A5EFFFFAA") + tail} << tail;
+        << List{QByteArray::fromHex("8A5EFFFFAA"), QByteArray::fromHex("8A5EFFFFAA") + tail}
+        << tail;
     QTest::newRow("empty chunk") << List{QByteArray()} << List{QByteArray()} << QByteArray();
 }
 

@@ -19,8 +19,8 @@
 
 namespace {
 
-const QByteArray kAnswer = QByteArray::fromHex("8A5E49000111") + QByteArray(63, '\0') +
-                           QByteArray::fromHex("20001234");
+const QByteArray kAnswer =
+    QByteArray::fromHex("8A5E49000111") + QByteArray(63, '\0') + QByteArray::fromHex("20001234");
 const QByteArray kEmptyCommand = QByteArray::fromHex("A8E5480001") + QByteArray(25, '\0') + '\1' +
                                  QByteArray(39, '\0') + QByteArray::fromHex("28B2");
 
@@ -62,9 +62,8 @@ public:
     QString notice() const override { return QStringLiteral("TCP连接成功！"); }
     bool awaitUp() override
     {
-        return QTest::qWaitFor([this] {
-            return m_socket && m_socket->state() == QAbstractSocket::ConnectedState;
-        });
+        return QTest::qWaitFor(
+            [this] { return m_socket && m_socket->state() == QAbstractSocket::ConnectedState; });
     }
     void send(const QByteArray &bytes) override
     {
@@ -155,8 +154,8 @@ void announceMissingSlot(const QString &kind)
                                                          : nullptr;
     if (!slot)
         return;
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(
-                                           QStringLiteral("No such slot NacelleBench::") + slot));
+    QTest::ignoreMessage(QtWarningMsg,
+                         QRegularExpression(QStringLiteral("No such slot NacelleBench::") + slot));
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression("receiver name: 'NacelleBenchClass'"));
 }
 
@@ -253,8 +252,10 @@ void tst_links::subnets_data()
     QTest::addColumn<QString>("a");
     QTest::addColumn<QString>("b");
     QTest::addColumn<bool>("same");
-    QTest::newRow("same /24") << "192.168.144.121" << "192.168.144.7" << true;
-    QTest::newRow("next /24") << "192.168.144.121" << "192.168.145.121" << false;
+    QTest::newRow("same /24") << "192.168.144.121"
+                              << "192.168.144.7" << true;
+    QTest::newRow("next /24") << "192.168.144.121"
+                              << "192.168.145.121" << false;
 }
 
 void tst_links::subnets()

@@ -35,10 +35,7 @@ public:
         return found;
     }
 
-    void click(const char *button)
-    {
-        QTest::mouseClick(find<QPushButton>(button), Qt::LeftButton);
-    }
+    void click(const char *button) { QTest::mouseClick(find<QPushButton>(button), Qt::LeftButton); }
 
     QString log() { return find<QPlainTextEdit>("textEdit")->toPlainText(); }
 
