@@ -73,7 +73,8 @@ void QMyTcpSocket::onError()
     m_socket->close();
     QtConcurrent::run([this] {
         QThread::sleep(kRetryDelaySeconds);
-        emit signals_CreateMyTcpSocket(m_ip, m_port, false);
+        if (m_handled)
+            emit signals_CreateMyTcpSocket(m_ip, m_port, false);
     });
 }
 
