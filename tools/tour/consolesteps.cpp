@@ -91,6 +91,28 @@ void takePhoto(Tour &tour)
     awaitSent(tour, QStringLiteral("frames are idle again"), kCommandDigit, QStringLiteral("00"));
 }
 
+/// Presses a mode button; the pod takes the command and reports the mode.
+void enterMode(Tour &tour, const char *button, const char *command)
+{
+    const int mark = tour.podMark(QLatin1String(command));
+    click(tour.page(button));
+    tour.awaitPod(QLatin1String(command), mark);
+    awaitSent(tour, QStringLiteral("the mode is reported, so frames are idle again"), kCommandDigit,
+              QStringLiteral("00"));
+    await(QStringLiteral("the button of the reported mode is checked"),
+          [&] { return isChecked(tour, button); });
+}
+
+void lock(Tour &tour)
+{
+    enterMode(tour, "pushButton_lock", "command 0x11");
+}
+
+void followAgain(Tour &tour)
+{
+    enterMode(tour, "pushButton_follow", "command 0x12");
+}
+
 void changeMode(Tour &tour)
 {
     click(tour.page("pushButton_euler"));
@@ -187,6 +209,8 @@ QVector<Step> consoleSteps()
          "按住角速率滑块，数据帧携带角速率", holdSlider},
         {"photo", "The photo command goes out until the pod answers",
          "拍照命令重复发送，直到吊舱应答", takePhoto},
+        {"locked", "The pod locks its line of sight", "吊舱切换到指向锁定", lock},
+        {"follow-again", "And follows the carrier again", "再回到指向跟随", followAgain},
         {"mode-changed", "The pod changes its mode; angles are typed", "吊舱切换模式，输入控制量",
          changeMode},
         {"run-stopped", "The run is stopped", "停止", stopRun},
