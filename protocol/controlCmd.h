@@ -10,7 +10,7 @@ class dataPacketAnalysis;
 
 /// The command dialog: a command picked by name, its parameters, and its bytes as a preview. With
 /// "确定" the command goes into the host form of the owning workbench. Made anew for each opening
-/// without a parent; a closed one stays allocated to the end of the process, and is meant to.
+/// without a parent, and gone with its closing.
 class controlCmd : public QWidget
 {
     Q_OBJECT

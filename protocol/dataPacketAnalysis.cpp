@@ -236,6 +236,7 @@ void dataPacketAnalysis::applyCommand(const QString &name, const QString &p1, co
 void dataPacketAnalysis::openCmd()
 {
     auto *dialog = new controlCmd;
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setDataPacketAnalysis(this);
     dialog->setCommandText(ui.label294->text());
     dialog->show();

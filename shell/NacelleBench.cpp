@@ -122,8 +122,6 @@ void NacelleBench::SelectDataPacketAnalysis(bool isSelected)
 {
     if (!isSelected)
         return;
-    for (flowAnalysis *page : pagesIn<flowAnalysis>(ui.widget_2))
-        page->giveUp();
     giveUpPages();
     makePacketPage();
     currentPageIndex = 0;
@@ -140,11 +138,14 @@ void NacelleBench::SelectFlowAnalysis(bool isSelected)
     m_panel->setPageMode(1);
 }
 
-/// Takes every page out of the window at once; the event loop deletes them later.
+/// Takes every page out of the window at once; the event loop deletes them later. A console's run
+/// ends here, so that an emission still on its way finds nothing to send.
 void NacelleBench::giveUpPages()
 {
     m_packetPage = nullptr;
     m_flowPage = nullptr;
+    for (flowAnalysis *page : pagesIn<flowAnalysis>(ui.widget_2))
+        page->giveUp();
     for (QWidget *page : pagesIn<QWidget>(ui.widget_2)) {
         if (page->parent())
             page->setParent(nullptr);
@@ -194,8 +195,6 @@ void NacelleBench::clearLog()
 
 void NacelleBench::rebuildPage(bool console)
 {
-    if (!console && m_flowPage)
-        m_flowPage->stopRunning();
     giveUpPages();
     if (console) {
         makeFlowPage();
