@@ -12,7 +12,6 @@
 namespace {
 
 constexpr quint8 kFillLightCode = 0x80;
-constexpr int kFontPixels = 12;
 
 /// The items of the combo box. The external image tracking isn't offered, and the fourteenth item
 /// is the name of no command, so that it opens no row and gives no bytes; both are meant.
@@ -169,10 +168,6 @@ controlCmd::controlCmd(QWidget *parent) : QWidget(parent)
     ui.label_3->setText(translated("16进制"));
     ui.pushButton_Cancel->setText(translated("取消"));
     ui.pushButton_Ok->setText(translated("确定"));
-    // Without a parent the dialog doesn't get the main window's font.
-    QFont scaledFont = font();
-    scaledFont.setPixelSize(qMax(1, scaled(kFontPixels)));
-    setFont(scaledFont);
     for (QLabel *label : m_labels)
         label->setFixedWidth(scaled(90));
     ui.comboBox_Cmd->clear();
