@@ -92,8 +92,8 @@ void tst_controlCmd::eachItem_data()
 {
     QTest::addColumn<int>("index");
     QTest::addColumn<QStringList>("texts"); // fields and preview; a command to open on, its fields
-    const auto row = [index = 0](const char *item, const char *fields, const char *preview,
-                                 const char *command = nullptr, const char *opened = "") mutable {
+    auto row = [index = 0](const char *item, const char *fields, const char *preview,
+                           const char *command = nullptr, const char *opened = "") mutable {
         QTest::newRow(item) << index++
                             << QStringList{fields, preview, command ? command : preview, opened};
     };
