@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
+#include <QPointer>
 #include <QScrollArea>
 #include <QStyle>
 #include <QStyleOptionButton>
@@ -118,6 +119,14 @@ void releaseAt(QWidget *widget, const QPoint &place)
 {
     QTest::mouseRelease(windowOf(widget), Qt::LeftButton, Qt::NoModifier,
                         placeInWindow(widget, place));
+}
+
+void clickToClose(QWidget *button)
+{
+    const QPointer<QWidget> window = button->window();
+    const QString name = nameOf(window);
+    click(button);
+    await(name + QStringLiteral(" closes"), [&] { return !window || !window->isVisible(); });
 }
 
 void rest(QWidget *window)

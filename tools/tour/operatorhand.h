@@ -39,6 +39,8 @@ void click(QWidget *widget);
 void pressAt(QWidget *widget, const QPoint &place);
 void moveTo(QWidget *widget, const QPoint &place);
 void releaseAt(QWidget *widget, const QPoint &place);
+/// Clicks a button that closes its window and waits until that is closed. It may be gone then.
+void clickToClose(QWidget *button);
 /// Moves the idle mouse into a corner of the window, so that nothing shows as pointed at.
 void rest(QWidget *window);
 /// Presses a key in the widget that has the focus in this one's window.

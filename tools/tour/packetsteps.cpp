@@ -91,9 +91,7 @@ void chooseCommand(Tour &tour)
 
 void takeCommand(Tour &tour)
 {
-    QWidget *dialog = tour.dialog("controlCmd");
-    click(findWidget(dialog, "pushButton_Ok"));
-    await(QStringLiteral("the command dialog closes"), [dialog] { return !dialog->isVisible(); });
+    clickToClose(findWidget(tour.dialog("controlCmd"), "pushButton_Ok"));
     tour.awaitPageText("label293", translated("指定倍率"));
     tour.awaitPageText("label294", QStringLiteral("25 01 19 00 "));
     tour.awaitPageText("label33", QStringLiteral("75"));

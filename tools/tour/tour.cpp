@@ -182,9 +182,7 @@ void Tour::expectNotice(const char *key)
 
 void Tour::closeNotice()
 {
-    QWidget *box = dialog("PopFrame");
-    click(findWidget(box, "pushButtonOK"));
-    await(QStringLiteral("the message box closes"), [box] { return !box->isVisible(); });
+    clickToClose(findWidget(dialog("PopFrame"), "pushButtonOK"));
 }
 
 void Tour::awaitPod(const QString &text, int mark)
