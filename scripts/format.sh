@@ -7,4 +7,4 @@ mode=(-i)
 if [[ ${1:-} == --check ]]; then
     mode=(--dry-run --Werror)
 fi
-git ls-files -z -- '*.cpp' '*.h' | xargs -0 clang-format "${mode[@]}"
+find . -path ./build -prune -o \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 clang-format "${mode[@]}"

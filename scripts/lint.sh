@@ -7,6 +7,10 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 scripts/install-deps.sh build bench lint
 failed=0
 
+sources() {
+    find . -path ./build -prune -o -name "$1" -print0
+}
+
 echo "== clang-format"
 scripts/format.sh --check || failed=1
 
@@ -15,19 +19,19 @@ echo "== clang-tidy"
 cmake --preset dev -B build/lint -DNACELLE_BENCH=ON >/dev/null
 ninja -C build/lint -t targets all | sed -n 's/^\(.*_autogen\): phony$/\1/p' |
     xargs ninja -C build/lint --quiet
-git ls-files -z -- '*.cpp' |
+sources '*.cpp' |
     xargs -0 -n 4 -P "$(nproc)" clang-tidy -p build/lint --quiet 2>/dev/null || failed=1
 
 echo "== cppcheck"
 # passedByValue: the slots' signatures are what they are.
-git ls-files -z -- '*.cpp' |
+sources '*.cpp' |
     xargs -0 cppcheck -j "$(nproc)" --quiet --std=c++17 --library=qt --inline-suppr \
         --error-exitcode=1 --enable=warning,performance,portability \
         --suppress=missingIncludeSystem --suppress=unknownMacro --suppress=passedByValue \
         -I . || failed=1
 
 echo "== shellcheck"
-git ls-files -z -- '*.sh' .ci/run | xargs -0 shellcheck || failed=1
+sources '*.sh' | xargs -0 shellcheck .ci/run || failed=1
 
 if [[ $failed -eq 0 ]]; then
     echo "No findings."
