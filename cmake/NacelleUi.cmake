@@ -1,6 +1,9 @@
 # What needs widgets: the library nacelle_ui, the program, its data files and the portable folder.
+include(cmake/VideoLibraries.cmake)
+
 add_library(nacelle_ui STATIC
     foundation/PopFrame.cpp foundation/PopFrame.h foundation/PopFrame.ui
+    foundation/emissiongate.h
     foundation/scale.h
     console/flowAnalysis.cpp console/flowAnalysis.h console/flowAnalysis.ui
     console/sendflags.h
@@ -12,10 +15,18 @@ add_library(nacelle_ui STATIC
     shell/connectDevice.cpp shell/connectDevice.h shell/connectDevice.ui
     shell/framecut.h
     shell/links.cpp shell/links.h
+    shell/videolink.cpp shell/videolink.h
+    video/VLCWidget.cpp video/VLCWidget.h
+    video/VideoCodec.cpp video/VideoCodec.h
+    video/ffmpeg.h
+    video/foreign.h
+    video/videoFrom.cpp video/videoFrom.h video/videoFrom.ui
+    video/vlc.h
     resources/resources.qrc
 )
 target_link_libraries(nacelle_ui PUBLIC nacelle_core
-    Qt5::Widgets Qt5::Network Qt5::SerialPort Qt5::Concurrent)
+    Qt5::Widgets Qt5::Network Qt5::SerialPort Qt5::Concurrent
+    nacelle_video_headers)
 # The pages hold their generated forms by value.
 target_include_directories(nacelle_ui PUBLIC ${CMAKE_BINARY_DIR}/nacelle_ui_autogen/include)
 

@@ -7,6 +7,7 @@
 #include "protocol/codec.h"
 #include "protocol/entryrules.h"
 #include "shell/NacelleBench.h"
+#include "shell/videolink.h"
 
 #include <QButtonGroup>
 #include <QRegExp>
@@ -139,7 +140,6 @@ flowAnalysis::flowAnalysis(QWidget *parent)
     for (QWidget *widget : findChildren<QWidget *>())
         m_objects.insert(widget->objectName(), widget);
     connectSlots();
-    ui.pushButton_video->setEnabled(false); // until there is a window for it to open
     ui.widget_3->setFixedHeight(0);
     ui.widget_14->setFixedHeight(0);
     setEntryRules();
@@ -156,6 +156,7 @@ flowAnalysis::~flowAnalysis()
 
 void flowAnalysis::connectSlots()
 {
+    connect(ui.pushButton_video, &QPushButton::clicked, this, &flowAnalysis::openVideo);
     connect(ui.pushButton_start, &QPushButton::clicked, this, &flowAnalysis::start);
     connect(this, &flowAnalysis::signals_sendCmd, this, &flowAnalysis::slotsSendCmd);
     connect(ui.horizontalSlider, &QSlider::valueChanged, this,
@@ -219,6 +220,12 @@ void flowAnalysis::setFixedSizes()
 void flowAnalysis::setMainWindow(NacelleBench *window)
 {
     mainWindow = window;
+    takeVideoWindowOver(window, this);
+}
+
+void flowAnalysis::openVideo()
+{
+    openVideoWindow(mainWindow, this);
 }
 
 QLineEdit *flowAnalysis::lineEdit(const char *object) const
@@ -282,9 +289,7 @@ void flowAnalysis::stopRunning()
 void flowAnalysis::giveUp()
 {
     m_flags->running = false;
-    // Waits for an emission under way, which still needs the page.
-    const std::lock_guard<std::mutex> lock(m_flags->emission);
-    m_flags->quitting = true;
+    m_flags->gate.close(); // an emission under way still needs the page
 }
 
 void flowAnalysis::start()
@@ -317,9 +322,7 @@ void flowAnalysis::startWorker()
     QtConcurrent::run([page = this, flags = m_flags] {
         while (flags->running) {
             QThread::msleep(kPeriodMs);
-            const std::lock_guard<std::mutex> lock(flags->emission);
-            if (!flags->quitting)
-                emit page->signals_sendCmd();
+            flags->gate.pass([page] { emit page->signals_sendCmd(); });
         }
     });
 }
@@ -329,7 +332,7 @@ void flowAnalysis::startWorker()
 void flowAnalysis::slotsSendCmd()
 {
     // An emission may still be queued when the page is given up, and then it is void.
-    if (m_flags->quitting)
+    if (m_flags->gate.isClosed())
         return;
     if (m_flags->running) {
         sendFrame(false);

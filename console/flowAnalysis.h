@@ -63,6 +63,7 @@ signals:
     void signals_sendCmd(); ///< emitted by the worker of a run
 
 private slots:
+    void openVideo();
     void start();
     void slotsSendCmd();
     void horizontalSliderValueChanged(int value);

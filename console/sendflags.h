@@ -1,13 +1,12 @@
 #pragma once
 
-#include <atomic>
-#include <mutex>
+#include "foundation/emissiongate.h"
 
-/// What a console page shares with the workers of its runs. It outlives the page, so that a
-/// worker's last look is safe. The GUI thread alone writes the flags.
+#include <atomic>
+
+/// What a console page shares with the workers of its runs. The GUI thread alone writes `running`.
 struct SendFlags
 {
     std::atomic<bool> running{false};
-    std::atomic<bool> quitting{false};
-    std::mutex emission; ///< held while a worker emits: the page is there until that is done
+    EmissionGate gate; ///< closed once the page is given up
 };

@@ -8,6 +8,7 @@
 #include "protocol/controlCmd.h"
 #include "protocol/entryrules.h"
 #include "shell/NacelleBench.h"
+#include "shell/videolink.h"
 
 #include <QKeyEvent>
 #include <QRegularExpression>
@@ -163,6 +164,7 @@ void dataPacketAnalysis::setFixedSizes()
 void dataPacketAnalysis::setMainWindow(NacelleBench *window)
 {
     m_window = window;
+    disableVideoCommands(window);
 }
 
 void dataPacketAnalysis::setHistoryView(int view)

@@ -6,7 +6,9 @@ set -euo pipefail
 # The one list of packages. A purpose is a line of its own.
 packages_for() {
     case $1 in
-        build) echo build-essential cmake ninja-build ccache qtbase5-dev libqt5serialport5-dev ;;
+        build) echo build-essential cmake ninja-build ccache qtbase5-dev libqt5serialport5-dev \
+            libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libvlc-dev vlc-plugin-base \
+            vlc-plugin-video-output ;;
         fonts) echo fonts-wqy-microhei fonts-dejavu-core ;;
         screen) echo xvfb xauth openbox ;;
         format) echo clang-format ;;

@@ -10,6 +10,7 @@
 #include "shell/connectDevice.h"
 #include "shell/framecut.h"
 #include "shell/links.h"
+#include "video/videoFrom.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -116,6 +117,8 @@ void NacelleBench::retranslate()
     setWindowTitle(translated("云台报文工作台"));
     ui.pushButton_1->setText(translated("数据包解析"));
     ui.pushButton_2->setText(translated("流程解析"));
+    if (videoWindow)
+        videoWindow->retranslate();
 }
 
 void NacelleBench::SelectDataPacketAnalysis(bool isSelected)

@@ -13,6 +13,7 @@ class QUdpSocket;
 class connectDevice;
 class dataPacketAnalysis;
 class flowAnalysis;
+class videoFrom;
 
 /// Value of `NacelleBench::connectType`: which link was asked for last.
 enum LinkType { kNoLink = -1, kTcpLink = 0, kUdpLink = 1, kSerialLink = 2 };
@@ -54,7 +55,8 @@ public:
     QList<QByteArray> receivedFrames;
     QList<int> receivedStarts;
     QList<int> receivedEnds;
-    int historyIndex = 0; ///< group shown by the history view
+    int historyIndex = 0;             ///< group shown by the history view
+    videoFrom *videoWindow = nullptr; ///< the open one; closing it clears the pointer
 
 public slots:
     void CreateTCP(QString ip, int port1, int port2, bool isFrist = false);

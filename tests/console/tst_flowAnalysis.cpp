@@ -1,5 +1,6 @@
 #include "console/flowAnalysis.h"
 #include "foundation/QGlobal.h"
+#include "tests/support/carrier.h"
 #include "tests/support/strictmain.h"
 
 #include <QLineEdit>
@@ -10,16 +11,7 @@
 
 #include <memory>
 
-/// Offsets 12 to 68 of a frame made from the form's initial texts.
-static const QByteArray kCarrier = QByteArray::fromHex("000000000000000000000000000000000000"
-                                                       "0100000000000001"
-                                                       "24F2DF65"
-                                                       "16EEAA16"
-                                                       "A3A00000"
-                                                       "0F"
-                                                       "B00C0615"
-                                                       "E608"
-                                                       "000000000000000000000000");
+static const QByteArray kCarrier = initialCarrier();
 
 class tst_flowAnalysis : public QObject
 {

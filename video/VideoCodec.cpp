@@ -1,0 +1,222 @@
+#include "video/VideoCodec.h"
+
+#include <QCoreApplication>
+#include <QTime>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+constexpr AVPixelFormat kPictureFormat = AV_PIX_FMT_BGRA; // the bytes of QImage::Format_RGB32
+constexpr int kUnpadded = 1;
+constexpr unsigned long kRetrySeconds = 1;
+constexpr int kPauseMs = 1;
+constexpr qint64 kAnalyzeMicroseconds = 5000000;
+
+bool fails(const char *message)
+{
+    std::printf("%s\n", message);
+    return false;
+}
+
+/// Lets the events of this thread in for a moment.
+void pause()
+{
+    const QTime end = QTime::currentTime().addMSecs(kPauseMs);
+    while (QTime::currentTime() < end)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, kPauseMs);
+}
+
+} // namespace
+
+VideoCodec::VideoCodec(const QString &url, const QString &transport, bool flag)
+    : m_url(url), m_transport(transport), m_flag(flag)
+{
+}
+
+void VideoCodec::startDecoding()
+{
+    start(InheritPriority);
+}
+
+void VideoCodec::restart(const QString &url, const QString &transport)
+{
+    stopNow();
+    m_url = url;
+    m_transport = transport;
+    start(InheritPriority);
+}
+
+void VideoCodec::stopNow()
+{
+    if (!isRunning())
+        return;
+    terminate();
+    release();
+}
+
+void VideoCodec::requestStop()
+{
+    m_stop = true;
+}
+
+/// Each opening nests one call deeper, without bound: what runs in a call stands in functions of
+/// its own, so that a level costs the stack next to nothing.
+void VideoCodec::run()
+{
+    try {
+        int videoStream = -1;
+        if (open(&videoStream)) {
+            decode(videoStream);
+            release();
+            if (!m_stop)
+                run();
+            return;
+        }
+        release();
+        if (m_stop)
+            return;
+        sleep(kRetrySeconds);
+        run();
+    } catch (...) {
+    }
+}
+
+bool VideoCodec::open(int *videoStream)
+{
+    m_released = false;
+    if (!ffmpeg::isThere())
+        return fails("FFmpeg not found.");
+    ffmpeg::avformat_network_init();
+    return openInput() && openDecoder(videoStream) && allocatePictures();
+}
+
+/// Waits as long as it takes for the camera, whatever is asked meanwhile.
+bool VideoCodec::openInput()
+{
+    ffmpeg::Options options;
+    options.set("rtsp_transport", m_transport.toLatin1().constData());
+    options.set(ffmpeg::kSilenceOption, "5000000");
+    options.set("fflags", "nobuffer");
+    options.set("probesize", "512000");
+    const QByteArray address = m_url.toLocal8Bit();
+    ffmpeg::registerFormats();
+    // What a failed attempt has left goes here, and not before.
+    m_format.reset(ffmpeg::avformat_alloc_context());
+    for (;;) {
+        AVFormatContext *context = m_format.release(); // freed by a call that fails
+        const int result =
+            ffmpeg::avformat_open_input(&context, address.constData(), nullptr, options.get());
+        m_format.reset(context);
+        if (result == 0)
+            break;
+        sleep(kRetrySeconds);
+    }
+    m_format->max_analyze_duration = kAnalyzeMicroseconds;
+    m_format->fps_probe_size = 0;
+    if (ffmpeg::avformat_find_stream_info(m_format.get(), nullptr) < 0)
+        return fails("Couldn't find stream information.");
+    return true;
+}
+
+bool VideoCodec::openDecoder(int *videoStream)
+{
+    AVStream **const end = m_format->streams + m_format->nb_streams;
+    AVStream **const video = std::find_if(m_format->streams, end, [](const AVStream *stream) {
+        return stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO;
+    });
+    if (video == end)
+        return fails("Didn't find a video stream.");
+    *videoStream = (*video)->index;
+
+    const AVCodec *codec = ffmpeg::avcodec_find_decoder((*video)->codecpar->codec_id);
+    m_codecContext.reset(ffmpeg::avcodec_alloc_context3(codec));
+    if (!codec ||
+        ffmpeg::avcodec_parameters_to_context(m_codecContext.get(), (*video)->codecpar) < 0)
+        return fails("Codec not found.");
+    if (ffmpeg::avcodec_open2(m_codecContext.get(), codec, nullptr) < 0)
+        return fails("Could not open codec.");
+    return true;
+}
+
+bool VideoCodec::allocatePictures()
+{
+    m_frame.reset(ffmpeg::av_frame_alloc());
+    m_frameRgb.reset(ffmpeg::av_frame_alloc());
+    m_width = m_codecContext->width;
+    m_height = m_codecContext->height;
+    m_sourceFormat = m_codecContext->pix_fmt;
+    const int size = ffmpeg::av_image_get_buffer_size(kPictureFormat, m_width, m_height, kUnpadded);
+    if (size <= 0 || m_sourceFormat == AV_PIX_FMT_NONE)
+        return false;
+    quint8 *&pixels = m_pixels[size];
+    if (!pixels) // the scaler writes whole vectors, and so past the end of the last line
+        pixels = static_cast<quint8 *>(
+            ffmpeg::av_mallocz(std::size_t(size) + AV_INPUT_BUFFER_PADDING_SIZE));
+    if (!pixels || !m_frame || !m_frameRgb)
+        return false;
+    ffmpeg::av_image_fill_arrays(m_frameRgb->data, m_frameRgb->linesize, pixels, kPictureFormat,
+                                 m_width, m_height, kUnpadded);
+    m_scaler.reset(ffmpeg::sws_getContext(m_width, m_height, m_sourceFormat, m_width, m_height,
+                                          kPictureFormat, SWS_BICUBIC, nullptr, nullptr, nullptr));
+    m_released = false;
+    return true;
+}
+
+void VideoCodec::decode(int videoStream)
+{
+    const ffmpeg::Packet packet(ffmpeg::av_packet_alloc());
+    while (packet && ffmpeg::av_read_frame(m_format.get(), packet.get()) >= 0) {
+        const bool good = packet->stream_index != videoStream || decodePacket(packet.get());
+        ffmpeg::av_packet_unref(packet.get());
+        if (!good || m_stop)
+            break;
+    }
+}
+
+/// False on a decoding error and on a change of the picture, which both lead to a new opening.
+bool VideoCodec::decodePacket(const AVPacket *packet)
+{
+    if (ffmpeg::avcodec_send_packet(m_codecContext.get(), packet) < 0)
+        return false;
+    int result = 0;
+    while ((result = ffmpeg::avcodec_receive_frame(m_codecContext.get(), m_frame.get())) >= 0) {
+        if (!showPicture())
+            return false;
+    }
+    return result == AVERROR(EAGAIN);
+}
+
+bool VideoCodec::showPicture()
+{
+    if (pictureChanged())
+        return false; // the scaler and its buffer are made for the old one
+    if (m_scaler)
+        ffmpeg::sws_scale(m_scaler.get(), m_frame->data, m_frame->linesize, 0, m_height,
+                          m_frameRgb->data, m_frameRgb->linesize);
+    emit sig_GetOneFrame(QImage(m_frameRgb->data[0], m_width, m_height, m_frameRgb->linesize[0],
+                                QImage::Format_RGB32));
+    pause();
+    return true;
+}
+
+bool VideoCodec::pictureChanged() const
+{
+    return m_codecContext->width != m_width || m_codecContext->height != m_height ||
+           m_frame->width != m_width || m_frame->height != m_height ||
+           m_frame->format != m_sourceFormat;
+}
+
+/// In this order. A failed opening has no scaler yet, and what it made stays for the next one.
+void VideoCodec::release()
+{
+    if (m_released || !m_scaler)
+        return;
+    m_scaler.reset();
+    m_frameRgb.reset();
+    m_frame.reset();
+    m_codecContext.reset();
+    m_format.reset();
+    m_released = true;
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "video/foreign.h"
+
+#include <vlc/vlc.h>
+
+/// The functions of libVLC that are in use.
+namespace vlc {
+
+#ifdef Q_OS_WIN
+constexpr ForeignLibrary kVlc{"libvlc", 0};
+#else
+constexpr ForeignLibrary kVlc{"vlc", 5};
+#endif
+
+NACELLE_FOREIGN(kVlc, libvlc_event_attach)
+NACELLE_FOREIGN(kVlc, libvlc_media_add_option)
+NACELLE_FOREIGN(kVlc, libvlc_media_get_state)
+NACELLE_FOREIGN(kVlc, libvlc_media_new_location)
+NACELLE_FOREIGN(kVlc, libvlc_media_player_event_manager)
+NACELLE_FOREIGN(kVlc, libvlc_media_player_is_playing)
+NACELLE_FOREIGN(kVlc, libvlc_media_player_new_from_media)
+NACELLE_FOREIGN(kVlc, libvlc_media_player_play)
+NACELLE_FOREIGN(kVlc, libvlc_media_player_release)
+#ifdef Q_OS_WIN
+NACELLE_FOREIGN(kVlc, libvlc_media_player_set_hwnd)
+#else
+NACELLE_FOREIGN(kVlc, libvlc_media_player_set_xwindow)
+#endif
+NACELLE_FOREIGN(kVlc, libvlc_media_player_set_pause)
+NACELLE_FOREIGN(kVlc, libvlc_media_player_set_position)
+NACELLE_FOREIGN(kVlc, libvlc_media_player_stop)
+NACELLE_FOREIGN(kVlc, libvlc_media_release)
+NACELLE_FOREIGN(kVlc, libvlc_new)
+NACELLE_FOREIGN(kVlc, libvlc_release)
+NACELLE_FOREIGN(kVlc, libvlc_video_set_aspect_ratio)
+NACELLE_FOREIGN(kVlc, libvlc_video_set_key_input)
+NACELLE_FOREIGN(kVlc, libvlc_video_set_mouse_input)
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations" // its successor doesn't wait
+NACELLE_FOREIGN(kVlc, libvlc_media_parse)
+#pragma GCC diagnostic pop
+
+/// Whether the library is there. Nothing else here may be called where it isn't.
+inline bool isThere()
+{
+    return foreignFunction<const char *(*)()>(kVlc, "libvlc_get_version") != nullptr;
+}
+
+} // namespace vlc
