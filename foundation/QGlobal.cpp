@@ -1,13 +1,12 @@
 #include "foundation/QGlobal.h"
 
+#include "foundation/FileUtils.h"
 #include "foundation/stylesheets.h"
 #include "foundation/textfiles.h"
 
 #include <QMutexLocker>
 
 namespace {
-
-constexpr int kControlRowCount = 16;
 
 struct DefaultKey
 {
@@ -58,11 +57,25 @@ QGlobal *QGlobal::instance()
     global->spareMap1 = new QMap<QString, QString>;
     global->spareMap2 = new QMap<QString, QString>;
     global->spareMap3 = new QMap<QString, QString>;
-    global->makeDefaultRows();
+    if (!FileUtils().loadControlConfig())
+        global->makeDefaultRows();
     readTextFiles(*global);
     global->styleSheets =
         new QMap<QString, QString>(buildStyleSheets(*global->palette, global->scaleFactor));
     return global;
+}
+
+std::unique_ptr<QGlobal> QGlobal::atFirstStart()
+{
+    std::unique_ptr<QGlobal> global(new QGlobal);
+    global->makeDefaultRows();
+    return global;
+}
+
+QGlobal::~QGlobal()
+{
+    qDeleteAll(controlRows);
+    qDeleteAll(keyRows);
 }
 
 QString QGlobal::translate(const QString &key) const

@@ -8,6 +8,9 @@
 #include <QStringList>
 
 #include <atomic>
+#include <memory>
+
+inline constexpr int kControlRowCount = 16;
 
 /// One of the 16 control slots of the saved file. This program passes them through.
 struct ControlRow
@@ -65,8 +68,14 @@ class QGlobal : public QObject
     Q_OBJECT
 
 public:
-    /// The one object. Its making loads the data files that lie beside the program.
+    /// The one object. Its making loads the saved file and the text files that lie beside the
+    /// program.
     static QGlobal *instance();
+
+    /// Apart from the one object: the settings of a first start. The maps are null.
+    static std::unique_ptr<QGlobal> atFirstStart();
+
+    ~QGlobal() override;
 
     /// Text of a key in the current language, or the key itself where there is none.
     QString translate(const QString &key) const;

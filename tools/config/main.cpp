@@ -1,0 +1,111 @@
+#include "tools/config/choices.h"
+#include "tools/config/configfile.h"
+#include "tools/config/describe.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include <cstdio>
+
+namespace {
+
+constexpr char kDescription[] =
+    "Shows or changes the saved file of NacelleBench: its language, its video engine and what "
+    "else\n"
+    "it keeps. The program reads that file at its start. Where there is none, `set` makes one "
+    "with\n"
+    "the values of a first start.\n"
+    "\n"
+    "  show                       tell all that the file holds\n"
+    "  set language zh|en         Chinese or English\n"
+    "  set engine ffmpeg|libvlc   what plays the video\n"
+    "\n"
+    "A damaged file is neither shown nor changed. It is damaged when the program wouldn't read it "
+    "to\n"
+    "its last byte: it ends early, has fewer than 16 control rows, or has bytes left over. Like "
+    "the\n"
+    "program, `set` keeps 16 control rows and writes three of their fields as 0.\n"
+    "\n"
+    "Ends with 0; with 1 for a wrong command line or a file that can't be opened or written; with "
+    "2\n"
+    "for a damaged file.";
+
+int complain(const QString &text, int code)
+{
+    std::fprintf(stderr, "nacelle-config: %s\n", qPrintable(text));
+    return code;
+}
+
+int complainOfUsage(const QString &text)
+{
+    return complain(text + QStringLiteral(" (see --help)"), kExitFailure);
+}
+
+void say(const QString &line)
+{
+    std::printf("%s\n", qPrintable(line));
+}
+
+int show(const QString &path)
+{
+    const ConfigFile file = readConfigFile(path);
+    if (file.code != kExitDone)
+        return complain(file.error, file.code);
+    say(path +
+        (file.isThere ? QStringLiteral(":") : QStringLiteral(" isn't there. A first start has:")));
+    for (const QString &line : describe(file.block))
+        say(line);
+    return kExitDone;
+}
+
+int set(const QString &path, const Choice &choice, bool value)
+{
+    ConfigFile file = readConfigFile(path);
+    if (file.code != kExitDone)
+        return complain(file.error, file.code);
+    file.block.*choice.member = value;
+    const QString failure = replaceConfigFile(path, file.block);
+    if (!failure.isEmpty())
+        return complain(failure, kExitFailure);
+    say(QStringLiteral("%1 is now %2 in %3")
+            .arg(QLatin1String(choice.name), QLatin1String(chosenWord(choice, file.block)), path));
+    return kExitDone;
+}
+
+int run(const QString &path, const QStringList &words)
+{
+    if (words == QStringList{QStringLiteral("show")})
+        return show(path);
+    if (words.size() != 3 || words.first() != QLatin1String("set"))
+        return complainOfUsage(QStringLiteral("`show` or `set <name> <value>` is needed"));
+    for (const Choice &choice : kChoices) {
+        const bool isTrue = words.at(2) == QLatin1String(choice.whenTrue);
+        if (words.at(1) == QLatin1String(choice.name) &&
+            (isTrue || words.at(2) == QLatin1String(choice.whenFalse)))
+            return set(path, choice, isTrue);
+    }
+    return complainOfUsage(QStringLiteral("no such setting: ") +
+                           words.mid(1).join(QLatin1Char(' ')));
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QLatin1String(kDescription));
+    parser.addOption(
+        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text.")});
+    parser.addOption({QStringLiteral("file"),
+                      QStringLiteral("The saved file: controlConfig.ncl beside this program."),
+                      QStringLiteral("path"), savedFilePath()});
+    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("One of those above."));
+    if (!parser.parse(QCoreApplication::arguments()))
+        return complainOfUsage(parser.errorText());
+    if (parser.isSet(QStringLiteral("help"))) {
+        say(parser.helpText());
+        return kExitDone;
+    }
+    return run(parser.value(QStringLiteral("file")), parser.positionalArguments());
+}
