@@ -109,27 +109,46 @@ void PodState::track(const PickBox &box)
         events.append(QStringLiteral("tracking the %1").arg(QLatin1String(kScene[*found].name)));
 }
 
-/// A box counts as holding an object that it touches, so that a mere click on one does.
 std::optional<std::size_t> PodState::targetIn(const PickBox &box) const
 {
+    for (const std::size_t index : objectsIn(box))
+        if (kScene[index].isMoving())
+            return index;
+    return {};
+}
+
+std::vector<std::size_t> PodState::objectsIn(const PickBox &box) const
+{
     const PodCamera &camera = cameras[mainCamera()];
-    std::optional<std::size_t> found;
-    double least = std::numeric_limits<double>::max();
+    std::vector<std::pair<double, std::size_t>> found; // with the distance from the middle
     for (std::size_t i = 0; i < kScene.size(); ++i) {
         const auto point = seenAt(directionAt(kScene[i], seconds), mainCamera());
-        if (!kScene[i].isMoving() || !point)
+        if (!point)
             continue;
         const double size = std::tan(toRadians(kScene[i].radius)) * kPickCentre;
         const double right = std::abs((*point)[0] - (box.x0 + box.x1) / 2.0);
         const double down = std::abs((*point)[1] - (box.y0 + box.y1) / 2.0);
         if (right <= std::abs(box.x1 - box.x0) / 2.0 + size / camera.halfWidth() &&
-            down <= std::abs(box.y1 - box.y0) / 2.0 + size / camera.halfHeight() &&
-            std::hypot(right, down) < least) {
-            least = std::hypot(right, down);
-            found = i;
-        }
+            down <= std::abs(box.y1 - box.y0) / 2.0 + size / camera.halfHeight())
+            found.emplace_back(std::hypot(right, down), i);
     }
-    return found;
+    std::sort(found.begin(), found.end());
+    std::vector<std::size_t> indexes;
+    for (const auto &entry : found)
+        indexes.push_back(entry.second);
+    return indexes;
+}
+
+double PodState::temperatureIn(const PickBox &box) const
+{
+    const std::vector<std::size_t> objects = objectsIn(box);
+    const Vector sight = lineOfSight((box.x0 + box.x1) / 2.0, (box.y0 + box.y1) / 2.0);
+    if (objects.empty())
+        return sight[2] > 0 ? kGroundTemperature : kSkyTemperature;
+    double hottest = kScene[objects.front()].temperature;
+    for (const std::size_t index : objects)
+        hottest = std::max(hottest, kScene[index].temperature);
+    return hottest;
 }
 
 void PodState::noteMode(PodMode mode)

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <optional>
+#include <vector>
 
 namespace podsim {
 
@@ -82,8 +83,8 @@ struct PodState
     void step(double seconds, const HostFrame &host);
     void enter(PodMode mode);
     void enter(PodMode mode, const GeoPoint &place);
-    /// Tracks the moving object in a box of the picture, the one next to its middle if there are
-    /// several; where there is none, the place behind the middle.
+    /// Tracks the moving object that a box of the picture touches, the one next to its middle if
+    /// there are several; where there is none, the place behind the middle.
     void track(const PickBox &box);
 
     /// Index of the camera that fills the picture. Picks refer to it.
@@ -92,6 +93,9 @@ struct PodState
     Vector lineOfSight(double x = kPickCentre, double y = kPickCentre) const;
     /// Where a direction in ground axes is seen by a camera, as `PodCamera::pointOf` tells it.
     std::optional<std::array<double, 2>> seenAt(const Vector &direction, std::size_t camera) const;
+    /// Degrees Celsius of the hottest object that a box of the picture touches, or of sky or ground
+    /// behind its middle.
+    double temperatureIn(const PickBox &box) const;
     /// Right and down from the picture's middle to what is tracked, in pick units; 0 when nothing
     /// is.
     std::array<int, 2> missDistances() const;
@@ -103,6 +107,8 @@ struct PodState
 private:
     void noteMode(PodMode mode);
     std::optional<std::size_t> targetIn(const PickBox &box) const;
+    /// Indexes of the objects that a box touches, the one next to its middle first.
+    std::vector<std::size_t> objectsIn(const PickBox &box) const;
 };
 
 } // namespace podsim
