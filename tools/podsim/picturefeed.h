@@ -24,38 +24,37 @@ template <typename T>
 using ObjectPtr = std::unique_ptr<T, ObjectUnref>;
 
 /// Draws 30 pictures a second in a thread of its own, while there is somebody to take them, and
-/// hands them to the sources of the pipelines. Everything else may be called from any thread.
+/// hands them to the sources of the pipelines, with a tone of mu-law at 8 kHz for those that want
+/// sound. Everything else may be called from any thread.
 class PictureFeed
 {
 public:
     PictureFeed(const StreamOptions &options, const PodSnapshot &snapshot);
     ~PictureFeed();
 
-    /// Pictures go to this appsrc from now on. The valve of its sound, which may be null, is shut
-    /// while the feed is frozen.
-    void attach(ObjectPtr<GstElement> source, ObjectPtr<GstElement> valve);
-    /// The appsrc gets no more.
-    void detach(const ObjectPtr<GstElement> &source);
+    /// Pictures go to this appsrc from now on, and sound to the other one, which may be null.
+    void attach(ObjectPtr<GstElement> camera, ObjectPtr<GstElement> microphone);
+    /// The appsrc of pictures gets no more, and neither does the one that came with it.
+    void detach(const ObjectPtr<GstElement> &camera);
     void setSize(const QSize &size);
     void setFrozen(bool isFrozen);
 
 private:
     struct Source
     {
-        ObjectPtr<GstElement> element;
-        ObjectPtr<GstElement> valve;
+        ObjectPtr<GstElement> camera;
+        ObjectPtr<GstElement> microphone;
         QSize size; ///< of the pictures that it got last
     };
 
     void run();
-    void turnValve(const Source &source) const;
     GstBuffer *draw(const QSize &size);
     void push(const QSize &size, GstBuffer *picture);
 
     const PodSnapshot &m_snapshot;
     const bool m_hasStamp;
     quint32 m_number = 0; ///< of the last picture; the drawing thread's own
-    std::mutex m_mutex;   ///< guards all that follows
+    std::mutex m_mutex;   ///< guards what follows
     std::condition_variable m_changed;
     std::vector<Source> m_sources;
     QSize m_size;

@@ -10,7 +10,7 @@ namespace {
 
 constexpr char kPath[] = "/pod";
 constexpr char kCameraName[] = "camera";
-constexpr char kSoundName[] = "sound";
+constexpr char kMicrophoneName[] = "microphone";
 
 // BT.601, which decoders take for granted that don't look; no picture waits for another.
 constexpr char kPictures[] =
@@ -18,11 +18,10 @@ constexpr char kPictures[] =
     "leaky-type=downstream ! videoconvert ! video/x-raw,format=I420,colorimetry=bt601 ! "
     "x264enc tune=zerolatency speed-preset=ultrafast bitrate=4000 key-int-max=30 threads=1 ! "
     "rtph264pay name=pay0 pt=96 config-interval=-1 aggregate-mode=zero-latency";
-constexpr char kSound[] =
-    " audiotestsrc is-live=true volume=0.05 ! audio/x-raw,rate=8000,channels=1 ! "
-    "valve name=sound ! mulawenc ! rtppcmupay name=pay1";
-constexpr const char *kElements[] = {"appsrc",       "videoconvert", "x264enc",   "rtph264pay",
-                                     "audiotestsrc", "mulawenc",     "rtppcmupay"};
+constexpr char kSound[] = " appsrc name=microphone is-live=true format=time do-timestamp=true "
+                          "caps=audio/x-mulaw,rate=8000,channels=1 ! rtppcmupay name=pay1";
+constexpr const char *kElements[] = {"appsrc", "videoconvert", "x264enc", "rtph264pay",
+                                     "rtppcmupay"};
 
 /// An element that no plug-in of this machine has, or empty.
 QString missingElement()
@@ -46,7 +45,6 @@ GstRTSPFilterResult removeClient(GstRTSPServer *, GstRTSPClient *, gpointer)
     return GST_RTSP_FILTER_REMOVE;
 }
 
-/// Runs in the server's thread.
 gboolean removeClients(gpointer server)
 {
     GList *rest = gst_rtsp_server_client_filter(GST_RTSP_SERVER(server), removeClient, nullptr);
@@ -83,7 +81,7 @@ RtspStream::RtspStream(const PodOptions &options, const PodSnapshot &snapshot)
 RtspStream::~RtspStream()
 {
     close();
-    g_main_context_invoke_full(m_context, G_PRIORITY_LOW, quitLoop, m_loop, nullptr);
+    callInThread(quitLoop, m_loop);
     m_thread.join();
     m_server.reset();
     g_main_loop_unref(m_loop);
@@ -102,11 +100,20 @@ void RtspStream::addFactory(const StreamOptions &options)
     gst_rtsp_mount_points_add_factory(mounts.get(), kPath, factory); // takes the factory
 }
 
+/// Has the server's thread call a function, after those that it was given before.
+void RtspStream::callInThread(GSourceFunc function, gpointer argument)
+{
+    GSource *source = g_idle_source_new();
+    g_source_set_callback(source, function, argument, nullptr);
+    g_source_attach(source, m_context);
+    g_source_unref(source);
+}
+
 void RtspStream::takeMedia(GstRTSPMediaFactory *, GstRTSPMedia *media, gpointer self)
 {
     g_signal_connect(media, "unprepared", G_CALLBACK(leaveMedia), self);
     static_cast<RtspStream *>(self)->m_feed.attach(elementOf(media, kCameraName),
-                                                   elementOf(media, kSoundName));
+                                                   elementOf(media, kMicrophoneName));
 }
 
 void RtspStream::leaveMedia(GstRTSPMedia *media, gpointer self)
@@ -145,7 +152,7 @@ QString RtspStream::where() const
 
 void RtspStream::drop()
 {
-    g_main_context_invoke(m_context, removeClients, m_server.get());
+    callInThread(removeClients, m_server.get());
 }
 
 void RtspStream::close()

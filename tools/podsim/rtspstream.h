@@ -26,6 +26,7 @@ public:
 private:
     static void takeMedia(GstRTSPMediaFactory *factory, GstRTSPMedia *media, gpointer self);
     static void leaveMedia(GstRTSPMedia *media, gpointer self);
+    void callInThread(GSourceFunc function, gpointer argument);
     void addFactory(const StreamOptions &options);
 
     PictureFeed m_feed;
