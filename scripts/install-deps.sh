@@ -8,7 +8,7 @@ packages_for() {
     case $1 in
         build) echo build-essential cmake ninja-build ccache qtbase5-dev libqt5serialport5-dev ;;
         fonts) echo fonts-wqy-microhei fonts-dejavu-core ;;
-        screen) echo xvfb xauth openbox ;;
+        screen) echo xvfb xauth openbox xdotool ;;
         format) echo clang-format ;;
         lint) echo clang-format clang-tidy cppcheck shellcheck ;;
         pictures) echo imagemagick ;;
