@@ -1,5 +1,6 @@
 # What needs widgets: the library nacelle_ui, the program, its data files and the portable folder.
 add_library(nacelle_ui STATIC
+    foundation/About.cpp foundation/About.h foundation/About.ui
     foundation/FramelessWidget.cpp foundation/FramelessWidget.h
     foundation/PopFrame.cpp foundation/PopFrame.h foundation/PopFrame.ui
     foundation/scale.h
