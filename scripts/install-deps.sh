@@ -4,7 +4,7 @@
 set -euo pipefail
 
 # The one list of packages, a row for each purpose. For stream: what the simulated pod streams by,
-# and what its test watches with.
+# and what the tests make clips with.
 packages_for() {
     case $1 in
         build) echo build-essential cmake ninja-build ccache qtbase5-dev libqt5serialport5-dev \
@@ -12,9 +12,8 @@ packages_for() {
             vlc-plugin-video-output ;;
         fonts) echo fonts-wqy-microhei fonts-dejavu-core ;;
         stream) echo pkg-config libgstrtspserver-1.0-dev gstreamer1.0-plugins-base \
-            gstreamer1.0-plugins-good gstreamer1.0-plugins-ugly \
-            libavformat-dev libavcodec-dev libswscale-dev ;;
-        screen) echo xvfb xauth openbox ;;
+            gstreamer1.0-plugins-good gstreamer1.0-plugins-ugly ffmpeg ;;
+        screen) echo xvfb xauth openbox xdotool ;;
         format) echo clang-format ;;
         lint) echo clang-format clang-tidy cppcheck shellcheck ;;
         pictures) echo imagemagick ;;
