@@ -24,6 +24,13 @@ quint16 checkOf(const Bytes &bytes)
     return qChecksum(bytes.data(), kCheckedBytes);
 }
 
+/// Bits count from the highest of the first byte.
+void setBit(Bytes &bytes, int bit)
+{
+    char &byte = bytes[static_cast<std::size_t>(bit / 8)];
+    byte = static_cast<char>(byte | 0x80 >> bit % 8);
+}
+
 /// The place of a bit in a picture, in pixels.
 QRect blockOf(int bit, const QSize &size)
 {
@@ -64,7 +71,7 @@ std::optional<PictureStamp> readStamp(const QImage &picture)
     Bytes bytes{};
     for (int bit = 0; bit < kBytes * 8; ++bit)
         if (qGray(picture.pixel(blockOf(bit, picture.size()).center())) >= kGreyLimit)
-            bytes[static_cast<std::size_t>(bit / 8)] |= static_cast<char>(0x80 >> bit % 8);
+            setBit(bytes, bit);
     if (qFromBigEndian<quint16>(bytes.data() + kCheckedBytes) != checkOf(bytes))
         return {};
     return PictureStamp{qFromBigEndian<quint32>(bytes.data()),

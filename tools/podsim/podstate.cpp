@@ -134,6 +134,7 @@ std::vector<std::size_t> PodState::objectsIn(const PickBox &box) const
     }
     std::sort(found.begin(), found.end());
     std::vector<std::size_t> indexes;
+    indexes.reserve(found.size());
     for (const auto &entry : found)
         indexes.push_back(entry.second);
     return indexes;

@@ -10,7 +10,7 @@ namespace podsim {
 /// The stream by RTSP, in H.264, with a sound track where the options want one. All clients get
 /// the same pictures. The server runs in a thread of its own; each pipeline has more, which are the
 /// library's and end with its last client.
-class RtspStream : public PodStream
+class RtspStream final : public PodStream
 {
 public:
     RtspStream(const PodOptions &options, const PodSnapshot &snapshot);
