@@ -100,7 +100,6 @@ private:
         const QSize size = m_bench->surface()->size();
         return {int(place.x() * size.width()), int(place.y() * size.height())};
     }
-    void connectTcp();
 
     quint16 m_port = 0;
     std::unique_ptr<PodProcess> m_pod;
@@ -279,21 +278,12 @@ void tst_stream::programEnds()
     QCOMPARE(program.exitCode(), 0);
 }
 
-/// Links the bench with the pod as its operator does.
-void tst_stream::connectTcp()
-{
-    m_bench->find<QLineEdit>("LineEdit_RemoteIp")->setText("127.0.0.1");
-    m_bench->find<QLineEdit>("LineEdit_Port1")->setText(QString::number(m_pod->port("tcp")));
-    m_bench->click("pushButton_Conn");
-    QVERIFY(QTest::qWaitFor([] { return Bench::takeNotices().contains("TCP连接成功！"); }));
-}
-
 void tst_stream::clickedPointComesToTheCentre()
 {
     startPod({"--tcp", "0"});
     play();
     QTRY_VERIFY_WITH_TIMEOUT(isPlaying(), kWaitMs);
-    connectTcp();
+    QVERIFY(m_bench->plug("TCP Client", QString::number(m_pod->port("tcp"))));
     const QPoint mark = onSurface(find(kBlue));
     m_bench->drag(mark, mark);
     m_bench->press("pushButton_Send");
@@ -305,7 +295,7 @@ void tst_stream::trackedTargetStaysInTheCentre()
     startPod({"--tcp", "0"});
     play();
     QTRY_VERIFY_WITH_TIMEOUT(isPlaying(), kWaitMs);
-    connectTcp();
+    QVERIFY(m_bench->plug("TCP Client", QString::number(m_pod->port("tcp"))));
     m_bench->press("pushButton_Tracking");
     const QPoint target = onSurface(find(kCar));
     m_bench->drag(target - QPoint(40, 40), target + QPoint(40, 40));
