@@ -69,6 +69,7 @@ private slots:
     void cutAnywhere();
     void corruptCounts_data();
     void corruptCounts();
+    void damagedTextInStep();
     void failedLoadChangesNothing();
     void fileThatCannotBeOpened();
 };
@@ -309,6 +310,16 @@ void tst_FileUtils::corruptCounts()
     const QByteArray file = SavedSample().file().replace(offset, bytes.size(), bytes);
     QCOMPARE(read(file, block), isUsable ? BlockState::Usable : BlockState::Unusable);
     QVERIFY(block.keyRows.isEmpty() || !isUsable);
+}
+
+/// A text of odd length of which no byte is read: all that follows is in step, the list of items
+/// too, and the row is damaged all the same.
+void tst_FileUtils::damagedTextInStep()
+{
+    QByteArray file = SavedSample().file();
+    file.replace(SavedSample().settings().size() + 8, 8, count(1));
+    SavedBlock block;
+    QCOMPARE(read(file, block), BlockState::Unusable);
 }
 
 void tst_FileUtils::failedLoadChangesNothing()
