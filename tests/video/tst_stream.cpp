@@ -4,6 +4,7 @@
 #include "tests/support/videobench.h"
 
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTcpServer>
 #include <QTcpSocket>
 
@@ -198,38 +199,78 @@ void tst_stream::playPressedAgainAndAgain()
 
 void tst_stream::badServers_data()
 {
-    QTest::addColumn<QByteArray>("answer"); // the server's, to whatever is asked
-    QTest::newRow("silence") << QByteArray();
-    QTest::newRow("closes at once") << QByteArray("close");
-    QTest::newRow("noise") << QByteArray("\x00\xff$\x00\xff\xff RTSP \r\n\r\n", 20);
-    const auto describe = [](const QByteArray &sdp) {
-        return "RTSP/1.0 200 OK\r\nCSeq: 1\r\nPublic: DESCRIBE, SETUP, PLAY\r\n"
-               "Content-Type: application/sdp\r\nContent-Length: " +
-               QByteArray::number(sdp.size()) + "\r\n\r\n" + sdp;
+    QTest::addColumn<QByteArray>("answer"); // to a request; a session's is made of the others
+    QTest::addColumn<QByteArray>("stream"); // description of the session
+    QTest::addColumn<QByteArray>("packets");
+    const QByteArray none;
+    QTest::newRow("silence") << none << none << none;
+    QTest::newRow("closes at once") << QByteArray("close") << none << none;
+    QTest::newRow("noise") << QByteArray::fromHex("00ff2400ffff20525453500d0a0d0a") << none << none;
+    const auto session = [&](const char *name, const char *stream, const char *packets) {
+        QTest::newRow(name) << QByteArray("session") << QByteArray(stream)
+                            << QByteArray::fromHex(packets);
     };
-    const QByteArray head = "v=0\r\no=- 0 0 IN IP4 127.0.0.1\r\ns=x\r\nt=0 0\r\n";
-    QTest::newRow("no stream") << describe(head);
-    QTest::newRow("no video") << describe(head + "m=audio 0 RTP/AVP 0\r\na=control:a\r\n");
-    QTest::newRow("unknown codec")
-        << describe(head + "m=video 0 RTP/AVP 96\r\na=rtpmap:96 NOSUCH/90000\r\na=control:v\r\n");
+    constexpr char kH264[] = "m=video 0 RTP/AVP 96\r\na=rtpmap:96 H264/90000\r\na=control:v\r\n";
+    session("no stream", "", "");
+    session("no video", "m=audio 0 RTP/AVP 0\r\na=control:a\r\n", "");
+    session("unknown codec", "m=video 0 RTP/AVP 96\r\na=rtpmap:96 NOSUCH/90000\r\na=control:v\r\n",
+            "");
+    session("size 0",
+            "m=video 0 RTP/AVP 96\r\na=rtpmap:96 raw/90000\r\n"
+            "a=fmtp:96 sampling=YCbCr-4:2:2; width=0; height=0; depth=8\r\na=control:v\r\n",
+            "");
+    session("size 16384",
+            "m=video 0 RTP/AVP 96\r\na=rtpmap:96 raw/90000\r\n"
+            "a=fmtp:96 sampling=YCbCr-4:2:2; width=16384; height=16384; depth=8\r\n"
+            "a=control:v\r\n",
+            "");
+    session("damaged packets", kH264,
+            "2400001480600001000000000000000067ffffffffffffff"
+            "240000148060000200000000000000007c85ffff00ff00ff"
+            "2400001480e0000300000000000000006588840000000000");
+    session("closes in mid-packet", kH264, "240000148060000100");
 }
+
+namespace {
+
+/// What a server says that plays whatever is asked.
+QByteArray sessionAnswer(const QByteArray &request, const QByteArray &stream,
+                         const QByteArray &packets)
+{
+    const QString text = QString::fromLatin1(request);
+    const QString sequence = QRegularExpression("CSeq: ([0-9]+)").match(text).captured(1);
+    const QByteArray head = "RTSP/1.0 200 OK\r\nCSeq: " + sequence.toLatin1() +
+                            "\r\nSession: 1\r\nPublic: DESCRIBE, SETUP, PLAY\r\n"
+                            "Transport: RTP/AVP/TCP;unicast;interleaved=0-1\r\n";
+    if (request.startsWith("PLAY"))
+        return head + "\r\n" + packets;
+    if (!request.startsWith("DESCRIBE"))
+        return head + "\r\n";
+    const QByteArray sdp = "v=0\r\no=- 0 0 IN IP4 127.0.0.1\r\ns=x\r\nt=0 0\r\n" + stream;
+    return head +
+           "Content-Type: application/sdp\r\nContent-Length: " + QByteArray::number(sdp.size()) +
+           "\r\n\r\n" + sdp;
+}
+
+} // namespace
 
 /// Whatever a server says: no message, no crash, and the window goes on.
 void tst_stream::badServers()
 {
     QFETCH(QByteArray, answer);
+    QFETCH(QByteArray, stream);
+    QFETCH(QByteArray, packets);
     QTcpServer server;
     QVERIFY(server.listen(QHostAddress(QHostAddress::LocalHost)));
     int asked = 0;
     connect(&server, &QTcpServer::newConnection, this, [&] {
         QTcpSocket *socket = server.nextPendingConnection();
         ++asked;
-        connect(socket, &QTcpSocket::readyRead, socket, [socket, answer] {
-            socket->readAll();
-            if (answer == "close")
+        connect(socket, &QTcpSocket::readyRead, socket, [=] {
+            const QByteArray request = socket->readAll();
+            socket->write(answer == "session" ? sessionAnswer(request, stream, packets) : answer);
+            if (answer == "close" || request.startsWith("PLAY"))
                 socket->disconnectFromHost();
-            else
-                socket->write(answer);
         });
     });
     m_bench->play(address(server.serverPort()));
