@@ -6,6 +6,7 @@ add_library(nacelle_ui STATIC
     foundation/FramelessWidget.cpp foundation/FramelessWidget.h
     foundation/PopFrame.cpp foundation/PopFrame.h foundation/PopFrame.ui
     foundation/emissiongate.h
+    foundation/poolsleep.h
     foundation/scale.h
     console/flowAnalysis.cpp console/flowAnalysis.h console/flowAnalysis.ui
     console/sendflags.h

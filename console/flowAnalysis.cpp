@@ -3,6 +3,7 @@
 #include "console/carrierblock.h"
 #include "console/sendflags.h"
 #include "foundation/QGlobal.h"
+#include "foundation/poolsleep.h"
 #include "foundation/scale.h"
 #include "protocol/codec.h"
 #include "protocol/entryrules.h"
@@ -13,7 +14,6 @@
 #include <QRegExp>
 #include <QRegExpValidator>
 #include <QSlider>
-#include <QThread>
 #include <QtConcurrent>
 
 namespace {
@@ -321,7 +321,7 @@ void flowAnalysis::startWorker()
 {
     QtConcurrent::run([page = this, flags = m_flags] {
         while (flags->running) {
-            QThread::msleep(kPeriodMs);
+            sleepInPool(kPeriodMs);
             flags->gate.pass([page] { emit page->signals_sendCmd(); });
         }
     });

@@ -1,5 +1,7 @@
 #include "shell/QMyTcpSocket.h"
 
+#include "foundation/poolsleep.h"
+
 #include "foundation/QGlobal.h"
 
 #include <QHostAddress>
@@ -7,7 +9,6 @@
 #include <QNetworkSession>
 #include <QSharedPointer>
 #include <QTcpSocket>
-#include <QThread>
 #include <QTimer>
 #include <QtConcurrent>
 
@@ -18,7 +19,7 @@ constexpr int kConnectTimeoutMs = 3000;
 // network configuration has no limit at all. The operator is told within three seconds all the
 // same, so this is a little less than that.
 constexpr int kConnectGuardMs = 2900;
-constexpr int kRetryDelaySeconds = 2;
+constexpr unsigned long kRetryDelayMs = 2000;
 
 } // namespace
 
@@ -72,7 +73,7 @@ void QMyTcpSocket::onError()
     m_handled = true;
     m_socket->close();
     QtConcurrent::run([this] {
-        QThread::sleep(kRetryDelaySeconds);
+        sleepInPool(kRetryDelayMs);
         if (m_handled)
             emit signals_CreateMyTcpSocket(m_ip, m_port, false);
     });

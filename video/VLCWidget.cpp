@@ -2,6 +2,7 @@
 
 #include "foundation/QGlobal.h"
 #include "foundation/emissiongate.h"
+#include "foundation/poolsleep.h"
 #include "video/VideoCodec.h"
 #include "video/pickframe.h"
 #include "video/videoFrom.h"
@@ -35,8 +36,8 @@ constexpr libvlc_event_e kAttachedEvents[] = {
 constexpr const char *kMediaOptions[] = {":network-caching=300", ":skip-frames",
                                          ":clock-synchro=0"};
 
-/// A libVLC without the module that knows the second argument takes the first alone. There may be
-/// no instance at all: then the surface stays black.
+/// A libVLC without the module that knows the second argument takes the first alone, and leaves the
+/// transport to its other modules. There may be no instance at all: then the surface stays black.
 libvlc_instance_t *makeInstance()
 {
     constexpr const char *kArguments[] = {"--no-audio", "--rtsp-tcp"};
@@ -81,8 +82,9 @@ VLCWidget::~VLCWidget()
     m_closing->close();
     m_url.clear();
     m_timer->stop();
+    m_enginesGone = false;
     const QFuture<bool> released = QtConcurrent::run(this, &VLCWidget::release);
-    while (!released.isFinished())
+    while (!released.isFinished() || !m_enginesGone)
         QCoreApplication::processEvents(QEventLoop::AllEvents, kTearDownSliceMs);
     m_vlcInstance.reset();
 }
@@ -105,6 +107,7 @@ void VLCWidget::setUrl(const QString &url, bool ownWindow, int index, bool)
 
 bool VLCWidget::open()
 {
+    m_enginesGone = false;
     if (QGlobal::instance()->ffmpegEngine)
         return openCodec();
     if (m_vlcInstance)
@@ -155,6 +158,8 @@ void VLCWidget::bindWindow()
 #else
     if (QGuiApplication::platformName() == QLatin1String("xcb"))
         vlc::libvlc_media_player_set_xwindow(m_vlcPlayer.get(), uint32_t(target->winId()));
+    else // it would open a window of its own on the screen
+        vlc::libvlc_media_add_option(m_vlcMedia.get(), ":no-video");
 #endif
 }
 
@@ -187,6 +192,8 @@ void VLCWidget::seekToEnd()
 
 bool VLCWidget::release()
 {
+    if (m_enginesGone)
+        return true;
     try {
         if (QGlobal::instance()->ffmpegEngine && m_codec)
             m_codec->requestStop(); // it ends by itself, sooner or later
@@ -194,6 +201,7 @@ bool VLCWidget::release()
         m_vlcMedia.reset();
     } catch (...) {
     }
+    m_enginesGone = true;
     return true;
 }
 
@@ -202,10 +210,11 @@ void VLCWidget::handleEvent(const libvlc_event_t *event, void *surface)
     auto *widget = static_cast<VLCWidget *>(surface);
     if (!widget || widget->m_closing->isClosed())
         return;
-    // Some libVLCs let an error be followed by a stop. Only what has played stops of its own.
+    // Some libVLCs let an error be followed by a stop. It counts once the stream has played: an
+    // address that can't be opened stays down, a stream that is lost is tried until it is back.
     if (event->type == libvlc_MediaPlayerPlaying)
         widget->m_played = true;
-    else if (event->type == libvlc_MediaPlayerStopped && widget->m_played.exchange(false))
+    else if (event->type == libvlc_MediaPlayerStopped && widget->m_played)
         widget->reopenAfter(kReopenSeconds);
     else if (event->type == libvlc_MediaPlayerEncounteredError)
         widget->reopenAfter(kErrorReopenSeconds);
@@ -215,7 +224,7 @@ void VLCWidget::handleEvent(const libvlc_event_t *event, void *surface)
 void VLCWidget::reopenAfter(unsigned long seconds)
 {
     QtConcurrent::run([this, gate = m_closing, seconds] {
-        QThread::sleep(seconds);
+        sleepInPool(seconds * 1000);
         gate->pass([this] {
             if (!m_url.isEmpty())
                 emit refresh();

@@ -80,7 +80,9 @@ private:
     qint64 m_lastFrameMs = 0; ///< since the epoch
     QString m_url;
     std::shared_ptr<EmissionGate> m_closing; ///< closed first thing in the destructor
-    std::atomic<bool> m_played{false};       ///< since the last stop
+    std::atomic<bool> m_played{false};
+    /// What the task that gives the engines up tells the thread that waits for it.
+    std::atomic<bool> m_enginesGone{false};
     bool m_ownWindow = false;
     // In pixels of the surface.
     double m_pressX = 0;

@@ -3,6 +3,8 @@
 #include <QCoreApplication>
 #include <QTime>
 
+#include <cxxabi.h>
+
 #include <algorithm>
 #include <cstdio>
 
@@ -23,8 +25,10 @@ bool fails(const char *message)
 /// Lets the events of this thread in for a moment.
 void pause()
 {
-    const QTime end = QTime::currentTime().addMSecs(kPauseMs);
-    while (QTime::currentTime() < end)
+    const QTime entry = QTime::currentTime();
+    const QTime end = entry.addMSecs(kPauseMs);
+    // Past midnight, or with the clock set back, the end would be far away.
+    for (QTime now = entry; now >= entry && now < end; now = QTime::currentTime())
         QCoreApplication::processEvents(QEventLoop::AllEvents, kPauseMs);
 }
 
@@ -66,6 +70,10 @@ void VideoCodec::requestStop()
 void VideoCodec::run()
 {
     try {
+        if (!ffmpeg::isThere()) {
+            fails("FFmpeg not found.");
+            return; // it won't come
+        }
         int videoStream = -1;
         if (open(&videoStream)) {
             decode(videoStream);
@@ -79,6 +87,8 @@ void VideoCodec::run()
             return;
         sleep(kRetrySeconds);
         run();
+    } catch (const abi::__forced_unwind &) {
+        throw; // a terminated thread ends so where threads are unwound
     } catch (...) {
     }
 }
@@ -86,8 +96,6 @@ void VideoCodec::run()
 bool VideoCodec::open(int *videoStream)
 {
     m_released = false;
-    if (!ffmpeg::isThere())
-        return fails("FFmpeg not found.");
     ffmpeg::avformat_network_init();
     return openInput() && openDecoder(videoStream) && allocatePictures();
 }

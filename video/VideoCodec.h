@@ -53,7 +53,7 @@ private:
     QString m_url;
     QString m_transport;
     bool m_released = false;
-    // In the order of release from the top.
+    // Released from the bottom up.
     ffmpeg::FormatContext m_format;
     ffmpeg::CodecContext m_codecContext;
     ffmpeg::Frame m_frame;

@@ -1,5 +1,6 @@
 // The program, played by itself: opens the video window on an address, presses play and closes the
-// main window after so many milliseconds.
+// main window after so many milliseconds. With a further argument it does so beside a run of the
+// console, in a pool of one thread, with a surface that has just been replaced.
 
 #include "foundation/QGlobal.h"
 #include "shell/NacelleBench.h"
@@ -8,6 +9,7 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QThreadPool>
 #include <QTimer>
 
 int main(int argc, char **argv)
@@ -22,6 +24,11 @@ int main(int argc, char **argv)
     window.videoWindow->findChild<QLineEdit *>(QStringLiteral("lineEdit"))
         ->setText(arguments.at(2));
     window.videoWindow->findChild<QPushButton *>(QStringLiteral("pushButton_Refresh"))->click();
+    if (arguments.size() > 4) {
+        QThreadPool::globalInstance()->setMaxThreadCount(1);
+        window.findChild<QPushButton *>(QStringLiteral("pushButton_start"))->click();
+        window.videoWindow->findChild<QPushButton *>(QStringLiteral("pushButton_Refresh"))->click();
+    }
     QTimer::singleShot(arguments.at(3).toInt(), &window, &QWidget::close);
     return QApplication::exec();
 }

@@ -2,6 +2,7 @@
 #include "tests/podsim/podprocess.h"
 #include "tests/support/strictmain.h"
 #include "tests/support/videobench.h"
+#include "video/VideoCodec.h"
 
 #include <QProcess>
 #include <QRegularExpression>
@@ -56,6 +57,7 @@ private slots:
     void playPressedAgainAndAgain();
     void badServers_data();
     void badServers();
+    void terminatedAndStartedAnew();
     void windowClosedWhilePlaying();
     void programEnds_data();
     void programEnds();
@@ -279,6 +281,18 @@ void tst_stream::badServers()
     QCOMPARE((*m_bench)->sentFrames.size(), 1);
 }
 
+/// Nothing in the program terminates a thread, but it can be done.
+void tst_stream::terminatedAndStartedAnew()
+{
+    auto *codec = new VideoCodec(address(m_port), "tcp", true); // kept, as all of them are
+    codec->startDecoding();
+    QTest::qWait(300);
+    codec->restart(address(m_port), "tcp");
+    QTRY_VERIFY(codec->isFinished() || codec->isRunning());
+    codec->stopNow();
+    QTRY_VERIFY(codec->isFinished());
+}
+
 /// The player goes on unseen, and the next window has one of its own.
 void tst_stream::windowClosedWhilePlaying()
 {
@@ -297,10 +311,12 @@ void tst_stream::programEnds_data()
     QTest::addColumn<QString>("engine");
     QTest::addColumn<bool>("served");
     QTest::addColumn<int>("after");
+    QTest::addColumn<bool>("busy");
     for (const char *engine : {"ffmpeg", "libvlc"}) {
-        QTest::addRow("%s, opening", engine) << engine << false << 700;
+        QTest::addRow("%s, opening", engine) << engine << false << 700 << false;
         for (const int after : {0, 300, 1500})
-            QTest::addRow("%s, served, %d ms", engine, after) << engine << true << after;
+            QTest::addRow("%s, served, %d ms", engine, after) << engine << true << after << false;
+        QTest::addRow("%s, pool of one thread and a run", engine) << engine << true << 700 << true;
     }
 }
 
@@ -309,11 +325,14 @@ void tst_stream::programEnds()
     QFETCH(QString, engine);
     QFETCH(bool, served);
     QFETCH(int, after);
+    QFETCH(bool, busy);
     if (served)
         startPod();
     QProcess program;
-    program.start(QCoreApplication::applicationDirPath() + "/endplaying",
-                  {engine, address(m_port), QString::number(after)});
+    QStringList arguments{engine, address(m_port), QString::number(after)};
+    if (busy)
+        arguments << "busy";
+    program.start(QCoreApplication::applicationDirPath() + "/endplaying", arguments);
     QVERIFY(program.waitForFinished(kWaitMs));
     QCOMPARE(program.exitStatus(), QProcess::NormalExit);
     QCOMPARE(program.exitCode(), 0);

@@ -34,6 +34,7 @@ public:
 
     std::atomic<quint16> port{0};
     std::atomic<int> requests{0};
+    std::atomic<bool> gone{false}; ///< closes every connection
 
 protected:
     void run() override
@@ -55,6 +56,10 @@ private:
         if (!socket->readAll().startsWith("GET"))
             return;
         ++requests;
+        if (gone) {
+            socket->disconnectFromHost();
+            return;
+        }
         socket->write("HTTP/1.0 200 OK\r\nContent-Type: video/mpeg\r\nContent-Length: " +
                       QByteArray::number(m_clip.size()) + "\r\n\r\n" + m_clip);
         socket->disconnectFromHost();
@@ -72,10 +77,15 @@ class tst_vlcEngine : public QObject
 
 private slots:
     void initTestCase();
-    void cleanup() { m_bench.reset(); }
+    void cleanup()
+    {
+        m_bench.reset();
+        m_server->gone = false;
+    }
     void stoppedIsPlayedAgain_data();
     void stoppedIsPlayedAgain();
     void endedIsStoppedFirst();
+    void lostStreamIsTriedUntilItIsBack();
     void errorIsLeftDown();
     void goingKeepsTheWindowAlive();
 
@@ -139,6 +149,18 @@ void tst_vlcEngine::endedIsStoppedFirst()
     VLCWidget *surface = play(m_server->url());
     QSignalSpy refreshed(surface, &VLCWidget::refresh);
     QTRY_VERIFY_WITH_TIMEOUT((surface->play(), refreshed.size() > 0), 20000);
+}
+
+void tst_vlcEngine::lostStreamIsTriedUntilItIsBack()
+{
+    VLCWidget *surface = play(m_server->url());
+    QSignalSpy refreshed(surface, &VLCWidget::refresh);
+    QTest::qWait(700);
+    m_server->gone = true;
+    QTRY_VERIFY_WITH_TIMEOUT(refreshed.size() > 3, 20000);
+    m_server->gone = false;
+    const int before = m_server->requests;
+    QTRY_VERIFY(m_server->requests > before);
 }
 
 /// On purpose: the event of an error isn't attached.
