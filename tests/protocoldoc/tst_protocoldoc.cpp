@@ -70,7 +70,7 @@ void tst_protocoldoc::makesRows_data()
     row("zh", "HOST_FIELDS", "| 42～45 | 4 | i32 | 10⁷ | 双 | ° | 载机纬度 | 北纬为正，−90～90 |");
     row("zh", "GCU_FIELDS", "| 43～46 | 4 | i32 | 10 | m | 目标距离 | 测距结果 |");
     row("en", "GCU_FIELDS",
-        "| 69–S−3 | N | bytes |  |  | Command feedback | N ≥ 0, see “Feedback” |");
+        "| 69–S−3 | N | bytes |  |  | Command feedback | N ≥ 0, see \"Feedback\" |");
     row("en", "COMMANDS",
         "| `0x17` | Tracking | 11 | `01`, TT u8, X0 u16, Y0 u16, X1 u16, Y1 u16 | TT: 01 starts, "
         "00 ends; two opposite corners of the box around the target |");

@@ -20,20 +20,20 @@ struct Column
     int width; ///< in parts of the table's whole width
 };
 
-constexpr Column kBytes{"字节", "Bytes", 9};
-constexpr Column kSize{"长度", "Size", 6};
-constexpr Column kKind{"类型", "Kind", 8};
-constexpr Column kFactor{"K", "K", 7};
+constexpr Column kBytes{"字节", "Bytes", 11};
+constexpr Column kSize{"长度", "Size", 7};
+constexpr Column kKind{"类型", "Kind", 7};
+constexpr Column kFactor{"K", "K", 6};
 constexpr Column kPrecision{"精度", "Prec.", 8};
 constexpr Column kUnit{"单位", "Unit", 7};
 constexpr Column kField{"字段", "Field", 21};
-constexpr Column kMeaning{"含义", "Meaning", 40};
+constexpr Column kMeaning{"含义", "Meaning", 44};
 constexpr Column kWire{"报文字节", "On the wire", 26};
 constexpr Column kValue{"值", "Value", 26};
 constexpr Column kCode{"代码", "Code", 8};
 constexpr Column kCommand{"命令", "Command", 22};
 constexpr Column kCount{"N", "N", 5};
-constexpr Column kPayload{"命令码之后的内容", "Behind the code", 28};
+constexpr Column kPayload{"命令码之后的内容", "Behind the code", 30};
 constexpr Column kMode{"工作模式", "Work mode", 22};
 
 bool isChinese()
