@@ -37,9 +37,9 @@ private:
     {
         lay("source.md", source);
         QProcess process;
-        process.start(
-            QStringLiteral(PROTOCOLDOC_PATH),
-            {language, REPOSITORY "/data", at("notes.txt"), at("source.md"), at("target.md")});
+        process.start(QStringLiteral(PROTOCOLDOC_PATH),
+                      {language, QStringLiteral(REPOSITORY "/data"), at("notes.txt"),
+                       at("source.md"), at("target.md")});
         if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
             return -1;
         if (error)
