@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
 bin=build/release/bin
-scripts/install-deps.sh build fonts
+scripts/install-deps.sh build fonts stream
 
 if [[ -z ${DISPLAY:-} && -z ${WAYLAND_DISPLAY:-} ]]; then
     scripts/install-deps.sh screen
@@ -16,8 +16,9 @@ if [[ -z ${DISPLAY:-} && -z ${WAYLAND_DISPLAY:-} ]]; then
 fi
 
 scripts/build.sh release NacelleBench podsim
-"$bin/podsim" --tcp --udp --pty build/podsim-tty &
+"$bin/podsim" --tcp --udp --pty build/podsim-tty --rtsp &
 podsim=$!
 trap 'kill "$podsim" 2>/dev/null || true; wait "$podsim" 2>/dev/null || true' EXIT
 echo "The simulated pod: TCP 127.0.0.1 port 2332; UDP 127.0.0.1 ports 2337 and 2338."
+echo "Its picture: rtsp://127.0.0.1:8554/pod"
 "$bin/NacelleBench"

@@ -2,6 +2,8 @@
 include(cmake/VideoLibraries.cmake)
 
 add_library(nacelle_ui STATIC
+    foundation/About.cpp foundation/About.h foundation/About.ui
+    foundation/FramelessWidget.cpp foundation/FramelessWidget.h
     foundation/PopFrame.cpp foundation/PopFrame.h foundation/PopFrame.ui
     foundation/emissiongate.h
     foundation/scale.h

@@ -14,9 +14,11 @@ namespace {
 template <typename Row, typename T>
 constexpr qint64 leastBytes(const RowField<Row, T> &)
 {
-    if (!std::is_arithmetic_v<T>)
-        return sizeof(quint32);
-    return std::is_floating_point_v<T> ? sizeof(double) : sizeof(T);
+    if (std::is_floating_point_v<T>)
+        return sizeof(double);
+    if (std::is_arithmetic_v<T>)
+        return sizeof(T);
+    return sizeof(quint32);
 }
 
 template <typename Fields>

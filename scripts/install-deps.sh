@@ -3,14 +3,17 @@
 # Usage: scripts/install-deps.sh PURPOSE...
 set -euo pipefail
 
-# The one list of packages. A purpose is a line of its own.
+# The one list of packages, a row for each purpose. For stream: what the simulated pod streams by,
+# and what the tests make clips with.
 packages_for() {
     case $1 in
         build) echo build-essential cmake ninja-build ccache qtbase5-dev libqt5serialport5-dev \
             libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libvlc-dev vlc-plugin-base \
             vlc-plugin-video-output ;;
         fonts) echo fonts-wqy-microhei fonts-dejavu-core ;;
-        screen) echo xvfb xauth openbox ;;
+        stream) echo pkg-config libgstrtspserver-1.0-dev gstreamer1.0-plugins-base \
+            gstreamer1.0-plugins-good gstreamer1.0-plugins-ugly ffmpeg ;;
+        screen) echo xvfb xauth openbox xdotool ;;
         format) echo clang-format ;;
         lint) echo clang-format clang-tidy cppcheck shellcheck ;;
         pictures) echo imagemagick ;;

@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-scripts/install-deps.sh build bench lint
+scripts/install-deps.sh build bench stream lint
 failed=0
 
 sources() {

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Runs a command on a virtual screen of 1920x1080 with a window manager, and ends with its code.
+# Runs a command on a virtual screen with a window manager, and ends with its code. The screen has
+# 1920x1080 pixels, or what SCREEN_SIZE says.
 # Usage: scripts/virtual-screen.sh COMMAND [ARGUMENT...]
 set -euo pipefail
 
@@ -20,7 +21,7 @@ trap 'exit 143' TERM
 
 # The server itself picks a free display and writes its number when it is ready.
 mkfifo "$work/number"
-Xvfb -displayfd 3 -screen 0 1920x1080x24 -dpi 96 -nolisten tcp \
+Xvfb -displayfd 3 -screen 0 "${SCREEN_SIZE:-1920x1080}x24" -dpi 96 -nolisten tcp \
     3>"$work/number" 2>"$work/server.log" &
 children+=($!)
 number=
@@ -35,8 +36,11 @@ export DISPLAY=:$number
 unset WAYLAND_DISPLAY
 export QT_QPA_PLATFORM=xcb
 export XDG_RUNTIME_DIR=$work
-openbox --config-file "$settings" >/dev/null 2>&1 &
+# A program asks once what the window manager can do, so that one has to be up before.
+mkfifo "$work/managed"
+openbox --config-file "$settings" --startup "sh -c 'echo up >\"$work/managed\"'" >/dev/null 2>&1 &
 children=("$!" "${children[@]}")
+read -r -t 60 _ <>"$work/managed" || echo "virtual-screen: no window manager came up" >&2
 
 # In the background, so that a signal to this script is heeded at once and ends the command too.
 "$@" &

@@ -1,8 +1,11 @@
 #include "shell/NacelleBench.h"
 
 #include "console/flowAnalysis.h"
+#include "foundation/About.h"
+#include "foundation/FileUtils.h"
 #include "foundation/PopFrame.h"
 #include "foundation/QGlobal.h"
+#include "foundation/scale.h"
 #include "protocol/codec.h"
 #include "protocol/dataPacketAnalysis.h"
 #include "protocol/gcuframe.h"
@@ -14,12 +17,16 @@
 
 #include <QApplication>
 #include <QButtonGroup>
+#include <QDesktopServices>
+#include <QFile>
 #include <QIcon>
+#include <QMenu>
 #include <QScreen>
 #include <QSerialPort>
 #include <QTcpSocket>
 #include <QTime>
 #include <QUdpSocket>
+#include <QUrl>
 
 #include <algorithm>
 
@@ -59,6 +66,33 @@ QString logEntry(const char *direction, const QByteArray &frame)
 {
     return QLatin1Char('[') + QTime::currentTime().toString(QStringLiteral("HH:mm:ss:zzz")) +
            QLatin1Char(']') + translated(direction) + QLatin1String("->\n") + hexDigits(frame);
+}
+
+QString menuStyle()
+{
+    const QMap<QString, QString> &palette = *QGlobal::instance()->palette;
+    return QStringLiteral(
+               " QMenu {background-color:%1;color:#ffffff; font-family:'Microsoft Yahei';"
+               "font-size:%2px} QMenu::item {height:%3px; width:%4px;padding-left:%5px;"
+               "border: 1px solid none;} QMenu::item:selected {background-color:%6;"
+               "                        padding-left:%5px;border: 1px solid %6;} "
+               "QMenu::separator{height:1px;background-color:20FFFFFF;margin-left:0px;"
+               "margin-right:0px;}")
+        .arg(palette.value(QStringLiteral("main")))
+        .arg(int(14 * QGlobal::instance()->scaleFactor + 1.5))
+        .arg(scaled(42))
+        .arg(scaled(140))
+        .arg(scaled(20))
+        .arg(palette.value(QStringLiteral("hover")));
+}
+
+/// Hands a document beside the program to the desktop; one that is missing gives no message, which
+/// not every desktop would see so.
+void openDocument(const QString &name)
+{
+    const QString path = QCoreApplication::applicationDirPath() + QLatin1Char('/') + name;
+    if (QFile::exists(path))
+        QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }
 
 } // namespace
@@ -109,7 +143,90 @@ void NacelleBench::build()
     ui.menuButton->setStyleSheet(
         QStringLiteral("QPushButton{border-image: url(:/NacelleBench/Resources/setting.png)}"
                        "QPushButton:menu-indicator{image:none;}"));
+    buildMenu();
     retranslate();
+}
+
+void NacelleBench::buildMenu()
+{
+    auto *menu = new QMenu(this);
+    languageMenu = new QMenu(menu);
+    for (QMenu *each : {menu, languageMenu})
+        each->setStyleSheet(menuStyle());
+    languageMenu->addAction(QStringLiteral("简体中文"), this, &NacelleBench::switchChinese);
+    languageMenu->addSeparator();
+    languageMenu->addAction(QStringLiteral("English"), this, &NacelleBench::switchEnglish);
+
+    menu->addMenu(languageMenu);
+    menu->addSeparator();
+    menu->addSeparator();
+    helpAction = menu->addAction(QString(), this, &NacelleBench::help);
+    menu->addSeparator();
+    protocolAction = menu->addAction(QString(), this, &NacelleBench::protocol);
+    aboutAction = new QAction(this);
+    connect(aboutAction, &QAction::triggered, this, &NacelleBench::about);
+    // The entry is there for a language file of this program's first version only.
+    if (QGlobal::instance()->firstLanguageText(QStringLiteral("版本1")).contains('1')) {
+        menu->addSeparator();
+        menu->addAction(aboutAction);
+    }
+    retitleMenu();
+    ui.menuButton->setMenu(menu);
+}
+
+void NacelleBench::retitleMenu()
+{
+    languageMenu->setTitle(translated("语言"));
+    helpAction->setText(translated("帮助"));
+    aboutAction->setText(translated("关于"));
+    protocolAction->setText(translated("协议"));
+}
+
+void NacelleBench::help()
+{
+    openDocument(QStringLiteral("Help.pdf"));
+}
+
+void NacelleBench::protocol()
+{
+    openDocument(QGlobal::instance()->languageChinese ? QStringLiteral("GCU私有通信协议.pdf")
+                                                      : QStringLiteral("GCUPrivateProtocol.pdf"));
+}
+
+void NacelleBench::about()
+{
+    auto *dialog = new About(nullptr);
+    dialog->show();
+}
+
+void NacelleBench::switchChinese()
+{
+    switchLanguage(true);
+}
+
+void NacelleBench::switchEnglish()
+{
+    switchLanguage(false);
+}
+
+/// Only here is the saved file written, and even when the language is the one it was.
+void NacelleBench::switchLanguage(bool chinese)
+{
+    QGlobal::instance()->languageChinese = chinese;
+    retitleMenu();
+    retranslate();
+    m_panel->retranslate();
+    retranslatePage();
+    FileUtils().saveControlConfig();
+}
+
+void NacelleBench::retranslatePage()
+{
+    const bool console = !ui.pushButton_1->isChecked() && m_panel->consoleInFront();
+    if (console && m_flowPage)
+        m_flowPage->retranslate();
+    else if (!console && m_packetPage)
+        m_packetPage->retranslate();
 }
 
 void NacelleBench::retranslate()

@@ -7,6 +7,8 @@
 #include <QMainWindow>
 #include <QPointer>
 
+class QAction;
+class QMenu;
 class QSerialPort;
 class QTcpSocket;
 class QUdpSocket;
@@ -81,9 +83,18 @@ protected:
 private slots:
     void SelectDataPacketAnalysis(bool isSelected);
     void SelectFlowAnalysis(bool isSelected);
+    void help();
+    void protocol();
+    void about();
+    void switchChinese();
+    void switchEnglish();
 
 private:
     void build();
+    void buildMenu();
+    void retitleMenu();
+    void switchLanguage(bool chinese);
+    void retranslatePage();
     void giveUpPages();
     void placePage(QWidget *page);
     void makePacketPage();
@@ -98,6 +109,10 @@ private:
     // A page is gone once it is given up; a frame on the wire must not reach it any more.
     QPointer<dataPacketAnalysis> m_packetPage;
     QPointer<flowAnalysis> m_flowPage;
+    QMenu *languageMenu = nullptr;
+    QAction *helpAction = nullptr;
+    QAction *aboutAction = nullptr;
+    QAction *protocolAction = nullptr;
     Ui::NacelleBenchClass ui;
     QString remoteAddress;
     int remotePort = 2337;

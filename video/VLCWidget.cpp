@@ -202,7 +202,10 @@ void VLCWidget::handleEvent(const libvlc_event_t *event, void *surface)
     auto *widget = static_cast<VLCWidget *>(surface);
     if (!widget || widget->m_closing->isClosed())
         return;
-    if (event->type == libvlc_MediaPlayerStopped)
+    // Some libVLCs let an error be followed by a stop. Only what has played stops of its own.
+    if (event->type == libvlc_MediaPlayerPlaying)
+        widget->m_played = true;
+    else if (event->type == libvlc_MediaPlayerStopped && widget->m_played.exchange(false))
         widget->reopenAfter(kReopenSeconds);
     else if (event->type == libvlc_MediaPlayerEncounteredError)
         widget->reopenAfter(kErrorReopenSeconds);

@@ -4,6 +4,7 @@
 #include <QImage>
 #include <QString>
 
+#include <atomic>
 #include <memory>
 
 class EmissionGate;
@@ -79,6 +80,7 @@ private:
     qint64 m_lastFrameMs = 0; ///< since the epoch
     QString m_url;
     std::shared_ptr<EmissionGate> m_closing; ///< closed first thing in the destructor
+    std::atomic<bool> m_played{false};       ///< since the last stop
     bool m_ownWindow = false;
     // In pixels of the surface.
     double m_pressX = 0;

@@ -124,11 +124,11 @@ void tst_nacelle_config::shows()
     lay(SavedSample().file());
     const Run shown = config({"show"});
     QCOMPARE(shown.code, 0);
+    const char key[] = "  index 2, name \"放大2\", padKey \"pad2\", keyboardKey \"key2\", "
+                       "reserved -2, keyCode 81";
     for (const char *line :
          {"optionFlag2: false", "optionValue2: -12", "language: en", "engine: ffmpeg",
-          "dataFolder: \"/D/\"", "controlRows: 16", "keyRows: 2",
-          "  index 2, name \"放大2\", padKey \"pad2\", keyboardKey \"key2\", reserved -2, "
-          "keyCode 81"})
+          "dataFolder: \"/D/\"", "controlRows: 16", "keyRows: 2", key})
         QVERIFY2(shown.out.contains('\n' + QString(line) + '\n'), line);
     QVERIFY(shown.out.contains("  index 16, name \"名16\", text2 \"t2-16\""));
 }

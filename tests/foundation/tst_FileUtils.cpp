@@ -60,6 +60,7 @@ private slots:
     void starts_data();
     void starts();
     void firstSave();
+    void everyFlagHasItsByte();
     void everyFieldComesBack();
     void savedAsLaidDown();
     void nullTextsPassThrough();
@@ -68,6 +69,7 @@ private slots:
     void cutAnywhere();
     void corruptCounts_data();
     void corruptCounts();
+    void damagedTextInStep();
     void failedLoadChangesNothing();
     void fileThatCannotBeOpened();
 };
@@ -143,18 +145,40 @@ void tst_FileUtils::firstSave()
                                                "00000000 00002713")));
 }
 
+/// Of each file one flag alone is set.
+void tst_FileUtils::everyFlagHasItsByte()
+{
+    const QMap<int, bool QGlobal::*> flags{
+        {0, &QGlobal::optionFlag2},
+        {1, &QGlobal::optionFlag3},
+        {2, &QGlobal::optionFlag1},
+        {3, &QGlobal::optionFlag4},
+        {4, &QGlobal::optionFlag5},
+        {5, &QGlobal::optionFlag6},
+        {18, &QGlobal::optionFlag9},
+        {19, &QGlobal::languageChinese},
+        {kEngineOffset, &QGlobal::ffmpegEngine},
+        {21, &QGlobal::optionFlag7},
+    };
+    for (const int offset : flags.keys()) {
+        QByteArray file = SavedSample().file();
+        for (const int other : flags.keys())
+            file[other] = char(other == offset ? 1 : 0);
+        layFile(file);
+        QVERIFY(FileUtils().loadControlConfig());
+        for (const int other : flags.keys())
+            QCOMPARE(QGlobal::instance()->*flags[other], other == offset);
+    }
+}
+
 void tst_FileUtils::everyFieldComesBack()
 {
     layFile(SavedSample().file());
     QVERIFY(FileUtils().loadControlConfig());
     const QGlobal *global = QGlobal::instance();
-    QVERIFY(!global->optionFlag2 && global->optionFlag3 && global->optionFlag1);
-    QVERIFY(global->optionFlag4 && !global->optionFlag5 && global->optionFlag6);
     QCOMPARE(global->optionValue1, 51);
     QCOMPARE(global->optionValue2, -12);
     QCOMPARE(global->optionValue3, 0x7fffffff);
-    QVERIFY(global->optionFlag9 && !global->languageChinese);
-    QVERIFY(global->ffmpegEngine && !global->optionFlag7);
     QCOMPARE(global->dataFolder, QStringLiteral("/D/"));
 
     QCOMPARE(global->controlRows.size(), 16);
@@ -286,6 +310,16 @@ void tst_FileUtils::corruptCounts()
     const QByteArray file = SavedSample().file().replace(offset, bytes.size(), bytes);
     QCOMPARE(read(file, block), isUsable ? BlockState::Usable : BlockState::Unusable);
     QVERIFY(block.keyRows.isEmpty() || !isUsable);
+}
+
+/// A text of odd length of which no byte is read: all that follows is in step, the list of items
+/// too, and the row is damaged all the same.
+void tst_FileUtils::damagedTextInStep()
+{
+    QByteArray file = SavedSample().file();
+    file.replace(SavedSample().settings().size() + 8, 8, count(1));
+    SavedBlock block;
+    QCOMPARE(read(file, block), BlockState::Unusable);
 }
 
 void tst_FileUtils::failedLoadChangesNothing()

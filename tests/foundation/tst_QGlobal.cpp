@@ -230,6 +230,9 @@ void tst_QGlobal::shippedFilesHaveEveryKey()
             auto matches = literal.globalMatch(QString::fromUtf8(source.readAll()));
             while (matches.hasNext()) {
                 const QString key = matches.next().captured(1);
+                // A language is called by its own name, a document has the name of its file.
+                if (key == QStringLiteral("简体中文") || key.endsWith(QStringLiteral(".pdf")))
+                    continue;
                 ++keys;
                 QVERIFY2(global->englishTexts->contains(key),
                          qPrintable(source.fileName() + QStringLiteral(": ") + key));

@@ -23,6 +23,12 @@ PodProcess::~PodProcess()
         stop(SIGTERM);
 }
 
+void PodProcess::write(const QString &line)
+{
+    m_process.write(line.toLocal8Bit() + '\n');
+    m_process.waitForBytesWritten(kLimitMs);
+}
+
 bool PodProcess::awaitCount(const QString &text, int count)
 {
     const QDeadlineTimer limit(kLimitMs);

@@ -12,6 +12,8 @@ public:
     explicit PodProcess(const QStringList &arguments);
     ~PodProcess();
 
+    /// Writes a line to the program's standard input.
+    void write(const QString &line);
     /// Waits until the output holds `text`, or holds it `count` times; false if the program ends
     /// before.
     bool awaitLine(const QString &text) { return awaitCount(text, 1); }
@@ -19,7 +21,7 @@ public:
     /// All that the program has written so far.
     const QString &output() const { return m_output; }
     QString errorText();
-    /// The port that the line of an open link tells, for "tcp" or "udp".
+    /// The port that the line of an open link tells, for "tcp", "udp" or "rtsp".
     quint16 port(const QString &kind);
 
     /// Sends a signal and waits for the end.

@@ -370,7 +370,7 @@ void TestPodsim::tellsExecutingFirst()
 void TestPodsim::refusesOptions_data()
 {
     QTest::addColumn<QString>("reason");
-    QTest::newRow("") << "give --tcp [port], --udp [port] or --pty <link>";
+    QTest::newRow("") << "give --tcp [port], --udp [port], --pty <link> or --rtsp";
     QTest::newRow("--silent") << "no link";
     QTest::newRow("--tpc") << "tpc";
     QTest::newRow("--tcp 0 here") << "unexpected: here";
@@ -383,6 +383,8 @@ void TestPodsim::refusesOptions_data()
     QTest::newRow("--tcp 0 --split 0") << "--split 0";
     QTest::newRow("--tcp 0 --result 256") << "--result 256";
     QTest::newRow("--tcp 0 --noise") << "noise";
+    QTest::newRow("--tcp 0 --rtsp-stamp") << "there is no --rtsp";
+    QTest::newRow("--rtsp 0 --size 1281x720") << "--size 1281x720: even numbers";
 }
 
 void TestPodsim::refusesOptions()

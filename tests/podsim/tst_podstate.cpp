@@ -69,6 +69,7 @@ private slots:
     void findsTarget();
     void staresAtPlace();
     void trackingTellsMiss();
+    void tracksWhatMoves();
     void zooms_data();
     void zooms();
     void ignoresCarrierWithoutFlags();
@@ -278,6 +279,23 @@ void TestPodState::trackingTellsMiss()
     QCOMPARE(told(), (Wire{0x17, 200, -200}));
     command(pod, "17 01 00 00 00 00 00 00 00 00 00");
     QCOMPARE(told(), (Wire{0x12, 0, 0}));
+}
+
+/// The car is seen at 3159, 6654, being 12 degrees to the left and 6 down; in 15 s it comes to 6
+/// degrees to the left, where it turns. A click on its edge will do.
+void TestPodState::tracksWhatMoves()
+{
+    for (const char *box : {"28 0A D4 17 74 0E 20 1C", "F3 0B FE 19 F3 0B FE 19"}) {
+        PodState pod;
+        command(pod, QByteArray("17 01 01 ") + box);
+        const podsim::GcuReport r = pod.report();
+        QCOMPARE((Wire{r.mode, r.missHorizontal, r.missVertical}), (Wire{0x17, -1841, 1654}));
+        settle(pod, kStill, 150);
+        QCOMPARE(anglesOnWire(pod).mid(4), (Wire{-600, 35400}));
+        command(pod, "17 01 00 00 00 00 00 00 00 00 00");
+        settle(pod, kStill, 150);
+        QCOMPARE(anglesOnWire(pod).mid(4), (Wire{-600, 35400}));
+    }
 }
 
 /// A factor of 2 in a second and a half.

@@ -4,9 +4,12 @@
 #include "shell/NacelleBench.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTest>
 
 #include <memory>
@@ -40,6 +43,29 @@ public:
     QString log() { return find<QPlainTextEdit>("textEdit")->toPlainText(); }
 
     QString selection() { return find<QPlainTextEdit>("textEdit")->textCursor().selectedText(); }
+
+    /// Opens a link to this machine as the operator does, and closes the notice of its success.
+    bool plug(const QString &link, const QString &port1 = {}, const QString &port2 = {})
+    {
+        auto *links = find<QComboBox>("comboBox");
+        if (links->findText(link) < 0)
+            links->addItem(link);
+        links->setCurrentText(link);
+        find<QLineEdit>("LineEdit_RemoteIp")->setText(QStringLiteral("127.0.0.1"));
+        find<QLineEdit>("LineEdit_Port1")->setText(port1);
+        find<QLineEdit>("LineEdit_Port2")->setText(port2);
+        if (link != QLatin1String("UDP")) { // the others are connected to a slot that isn't there
+            expectWarning("No such slot");
+            expectWarning("receiver name");
+        }
+        click("pushButton_Conn");
+        return QTest::qWaitFor([] { return takeNotices().join(QString()).contains("成功"); });
+    }
+
+    static void expectWarning(const char *pattern)
+    {
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QString::fromLatin1(pattern)));
+    }
 
     /// Texts of the message boxes on screen, which are closed by their own button.
     static QStringList takeNotices()

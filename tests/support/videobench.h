@@ -6,7 +6,6 @@
 
 #include <QLineEdit>
 #include <QMouseEvent>
-#include <QRegularExpression>
 
 /// The bench with the console in front and its video window open.
 class VideoBench : public Bench
@@ -57,11 +56,6 @@ public:
         expectWarning("^Could not parse stylesheet of object VLCWidget");
         if (surface())
             expectWarning("^Could not parse stylesheet of object VLCWidget");
-    }
-
-    static void expectWarning(const char *pattern)
-    {
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QString::fromLatin1(pattern)));
     }
 
     /// Gives the picture area a size.

@@ -1,5 +1,7 @@
+#include "tools/podsim/podcontrol.h"
 #include "tools/podsim/podoptions.h"
 #include "tools/podsim/podserver.h"
+#include "tools/podsim/podstream.h"
 #include "tools/podsim/stopsignal.h"
 
 #include <QCoreApplication>
@@ -17,6 +19,34 @@ int complain(const QString &text, int code)
     return code;
 }
 
+int run(const podsim::PodOptions &options)
+{
+    const podsim::StopSignal stop;
+    podsim::PodServer server(options);
+    std::unique_ptr<podsim::PodStream> stream;
+    std::optional<podsim::PodControl> control;
+    if (options.stream.port) {
+        stream = podsim::makeStream(options, server.shown());
+        if (!stream)
+            return complain(QStringLiteral("--rtsp: this build has no stream; it was made without "
+                                           "GStreamer and its RTSP server"),
+                            kExitUsage);
+    }
+    QObject::connect(&stop, &podsim::StopSignal::stopped, &QCoreApplication::quit);
+    QString reason = server.open();
+    if (reason.isEmpty() && stream)
+        reason = stream->open();
+    if (!stop.isReady() || !reason.isEmpty())
+        return complain(reason, kExitFailure);
+    if (stream)
+        server.log().line(QStringLiteral("listening on ") + stream->where());
+    if (options.stream.hasControl)
+        control.emplace(*stream, server.log());
+    const int code = QCoreApplication::exec();
+    server.close();
+    return code;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -31,14 +61,5 @@ int main(int argc, char *argv[])
         std::fputs(qPrintable(parsed.help), stdout);
         return 0;
     }
-
-    const podsim::StopSignal stop;
-    podsim::PodServer server(parsed.options);
-    QObject::connect(&stop, &podsim::StopSignal::stopped, &application, &QCoreApplication::quit);
-    const QString reason = server.open();
-    if (!stop.isReady() || !reason.isEmpty())
-        return complain(reason, kExitFailure);
-    const int code = QCoreApplication::exec();
-    server.close();
-    return code;
+    return run(parsed.options);
 }

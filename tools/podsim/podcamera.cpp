@@ -48,4 +48,12 @@ Vector PodCamera::rayThrough(double x, double y) const
             (y - kPickCentre) / kPickCentre * halfHeight()};
 }
 
+std::optional<std::array<double, 2>> PodCamera::pointOf(const Vector &ray) const
+{
+    if (ray[0] <= 0)
+        return {};
+    return {{kPickCentre * (1 + ray[1] / ray[0] / halfWidth()),
+             kPickCentre * (1 + ray[2] / ray[0] / halfHeight())}};
+}
+
 } // namespace podsim

@@ -2,6 +2,9 @@
 
 #include "tools/podsim/podgeometry.h"
 
+#include <array>
+#include <optional>
+
 namespace podsim {
 
 /// The picture's edges in the units of a pick: 0 to 10000 from left to right and from top to
@@ -27,6 +30,9 @@ struct PodCamera
     double halfHeight() const;
     /// Direction of a picked point in camera axes: 1 forward, so far right, so far down.
     Vector rayThrough(double x, double y) const;
+    /// Where a direction in camera axes is seen, in pick units that may lie beyond the edges;
+    /// nothing for what is behind the camera.
+    std::optional<std::array<double, 2>> pointOf(const Vector &ray) const;
 };
 
 } // namespace podsim

@@ -123,11 +123,8 @@ bool stareAhead(PodState &state, const Values &)
 
 bool track(PodState &state, const Values &values)
 {
-    const bool isOn = values[1] != 0;
-    const double x = (values[2] + values[4]) / 2.0;
-    const double y = (values[3] + values[5]) / 2.0;
-    if (isOn)
-        state.enter(PodMode::Tracking, state.motion.placeAlong(state.lineOfSight(x, y)));
+    if (values[1] != 0)
+        state.track({values[2], values[3], values[4], values[5]});
     else
         state.enter(PodMode::Follow);
     return true;
@@ -155,13 +152,13 @@ bool trackFromOutside(PodState &state, const Values &values)
 
 bool setArea(PodState &state, const Values &v)
 {
-    state.temperatureArea = {v[1] != 0, v[0], v[2], v[3], v[4], v[5]};
+    state.temperatureArea = {v[1] != 0, v[0], {v[2], v[3], v[4], v[5]}};
     return true;
 }
 
 bool setSpot(PodState &state, const Values &v)
 {
-    state.temperatureSpot = {v[1] != 0, v[0], v[2], v[3], v[2], v[3]};
+    state.temperatureSpot = {v[1] != 0, v[0], {v[2], v[3], v[2], v[3]}};
     return true;
 }
 

@@ -61,6 +61,8 @@ public:
     void enter(PodMode mode);
     /// Enters stare or tracking, looking at `place`.
     void enter(PodMode mode, const GeoPoint &place);
+    /// What stare or tracking looks at has moved to `place`.
+    void movePlace(const GeoPoint &place) { m_place = place; }
     /// Turns the angles to 0. The mode stays: lock and follow go on from there, the other modes
     /// rest there until a mode command, a point or a control input.
     void recentre();

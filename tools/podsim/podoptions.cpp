@@ -4,6 +4,7 @@
 
 #include <array>
 #include <limits>
+#include <utility>
 
 namespace podsim {
 
@@ -25,6 +26,13 @@ constexpr OptionRow kOptions[] = {
     {"pty", "link", "Open a pseudo-terminal and put a symbolic link to it at <link>."},
     {"listen", "address", "Listen on this address: 127.0.0.1."},
     {"start-mode", "hex", "Start in this work mode, 10 to 14, 16, 17 or 1C: 12, which is follow."},
+    {"rtsp", "port", "Stream the camera's picture. The port may be left out: 8554; 0 takes a free "
+                     "one. The path is /pod."},
+    {"size", "WxH", "Size of the picture in pixels: 1280x720."},
+    {"rtsp-audio", "", "Add a sound track."},
+    {"rtsp-stamp", "", "Mark each picture with its time and number, to be read by a machine."},
+    {"control", "", "Read lines from standard input: size WxH, freeze, thaw, drop (the clients), "
+                    "rtsp stop, rtsp start."},
     {"verbose", "", "Show idle and repeated frames and every answer too."},
     {"split", "bytes", "Write answers in pieces of so many bytes."},
     {"coalesce", "count", "Write so many answers together."},
@@ -61,8 +69,12 @@ constexpr std::array<NumberRow, 8> kNumbers{{
     {"ack-after", &FaultOptions::ackAfter, 0, 1000000},
 }};
 
-constexpr quint16 kTcpPort = 2332;
-constexpr quint16 kUdpPort = 2337;
+/// Options whose value may be left out.
+constexpr std::pair<const char *, const char *> kUsualPorts[] = {
+    {"--tcp", "2332"}, {"--udp", "2337"}, {"--rtsp", "8554"}};
+
+constexpr int kLeastSide = 64; // pixels
+constexpr QSize kLargestSize(3840, 2160);
 
 bool isNumber(const QString &text)
 {
@@ -72,21 +84,15 @@ bool isNumber(const QString &text)
     return !text.isEmpty();
 }
 
-/// Gives `--tcp` and `--udp` the value that they may do without.
+/// Gives options the port that they may do without.
 QStringList completed(const QStringList &arguments)
 {
     QStringList result;
     for (int i = 0; i < arguments.size(); ++i) {
-        const QString &argument = arguments[i];
-        const bool isTcp = argument == QLatin1String("--tcp");
-        if (!isTcp && argument != QLatin1String("--udp")) {
-            result.append(argument);
-            continue;
-        }
-        const bool hasValue = isNumber(arguments.value(i + 1));
-        const QString port =
-            hasValue ? arguments[++i] : QString::number(isTcp ? kTcpPort : kUdpPort);
-        result.append(argument + QLatin1Char('=') + port);
+        result.append(arguments[i]);
+        for (const auto &usual : kUsualPorts)
+            if (arguments[i] == QLatin1String(usual.first) && !isNumber(arguments.value(i + 1)))
+                result.append(QLatin1String(usual.second));
     }
     return result;
 }
@@ -170,12 +176,42 @@ void readFaults(OptionReader &reader, FaultOptions &faults)
     faults.silent = reader.has("silent");
 }
 
+void readStream(OptionReader &reader, StreamOptions &stream)
+{
+    stream.port = reader.port("rtsp", 0);
+    stream.hasSound = reader.has("rtsp-audio");
+    stream.hasStamp = reader.has("rtsp-stamp");
+    stream.hasControl = reader.has("control");
+    for (const char *name : {"size", "rtsp-audio", "rtsp-stamp", "control"})
+        if (reader.has(name) && !reader.has("rtsp"))
+            reader.refuse(name, QStringLiteral("there is no --rtsp"));
+    if (!reader.has("size"))
+        return;
+    if (const std::optional<QSize> size = parseSize(reader.text("size")))
+        stream.size = *size;
+    else
+        reader.refuse("size", QStringLiteral("even numbers from 64x64 to 3840x2160 are needed"));
+}
+
 QString missingLink()
 {
-    return QStringLiteral("no link: give --tcp [port], --udp [port] or --pty <link>, or several");
+    return QStringLiteral(
+        "no link: give --tcp [port], --udp [port], --pty <link> or --rtsp [port], or several");
 }
 
 } // namespace
+
+std::optional<QSize> parseSize(const QString &text)
+{
+    const QStringList parts = text.split(QLatin1Char('x'));
+    if (parts.size() != 2 || !isNumber(parts[0]) || !isNumber(parts[1]))
+        return {};
+    const QSize size(parts[0].toInt(), parts[1].toInt());
+    const bool isEven = size.width() % 2 == 0 && size.height() % 2 == 0;
+    const bool isWithin = size.width() >= kLeastSide && size.height() >= kLeastSide &&
+                          size.boundedTo(kLargestSize) == size;
+    return isEven && isWithin ? std::optional<QSize>(size) : std::nullopt;
+}
 
 ParsedOptions parseOptions(const QStringList &arguments)
 {
@@ -200,12 +236,13 @@ ParsedOptions parseOptions(const QStringList &arguments)
     readLinks(reader, parsed.options);
     readMode(reader, parsed.options);
     readFaults(reader, parsed.options.faults);
+    readStream(reader, parsed.options.stream);
     parsed.options.verbose = reader.has("verbose");
     parsed.error = reader.error();
     if (!parser.positionalArguments().isEmpty())
         parsed.error = QStringLiteral("unexpected: %1").arg(parser.positionalArguments().first());
     else if (!reader.has("tcp") && !reader.has("udp") && !reader.has("pty") &&
-             parsed.error.isEmpty())
+             !reader.has("rtsp") && parsed.error.isEmpty())
         parsed.error = missingLink();
     return parsed;
 }

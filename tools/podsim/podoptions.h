@@ -3,6 +3,7 @@
 #include "tools/podsim/podmotion.h"
 
 #include <QHostAddress>
+#include <QSize>
 #include <QString>
 #include <QStringList>
 
@@ -26,6 +27,16 @@ struct FaultOptions
     bool silent = false;
 };
 
+/// The stream of the camera's picture.
+struct StreamOptions
+{
+    std::optional<quint16> port; ///< of the RTSP server; without it there is no stream
+    QSize size{1280, 720};
+    bool hasSound = false;
+    bool hasStamp = false; ///< pictures bear their time and number, as `picturestamp.h` tells
+    bool hasControl = false;
+};
+
 /// What the command line asks for.
 struct PodOptions
 {
@@ -37,6 +48,7 @@ struct PodOptions
     std::optional<PodMode> startMode;
     bool verbose = false;
     FaultOptions faults;
+    StreamOptions stream;
 };
 
 /// The options, or a help text, or the reason why the command line is wrong.
@@ -46,6 +58,9 @@ struct ParsedOptions
     QString help;
     QString error;
 };
+
+/// A picture's size such as "1280x720", of even numbers from 64x64 to 3840x2160.
+std::optional<QSize> parseSize(const QString &text);
 
 /// Reads a command line, the program's name first.
 ParsedOptions parseOptions(const QStringList &arguments);

@@ -21,6 +21,7 @@ PodServer::PodServer(const PodOptions &options) : m_context(options)
     if (options.startMode)
         m_context.state.enter(*options.startMode);
     m_context.state.events.clear();
+    m_context.shown.put(m_context.state);
     addLinks();
 }
 

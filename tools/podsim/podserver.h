@@ -20,6 +20,10 @@ public:
 
     /// Opens all links that were asked for; the reason if one can't be had, empty otherwise.
     QString open();
+    /// The state for other threads, and the log; as long as the server lives.
+    const PodSnapshot &shown() const { return m_context.shown; }
+    const PodLog &log() const { return m_context.log; }
+
     /// Closes the links and writes the summary.
     void close();
 

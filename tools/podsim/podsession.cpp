@@ -84,6 +84,7 @@ void PodSession::takeFrame(const QByteArray &frame)
     noteCommand(host, answered);
     for (const QString &event : m_context.state.takeEvents())
         m_context.log.line(event);
+    m_context.shown.put(m_context.state);
     answer(answered.feedback);
 }
 

@@ -6,6 +6,7 @@
 #include "tools/podsim/podlog.h"
 #include "tools/podsim/podoptions.h"
 #include "tools/podsim/podoutbox.h"
+#include "tools/podsim/podsnapshot.h"
 #include "tools/podsim/podstate.h"
 
 #include <QElapsedTimer>
@@ -24,6 +25,7 @@ struct PodContext
     PodOptions options;
     PodLog log;
     PodState state;
+    PodSnapshot shown; ///< the state for the stream's thread
     PodCounts counts;
     QElapsedTimer clock;
     qint64 lastFrame = 0; ///< when the state last moved, by `clock`, in milliseconds

@@ -70,12 +70,15 @@ QStringList PodState::takeEvents()
     return std::exchange(events, {});
 }
 
-void PodState::step(double seconds, const HostFrame &host)
+void PodState::step(double span, const HostFrame &host)
 {
+    seconds += span;
     motion.setCarrier(host);
-    motion.step(seconds, host.control);
+    if (target)
+        motion.movePlace(motion.placeAlong(directionAt(kScene[*target], seconds)));
+    motion.step(span, host.control);
     for (std::size_t i = 0; i < cameras.size(); ++i)
-        if (cameras[i].step(seconds))
+        if (cameras[i].step(span))
             events.append(QStringLiteral("camera %1 zoom at its limit of %2")
                               .arg(i + 1)
                               .arg(cameras[i].zoom, 0, 'f', 1));
@@ -84,6 +87,7 @@ void PodState::step(double seconds, const HostFrame &host)
 void PodState::enter(PodMode mode)
 {
     externalTracking = false;
+    target.reset();
     noteMode(mode);
     motion.enter(mode);
 }
@@ -94,6 +98,60 @@ void PodState::enter(PodMode mode, const GeoPoint &place)
     motion.enter(mode, place);
 }
 
+void PodState::track(const PickBox &box)
+{
+    const std::optional<std::size_t> found = targetIn(box);
+    const Vector sight = found ? directionAt(kScene[*found], seconds)
+                               : lineOfSight((box.x0 + box.x1) / 2.0, (box.y0 + box.y1) / 2.0);
+    enter(PodMode::Tracking, motion.placeAlong(sight));
+    target = found;
+    if (found)
+        events.append(QStringLiteral("tracking the %1").arg(QLatin1String(kScene[*found].name)));
+}
+
+std::optional<std::size_t> PodState::targetIn(const PickBox &box) const
+{
+    for (const std::size_t index : objectsIn(box))
+        if (kScene[index].isMoving())
+            return index;
+    return {};
+}
+
+std::vector<std::size_t> PodState::objectsIn(const PickBox &box) const
+{
+    const PodCamera &camera = cameras[mainCamera()];
+    std::vector<std::pair<double, std::size_t>> found; // with the distance from the middle
+    for (std::size_t i = 0; i < kScene.size(); ++i) {
+        const auto point = seenAt(directionAt(kScene[i], seconds), mainCamera());
+        if (!point)
+            continue;
+        const double size = std::tan(toRadians(kScene[i].radius)) * kPickCentre;
+        const double right = std::abs((*point)[0] - (box.x0 + box.x1) / 2.0);
+        const double down = std::abs((*point)[1] - (box.y0 + box.y1) / 2.0);
+        if (right <= std::abs(box.x1 - box.x0) / 2.0 + size / camera.halfWidth() &&
+            down <= std::abs(box.y1 - box.y0) / 2.0 + size / camera.halfHeight())
+            found.emplace_back(std::hypot(right, down), i);
+    }
+    std::sort(found.begin(), found.end());
+    std::vector<std::size_t> indexes;
+    indexes.reserve(found.size());
+    for (const auto &entry : found)
+        indexes.push_back(entry.second);
+    return indexes;
+}
+
+double PodState::temperatureIn(const PickBox &box) const
+{
+    const std::vector<std::size_t> objects = objectsIn(box);
+    const Vector sight = lineOfSight((box.x0 + box.x1) / 2.0, (box.y0 + box.y1) / 2.0);
+    if (objects.empty())
+        return sight[2] > 0 ? kGroundTemperature : kSkyTemperature;
+    double hottest = kScene[objects.front()].temperature;
+    for (const std::size_t index : objects)
+        hottest = std::max(hottest, kScene[index].temperature);
+    return hottest;
+}
+
 void PodState::noteMode(PodMode mode)
 {
     const int code = static_cast<int>(mode);
@@ -102,9 +160,20 @@ void PodState::noteMode(PodMode mode)
                           .arg(QString::number(code, 16).toUpper(), QLatin1String(modeName(code))));
 }
 
+std::size_t PodState::mainCamera() const
+{
+    return pictureInPicture == 2 || pictureInPicture == 4 ? 1 : 0;
+}
+
 Vector PodState::lineOfSight(double x, double y) const
 {
-    return turned(motion.cameraRotation(), cameras[0].rayThrough(x, y));
+    return turned(motion.cameraRotation(), cameras[mainCamera()].rayThrough(x, y));
+}
+
+std::optional<std::array<double, 2>> PodState::seenAt(const Vector &direction,
+                                                      std::size_t camera) const
+{
+    return cameras[camera].pointOf(turned(transposed(motion.cameraRotation()), direction));
 }
 
 std::array<int, 2> PodState::missDistances() const
@@ -114,12 +183,10 @@ std::array<int, 2> PodState::missDistances() const
     if (motion.mode() != PodMode::Tracking || !motion.place())
         return {0, 0};
     const Vector offset = offsetBetween(motion.carrierPosition(), *motion.place());
-    const Vector seen = turned(transposed(motion.cameraRotation()), offset);
-    if (seen[0] <= 0)
+    const auto point = seenAt(offset, mainCamera());
+    if (!point)
         return {0, 0};
-    const double right = seen[1] / seen[0] / cameras[0].halfWidth() * kPickCentre;
-    const double down = seen[2] / seen[0] / cameras[0].halfHeight() * kPickCentre;
-    return {onWire<qint16>(right), onWire<qint16>(down)};
+    return {onWire<qint16>((*point)[0] - kPickCentre), onWire<qint16>((*point)[1] - kPickCentre)};
 }
 
 GcuReport PodState::report() const

@@ -3,23 +3,32 @@
 #include "tools/podsim/podcamera.h"
 #include "tools/podsim/podcodec.h"
 #include "tools/podsim/podmotion.h"
+#include "tools/podsim/podscene.h"
 
 #include <QString>
 #include <QStringList>
 
 #include <array>
+#include <optional>
+#include <vector>
 
 namespace podsim {
 
-/// A temperature area or, with both corners alike, a single point; corners in pick units.
-struct TemperatureArea
+/// A box in the picture or, with both corners alike, a point; corners in pick units.
+struct PickBox
 {
-    bool on = false;
-    int camera = 0;
     int x0 = 0;
     int y0 = 0;
     int x1 = 0;
     int y1 = 0;
+};
+
+/// Where a temperature is measured.
+struct TemperatureArea
+{
+    bool on = false;
+    int camera = 0;
+    PickBox box;
 };
 
 /// Limits of the temperature alarm or of the isotherm, in the unit of the wire; `type` 0 is off.
@@ -37,9 +46,10 @@ struct TemperatureLimits
 struct PodState
 {
     PodMotion motion;
-    /// Camera 1 (daylight, 60 degrees, zoom to 30) shows the picture that picks refer to; camera 2
-    /// (thermal, 40 degrees, zoom to 8).
+    double seconds = 0; ///< that have passed; the scene moves by them
+    /// Camera 1: daylight, 60 degrees, zoom to 30. Camera 2: thermal, 40 degrees, zoom to 8.
     std::array<PodCamera, 2> cameras{{{1.0, 30.0, 60.0, 0}, {1.0, 8.0, 40.0, 0}}};
+    std::optional<std::size_t> target; ///< the object of the scene that tracking follows
     /// Miss distances told from outside, right and down of the centre in pick units.
     bool externalTracking = false;
     int externalRight = 0;
@@ -55,7 +65,7 @@ struct PodState
     int palette = 0;
     int nightVision = 0;
     int osd = 1;
-    int pictureInPicture = 1;
+    int pictureInPicture = 1; ///< 1 daylight, 2 thermal, 3 and 4 the same with the other inset
     int recognition = 0;
     int digitalZoom = 0;
     int light = 0;
@@ -73,10 +83,19 @@ struct PodState
     void step(double seconds, const HostFrame &host);
     void enter(PodMode mode);
     void enter(PodMode mode, const GeoPoint &place);
+    /// Tracks the moving object that a box of the picture touches, the one next to its middle if
+    /// there are several; where there is none, the place behind the middle.
+    void track(const PickBox &box);
 
-    /// North, east and down of the point at x, y of camera 1's picture; its middle is the line of
-    /// sight.
+    /// Index of the camera that fills the picture. Picks refer to it.
+    std::size_t mainCamera() const;
+    /// North, east and down of the point at x, y of the picture; its middle is the line of sight.
     Vector lineOfSight(double x = kPickCentre, double y = kPickCentre) const;
+    /// Where a direction in ground axes is seen by a camera, as `PodCamera::pointOf` tells it.
+    std::optional<std::array<double, 2>> seenAt(const Vector &direction, std::size_t camera) const;
+    /// Degrees Celsius of the hottest object that a box of the picture touches, or of sky or ground
+    /// behind its middle.
+    double temperatureIn(const PickBox &box) const;
     /// Right and down from the picture's middle to what is tracked, in pick units; 0 when nothing
     /// is.
     std::array<int, 2> missDistances() const;
@@ -87,6 +106,9 @@ struct PodState
 
 private:
     void noteMode(PodMode mode);
+    std::optional<std::size_t> targetIn(const PickBox &box) const;
+    /// Indexes of the objects that a box touches, the one next to its middle first.
+    std::vector<std::size_t> objectsIn(const PickBox &box) const;
 };
 
 } // namespace podsim
