@@ -17,6 +17,7 @@ packages_for() {
         format) echo clang-format ;;
         lint) echo clang-format clang-tidy cppcheck shellcheck ;;
         pictures) echo imagemagick ;;
+        documents) echo pandoc weasyprint ;;
         bench) echo libbenchmark-dev ;;
         *)
             echo "install-deps: no such purpose: $1" >&2

@@ -1,0 +1,274 @@
+#include "tools/protocoldoc/tables.h"
+
+#include "foundation/QGlobal.h"
+#include "protocol/codec.h"
+#include "protocol/commands.h"
+#include "protocol/gcuframe.h"
+#include "protocol/hostframe.h"
+#include "tools/protocoldoc/examples.h"
+
+#include <QVector>
+
+#include <algorithm>
+
+namespace {
+
+struct Column
+{
+    const char *zh;
+    const char *en;
+    int width; ///< in parts of the table's whole width
+};
+
+constexpr Column kBytes{"字节", "Bytes", 11};
+constexpr Column kSize{"长度", "Size", 7};
+constexpr Column kKind{"类型", "Kind", 7};
+constexpr Column kFactor{"K", "K", 6};
+constexpr Column kPrecision{"精度", "Prec.", 8};
+constexpr Column kUnit{"单位", "Unit", 7};
+constexpr Column kField{"字段", "Field", 21};
+constexpr Column kMeaning{"含义", "Meaning", 44};
+constexpr Column kWire{"报文字节", "On the wire", 26};
+constexpr Column kValue{"值", "Value", 26};
+constexpr Column kCode{"代码", "Code", 8};
+constexpr Column kCommand{"命令", "Command", 22};
+constexpr Column kCount{"N", "N", 5};
+constexpr Column kPayload{"命令码之后的内容", "Behind the code", 30};
+constexpr Column kMode{"工作模式", "Work mode", 22};
+
+bool isChinese()
+{
+    return QGlobal::instance()->languageChinese;
+}
+
+QString chosen(const char *zh, const char *en)
+{
+    return QString::fromUtf8(isChinese() ? zh : en);
+}
+
+QString pipeLine(const QStringList &cells)
+{
+    return QStringLiteral("| ") + cells.join(QStringLiteral(" | ")) + QStringLiteral(" |");
+}
+
+QString pipeTable(const QVector<Column> &columns, const QList<QStringList> &rows)
+{
+    QStringList titles, rulers;
+    for (const Column &column : columns) {
+        titles << chosen(column.zh, column.en);
+        rulers << QString(column.width, QLatin1Char('-'));
+    }
+    QStringList lines{pipeLine(titles), pipeLine(rulers)};
+    for (const QStringList &row : rows)
+        lines << pipeLine(row);
+    return lines.join(QLatin1Char('\n'));
+}
+
+/// The key's text; a key without one in the document's language is a problem.
+QString nameOf(const char *key, Notes &notes)
+{
+    const QGlobal &global = *QGlobal::instance();
+    const QString text = QString::fromUtf8(key);
+    if (!(isChinese() ? global.chineseTexts : global.englishTexts)->contains(text))
+        notes.complain(QStringLiteral("no name in this language: ") + text);
+    return global.translate(text);
+}
+
+QString hexNumber(quint8 number)
+{
+    return QStringLiteral("0x") + hexDigits(QByteArray(1, char(number)));
+}
+
+QString code(const QString &text)
+{
+    return text.isEmpty() ? text : QLatin1Char('`') + text.trimmed() + QLatin1Char('`');
+}
+
+/// Where a field stands. The form's own text, in English with its own signs.
+QString placeOf(const Field &field)
+{
+    QString place = QString::fromUtf8(field.bytes);
+    if (!isChinese())
+        place.replace(QChar(0xFF5E), QChar(0x2013));
+    return place.replace(QLatin1Char('-'), QChar(0x2212));
+}
+
+QString kindOf(FieldKind kind)
+{
+    switch (kind) {
+    case FieldKind::Byte:
+    case FieldKind::Mode:
+        return QStringLiteral("u8");
+    case FieldKind::SignedByte:
+        return QStringLiteral("i8");
+    case FieldKind::I16:
+        return QStringLiteral("i16");
+    case FieldKind::U16:
+    case FieldKind::Length:
+        return QStringLiteral("u16");
+    case FieldKind::I32:
+        return QStringLiteral("i32");
+    case FieldKind::U32:
+        return QStringLiteral("u32");
+    case FieldKind::Flags:
+        return chosen("位", "bits");
+    default:
+        return chosen("字节", "bytes");
+    }
+}
+
+QString factorOf(const Scale &scale)
+{
+    if (scale.precision == Precision::Integer)
+        return {};
+    return scale.k == kGeoDegrees.k ? QString::fromUtf8("10⁷") : QString::number(scale.k);
+}
+
+/// What a scaled value is computed in on its way to the wire.
+QString precisionOf(const Scale &scale)
+{
+    if (scale.precision == Precision::Integer)
+        return {};
+    return scale.precision == Precision::Single ? chosen("单", "single") : chosen("双", "double");
+}
+
+template <typename Rows>
+QString fieldTable(const QString &table, const Rows &rows, bool isWritten, Notes &notes)
+{
+    QList<QStringList> lines;
+    for (const auto &row : rows) {
+        const Field &field = row.field;
+        const Note note = notes.take(table, QString::fromUtf8(field.key));
+        QStringList cells{placeOf(field),
+                          field.kind == FieldKind::Variable ? QStringLiteral("N")
+                                                            : QString::number(field.size),
+                          kindOf(field.kind), factorOf(field.scale)};
+        if (isWritten)
+            cells << precisionOf(field.scale);
+        lines << cells + QStringList{note.detail, nameOf(field.key, notes), note.meaning};
+    }
+    QVector<Column> columns{kBytes, kSize, kKind, kFactor};
+    if (isWritten)
+        columns << kPrecision;
+    return pipeTable(columns + QVector<Column>{kUnit, kField, kMeaning}, lines);
+}
+
+QString paramText(const QString &name, ParamKind kind)
+{
+    switch (kind) {
+    case ParamKind::Byte:
+        return name + QStringLiteral(" u8");
+    case ParamKind::U16:
+        return name + QStringLiteral(" u16");
+    case ParamKind::GeoDegrees:
+        return name + QStringLiteral(" i32 × ") + factorOf(kGeoDegrees);
+    case ParamKind::Metres:
+        return name + QStringLiteral(" i32 × ") + factorOf(kThousandths);
+    default:
+        return name + QStringLiteral(" i16");
+    }
+}
+
+/// The payload in wire order; `names` are those of the parameters.
+QString payloadOf(const CommandRow &row, const QStringList &names, Notes &notes)
+{
+    const auto end = std::find(row.params.begin(), row.params.end(), ParamKind::None);
+    if (end - row.params.begin() != names.size())
+        notes.complain(QStringLiteral("wrong number of parameters: command|") +
+                       hexNumber(row.code));
+    QStringList parts;
+    if (row.fixedByte != kNoFixedByte)
+        parts << code(hexDigits(QByteArray(1, char(row.fixedByte))));
+    for (int i = 0; i < names.size() && i < int(row.params.size()); ++i)
+        parts << paramText(names.at(i), row.params[std::size_t(i)]);
+    return parts.join(QStringLiteral(", "));
+}
+
+int areaSize(const CommandRow &row)
+{
+    int size = row.fixedByte == kNoFixedByte ? 1 : 2;
+    for (const ParamKind kind : row.params)
+        size += paramSize(kind);
+    return size;
+}
+
+QString commandTable(Notes &notes)
+{
+    QList<QStringList> lines;
+    for (const CommandRow &row : kCommands) {
+        const Note note = notes.take(QStringLiteral("command"), hexNumber(row.code));
+        const QStringList names = note.detail.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        lines << QStringList{code(hexNumber(row.code)), nameOf(row.name, notes),
+                             QString::number(areaSize(row)), payloadOf(row, names, notes),
+                             note.meaning};
+    }
+    return pipeTable({kCode, kCommand, kCount, kPayload, kMeaning}, lines);
+}
+
+QString modeTable(Notes &notes)
+{
+    QList<QStringList> lines;
+    for (int mode = 0; mode <= 0xFF; ++mode) {
+        const QString name = modeName(quint8(mode));
+        if (!name.isEmpty())
+            lines << QStringList{
+                code(hexNumber(quint8(mode))), name,
+                notes.take(QStringLiteral("mode"), hexNumber(quint8(mode))).meaning};
+    }
+    return pipeTable({kCode, kMode, kMeaning}, lines);
+}
+
+/// A frame's bytes, sixteen a line.
+QString frameBlock(const QByteArray &frame)
+{
+    QStringList lines{QStringLiteral("```")};
+    for (int i = 0; i < frame.size(); i += 16)
+        lines << toHexText(frame.mid(i, 16)).trimmed();
+    return (lines << QStringLiteral("```")).join(QLatin1Char('\n'));
+}
+
+QString valueOf(const Field &field, const QByteArray &frame)
+{
+    if (field.kind == FieldKind::Variable)
+        return byteAt(frame, 0) == kHostRows[0].field.constant[0]
+                   ? commandName(byteAt(frame, kFixedSize))
+                   : feedbackText(frame);
+    if (field.kind == FieldKind::Crc)
+        return translated(crcMatches(frame) ? "通过" : "不通过");
+    return field.kind == FieldKind::Constant ? QString() : fieldText(field, frame);
+}
+
+/// A frame taken apart; of one that is compared with another, only what differs.
+template <typename Rows>
+QString takenApart(const Rows &rows, const QByteArray &frame, const QByteArray &other = {})
+{
+    QList<QStringList> lines;
+    for (const auto &row : rows) {
+        const QByteArray slice = fieldSlice(row.field, frame);
+        if (slice != fieldSlice(row.field, other))
+            lines << QStringList{placeOf(row.field), translated(row.field.key),
+                                 code(toHexText(slice)), valueOf(row.field, frame)};
+    }
+    return pipeTable({kBytes, kField, kWire, kValue}, lines);
+}
+
+} // namespace
+
+QMap<QString, QString> placeholderTexts(Notes &notes)
+{
+    const QByteArray idle = idleFrame(), photo = photoFrame(), pointing = pointingFrame();
+    return {
+        {"HOST_FIELDS", fieldTable("host", kHostRows, true, notes)},
+        {"GCU_FIELDS", fieldTable("gcu", kGcuRows, false, notes)},
+        {"COMMANDS", commandTable(notes)},
+        {"MODES", modeTable(notes)},
+        {"IDLE_FRAME", frameBlock(idle)},
+        {"IDLE_FIELDS", takenApart(kHostRows, idle)},
+        {"PHOTO_FRAME", frameBlock(photo)},
+        {"PHOTO_CHANGES", takenApart(kHostRows, photo, idle)},
+        {"POINTING_FRAME", frameBlock(pointing)},
+        {"POINTING_CHANGES", takenApart(kHostRows, pointing, idle)},
+        {"ANSWER_FRAME", frameBlock(answerFrame())},
+        {"ANSWER_FIELDS", takenApart(kGcuRows, answerFrame())},
+    };
+}
