@@ -13,6 +13,7 @@ packages_for() {
         lint) echo clang-format clang-tidy cppcheck shellcheck ;;
         pictures) echo imagemagick ;;
         bench) echo libbenchmark-dev ;;
+        fuzz) echo clang libclang-rt-dev ;;
         *)
             echo "install-deps: no such purpose: $1" >&2
             return 1
