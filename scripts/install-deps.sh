@@ -14,6 +14,7 @@ packages_for() {
         pictures) echo imagemagick ;;
         bench) echo libbenchmark-dev ;;
         fuzz) echo clang libclang-rt-dev ;;
+        memcheck) echo valgrind ;;
         *)
             echo "install-deps: no such purpose: $1" >&2
             return 1
