@@ -12,6 +12,7 @@ using Box = std::array<quint8, 256>;
 
 constexpr int kWordBytes = 4;
 constexpr int kRows = 4;
+constexpr int kColumns = 4;
 constexpr char kIsoMark = '\x80';
 
 struct Level
@@ -314,12 +315,13 @@ void QAESEncryption::substitute(const Box &box)
 /// Turns row r left by r times `step` columns: 1 forward, -1 back.
 void QAESEncryption::shiftRows(int step)
 {
-    const QByteArray old = *state;
     char *bytes = state->data();
-    for (int i = 0; i < blockLength; ++i) {
-        const int row = i % kRows;
-        const int from = i + row * step * kRows;
-        bytes[i] = old.at((from + blockLength) % blockLength);
+    for (int row = 1; row < kRows; ++row) {
+        char old[kColumns];
+        for (int column = 0; column < nb; ++column)
+            old[column] = bytes[row + column * kRows];
+        for (int column = 0; column < nb; ++column)
+            bytes[row + column * kRows] = old[(column + row * step + kColumns) % kColumns];
     }
 }
 
@@ -327,15 +329,15 @@ void QAESEncryption::shiftRows(int step)
 /// above it, turned right by one.
 void QAESEncryption::mixColumns(const Factors &factors)
 {
-    const QByteArray old = *state;
     char *bytes = state->data();
-    for (int i = 0; i < blockLength; ++i) {
-        const int row = i % kRows;
-        quint8 sum = 0;
-        for (int k = 0; k < kRows; ++k) {
-            const auto byte = quint8(old.at(i - row + (row + k) % kRows));
-            sum = quint8(sum ^ multiply(byte, factors[std::size_t(k)]));
+    for (char *column = bytes; column != bytes + blockLength; column += kRows) {
+        quint8 old[kRows];
+        std::copy_n(column, kRows, old);
+        for (int row = 0; row < kRows; ++row) {
+            quint8 sum = 0;
+            for (int k = 0; k < kRows; ++k)
+                sum = quint8(sum ^ multiply(old[(row + k) % kRows], factors[std::size_t(k)]));
+            column[row] = char(sum);
         }
-        bytes[i] = char(sum);
     }
 }
