@@ -4,6 +4,8 @@
 
 #include <QtEndian>
 
+Q_DECLARE_METATYPE(Scale)
+
 class tst_codec : public QObject
 {
     Q_OBJECT
@@ -171,8 +173,6 @@ void tst_codec::scaledFields()
     const Field field{0, bytes.size(), FieldKind(kind), scale};
     QCOMPARE(fieldBytes(field, text), bytes);
 }
-
-Q_DECLARE_METATYPE(Scale)
 
 NACELLE_TEST_MAIN(tst_codec)
 #include "tst_codec.moc"
