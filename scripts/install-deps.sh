@@ -19,6 +19,8 @@ packages_for() {
         pictures) echo imagemagick ;;
         documents) echo pandoc weasyprint ;;
         bench) echo libbenchmark-dev ;;
+        fuzz) echo clang libclang-rt-dev ;;
+        memcheck) echo valgrind ;;
         *)
             echo "install-deps: no such purpose: $1" >&2
             return 1

@@ -11,6 +11,7 @@
 #include "protocol/gcuframe.h"
 #include "shell/QMyTcpSocket.h"
 #include "shell/connectDevice.h"
+#include "shell/devicedatagram.h"
 #include "shell/framecut.h"
 #include "shell/links.h"
 #include "video/videoFrom.h"
@@ -93,6 +94,20 @@ void openDocument(const QString &name)
     const QString path = QCoreApplication::applicationDirPath() + QLatin1Char('/') + name;
     if (QFile::exists(path))
         QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+}
+
+struct Datagram
+{
+    QByteArray bytes;
+    QString sender; ///< IPv4 address as text
+};
+
+Datagram takeDatagram(QUdpSocket &socket)
+{
+    QByteArray buffer(int(socket.pendingDatagramSize()), '\0');
+    QHostAddress sender;
+    socket.readDatagram(buffer.data(), buffer.size(), &sender);
+    return {buffer, QHostAddress(sender.toIPv4Address()).toString()};
 }
 
 } // namespace
@@ -469,13 +484,23 @@ void NacelleBench::receive()
 {
     if (connectType == kUdpLink) {
         while (udpSocket->hasPendingDatagrams()) {
-            QByteArray buffer(int(udpSocket->pendingDatagramSize()), '\0');
-            QHostAddress sender;
-            udpSocket->readDatagram(buffer.data(), buffer.size(), &sender);
-            receiveData(buffer, QHostAddress(sender.toIPv4Address()).toString(), 0);
+            const Datagram datagram = takeDatagram(*udpSocket);
+            receiveData(datagram.bytes, datagram.sender, 0);
         }
     } else if (connectType == kSerialLink) {
         receiveData(serialPort->readAll(), QString(), 0);
+    }
+}
+
+void NacelleBench::receiveUdpData()
+{
+    while (udpSocket && udpSocket->hasPendingDatagrams()) {
+        const Datagram datagram = takeDatagram(*udpSocket);
+        if (datagram.sender != remoteAddress)
+            continue;
+        // The ones that still wait are left to the next call.
+        if (!readDeviceDatagram(datagram.bytes, QGlobal::instance()->deviceName))
+            return;
     }
 }
 

@@ -69,6 +69,9 @@ public slots:
     void receive();
     /// Takes one chunk of bytes of any size from any link.
     void receiveData(QByteArray ba, QString ip, int connectType = 0);
+    /// Takes the device's name out of the enciphered datagrams that wait. Nothing in this program
+    /// calls it, and that stays so: it is reached by its name alone.
+    void receiveUdpData();
     void ConnectSuccess(QTcpSocket *tcp);
     void ConnectFail(QString ipAddress);
     void Disconnect();
