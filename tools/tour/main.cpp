@@ -60,10 +60,13 @@ int runBoth(const Options &options)
 
 int runOne(const Options &options)
 {
+    // As if the saved file said so.
+    QGlobal::instance()->ffmpegEngine = true;
     QGlobal::instance()->languageChinese = options.language == QLatin1String("zh");
     try {
         Tour tour(options.podsim, options.folder, options.language);
-        return tour.run(packetSteps() + consoleSteps()) ? 0 : kExitFailure;
+        return tour.run(packetSteps() + consoleSteps() + videoSteps()) ? 0
+                                                                                     : kExitFailure;
     } catch (const TourFailure &failure) {
         std::fprintf(stderr, "tour: %s\n", failure.what());
         return kExitFailure;
