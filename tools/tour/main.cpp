@@ -1,4 +1,6 @@
 #include "foundation/QGlobal.h"
+#include "foundation/savedblock.h"
+#include "tools/tour/keptfile.h"
 #include "tools/tour/tour.h"
 
 #include <QApplication>
@@ -65,7 +67,7 @@ int runOne(const Options &options)
     QGlobal::instance()->languageChinese = options.language == QLatin1String("zh");
     try {
         Tour tour(options.podsim, options.folder, options.language);
-        return tour.run(packetSteps() + consoleSteps() + videoSteps()) ? 0
+        return tour.run(packetSteps() + consoleSteps() + videoSteps() + menuSteps()) ? 0
                                                                                      : kExitFailure;
     } catch (const TourFailure &failure) {
         std::fprintf(stderr, "tour: %s\n", failure.what());
@@ -79,6 +81,9 @@ int main(int argc, char *argv[])
 {
     QApplication application(argc, argv);
     const Options options = readOptions();
+    // The menu's choice of the language writes it. This process puts it back even where the one
+    // that runs a language has crashed.
+    const KeptFile saved(savedFilePath());
     if (options.language == QLatin1String("both"))
         return runBoth(options);
     if (options.language != QLatin1String("zh") && options.language != QLatin1String("en")) {

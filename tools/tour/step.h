@@ -23,3 +23,4 @@ struct Step
 QVector<Step> packetSteps();
 QVector<Step> consoleSteps();
 QVector<Step> videoSteps();
+QVector<Step> menuSteps();
