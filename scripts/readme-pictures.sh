@@ -14,3 +14,5 @@ take() {
 
 take answer-read-en workbench-en
 take slider-held-zh console-zh
+take target-held-zh video-zh
+take target-framed-drag-en video-en
