@@ -15,7 +15,11 @@ if [[ -z ${DISPLAY:-} && -z ${WAYLAND_DISPLAY:-} ]]; then
     exit 0
 fi
 
-scripts/build.sh release NacelleBench podsim
+scripts/build.sh release NacelleBench nacelle-config podsim
+if [[ ! -e $bin/controlConfig.ncl ]]; then
+    echo "There is no saved file yet; FFmpeg is the engine that paints the video into the window:"
+    "$bin/nacelle-config" set engine ffmpeg
+fi
 "$bin/podsim" --tcp --udp --pty build/podsim-tty --rtsp &
 podsim=$!
 trap 'kill "$podsim" 2>/dev/null || true; wait "$podsim" 2>/dev/null || true' EXIT

@@ -21,3 +21,4 @@ take answer-read workbench
 take command-chosen command 1048x386+436+346
 take slider-held console
 take history-older history
+take target-framed-drag video

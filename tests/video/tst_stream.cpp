@@ -2,6 +2,7 @@
 #include "tests/podsim/podprocess.h"
 #include "tests/support/strictmain.h"
 #include "tests/support/videobench.h"
+#include "tools/tour/marks.h"
 #include "video/VideoCodec.h"
 
 #include <QProcess>
@@ -13,18 +14,7 @@
 
 namespace {
 
-/// Marks of the simulated pod's scene.
-const QColor kYellow(0xF0E000);
-const QColor kBlue(0x1030E0);
-const QColor kCar(0x00E020);
-
 constexpr int kWaitMs = 20000;
-
-bool isLike(QRgb pixel, const QColor &colour)
-{
-    return qAbs(qRed(pixel) - colour.red()) < 60 && qAbs(qGreen(pixel) - colour.green()) < 60 &&
-           qAbs(qBlue(pixel) - colour.blue()) < 60;
-}
 
 quint16 freePort()
 {
@@ -73,30 +63,12 @@ private:
     void play() { m_bench->play(address(m_port)); }
     QImage picture() { return m_bench->surface()->grab().toImage(); }
 
-    /// Middle of all that has a colour, in 0 to 1 of the surface; nothing seen is beyond it.
-    QPointF find(const QColor &colour)
+    QPointF find(const QColor &colour) { return placeOf(picture(), colour); }
+    bool isSeenAt(const QColor &colour, const QPointF &place)
     {
-        const QImage image = picture();
-        QPointF sum;
-        int seen = 0;
-        for (int y = 0; y < image.height(); ++y) {
-            for (int x = 0; x < image.width(); ++x) {
-                if (!isLike(image.pixel(x, y), colour))
-                    continue;
-                sum += QPointF(x, y);
-                ++seen;
-            }
-        }
-        if (seen < 20)
-            return {2, 2};
-        return {sum.x() / seen / image.width(), sum.y() / seen / image.height()};
+        return isAt(picture(), colour, place);
     }
-    bool isAt(const QColor &colour, const QPointF &place)
-    {
-        const QPointF off = find(colour) - place;
-        return qAbs(off.x()) < 0.02 && qAbs(off.y()) < 0.02;
-    }
-    bool isPlaying() { return isAt(kYellow, {0.5, 0.1445}); }
+    bool isPlaying() { return isSeenAt(kYellowMark, {0.5, 0.1445}); }
 
     QPoint onSurface(const QPointF &place)
     {
@@ -137,7 +109,7 @@ void tst_stream::marksStandWhereTheyAre()
     startPod(options);
     play();
     QTRY_VERIFY_WITH_TIMEOUT(isPlaying(), kWaitMs);
-    QVERIFY(isAt(kBlue, {0.8856, 0.1109}));
+    QVERIFY(isSeenAt(kBlueMark, {0.8856, 0.1109}));
 }
 
 /// The thread waits for a camera that isn't up, and opens a lost stream anew.
@@ -344,10 +316,10 @@ void tst_stream::clickedPointComesToTheCentre()
     play();
     QTRY_VERIFY_WITH_TIMEOUT(isPlaying(), kWaitMs);
     QVERIFY(m_bench->plug("TCP Client", QString::number(m_pod->port("tcp"))));
-    const QPoint mark = onSurface(find(kBlue));
+    const QPoint mark = onSurface(find(kBlueMark));
     m_bench->drag(mark, mark);
     m_bench->press("pushButton_Send");
-    QTRY_VERIFY_WITH_TIMEOUT(isAt(kBlue, {0.5, 0.5}), kWaitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(isSeenAt(kBlueMark, {0.5, 0.5}), kWaitMs);
 }
 
 void tst_stream::trackedTargetStaysInTheCentre()
@@ -360,13 +332,13 @@ void tst_stream::trackedTargetStaysInTheCentre()
     const QPoint target = onSurface(find(kCar));
     m_bench->drag(target - QPoint(40, 40), target + QPoint(40, 40));
     m_bench->press("pushButton_Send");
-    QTRY_VERIFY_WITH_TIMEOUT(isAt(kCar, {0.5, 0.5}), kWaitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(isSeenAt(kCar, {0.5, 0.5}), kWaitMs);
     for (int second = 0; second < 10; ++second) {
         QTest::qWait(1000);
-        QVERIFY(isAt(kCar, {0.5, 0.5}));
+        QVERIFY(isSeenAt(kCar, {0.5, 0.5}));
     }
     m_bench->press("pushButton_Quit");
-    QTRY_VERIFY_WITH_TIMEOUT(!isAt(kCar, {0.5, 0.5}), kWaitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(!isSeenAt(kCar, {0.5, 0.5}), kWaitMs);
 }
 
 NACELLE_TEST_MAIN(tst_stream)

@@ -1,32 +1,12 @@
 #include "foundation/QGlobal.h"
+#include "tools/tour/consolehand.h"
 #include "tools/tour/tour.h"
 
 #include <QComboBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QSlider>
-#include <QStyle>
-#include <QStyleOptionSlider>
 
 namespace {
-
-constexpr int kFlagDigit = 11 * 2;
-constexpr int kYawDigit = 9 * 2;
-constexpr int kCommandDigit = 69 * 2;
-
-bool isChecked(Tour &tour, const char *button)
-{
-    return tour.page<QPushButton>(button)->isChecked();
-}
-
-/// Waits until the newest frame that went out has these bytes at the place.
-void awaitSent(Tour &tour, const QString &claim, int place, const QString &bytes)
-{
-    await(claim, [&] {
-        const QStringList sent = tour.logged("发");
-        return !sent.isEmpty() && sent.last().mid(place, bytes.size()) == bytes;
-    });
-}
 
 void openConsole(Tour &tour)
 {
@@ -37,10 +17,9 @@ void openConsole(Tour &tour)
     tour.awaitPanelText("pushButton_Switch", translated("数据解析"));
 }
 
-void startRun(Tour &tour)
+void run(Tour &tour)
 {
-    click(tour.page("pushButton_start"));
-    tour.awaitPageText("pushButton_start", translated("停止"));
+    startRun(tour);
     tour.awaitLogged("发", 5);
     tour.awaitLogged("收", 5);
     await(QStringLiteral("the pod reports that it follows"), [&tour] {
@@ -48,59 +27,12 @@ void startRun(Tour &tour)
     });
 }
 
-QPoint handleOf(QSlider *slider)
-{
-    QStyleOptionSlider option;
-    option.initFrom(slider);
-    option.minimum = slider->minimum();
-    option.maximum = slider->maximum();
-    option.sliderPosition = slider->sliderPosition();
-    option.sliderValue = slider->value();
-    option.subControls = QStyle::SC_All;
-    option.state |= QStyle::State_Horizontal;
-    return slider->style()
-        ->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, slider)
-        .center();
-}
-
-void holdSlider(Tour &tour)
-{
-    auto *slider = tour.page<QSlider>("horizontalSlider1");
-    const QPoint handle = handleOf(slider);
-    pressAt(slider, handle);
-    moveTo(slider, handle + QPoint(slider->width() / 4, 0));
-    await(QStringLiteral("the slider follows the mouse"), [slider] { return slider->value() > 0; });
-    awaitSent(tour, QStringLiteral("frames say that control inputs are valid"), kFlagDigit,
-              QStringLiteral("05"));
-    const int yaw = slider->value();
-    const QString bytes = QString::number(yaw, 16).rightJustified(4, '0').toUpper();
-    awaitSent(tour, QStringLiteral("frames carry the yaw rate"), kYawDigit,
-              bytes.mid(2, 2) + bytes.mid(0, 2));
-}
-
 void takePhoto(Tour &tour)
 {
-    auto *slider = tour.page<QSlider>("horizontalSlider1");
-    releaseAt(slider, handleOf(slider));
-    await(QStringLiteral("the slider springs back"), [slider] { return slider->value() == 0; });
-    const int mark = tour.podMark(QStringLiteral("command 0x20"));
-    click(tour.page("pushButton_photo"));
-    tour.awaitPod(QStringLiteral("command 0x20"), mark);
+    releaseYawSlider(tour);
+    giveCommand(tour, "pushButton_photo", "command 0x20");
     await(QStringLiteral("the answer clears the selection"),
           [&tour] { return !isChecked(tour, "pushButton_photo"); });
-    awaitSent(tour, QStringLiteral("frames are idle again"), kCommandDigit, QStringLiteral("00"));
-}
-
-/// Presses a mode button; the pod takes the command and reports the mode.
-void enterMode(Tour &tour, const char *button, const char *command)
-{
-    const int mark = tour.podMark(QLatin1String(command));
-    click(tour.page(button));
-    tour.awaitPod(QLatin1String(command), mark);
-    awaitSent(tour, QStringLiteral("the mode is reported, so frames are idle again"), kCommandDigit,
-              QStringLiteral("00"));
-    await(QStringLiteral("the button of the reported mode is checked"),
-          [&] { return isChecked(tour, button); });
 }
 
 void lock(Tour &tour)
@@ -121,20 +53,8 @@ void changeMode(Tour &tour)
                tour.page("widget_14")->height() == 0;
     });
     type(tour.page("lineEdit_312"), QStringLiteral("-1500"));
-    awaitSent(tour, QStringLiteral("frames carry the yaw input"), kYawDigit,
-              QStringLiteral("24FA05"));
-}
-
-void stopRun(Tour &tour)
-{
-    click(tour.page("pushButton_start"));
-    tour.awaitPageText("pushButton_start", translated("启动"));
-    int sent = -1;
-    await(QStringLiteral("no more frames go out"), [&tour, &sent] {
-        const int before = sent;
-        sent = tour.logged("发").size();
-        return sent == before;
-    });
+    tour.awaitSent(QStringLiteral("frames carry the yaw input"), kYawDigit,
+                   QStringLiteral("24FA05"));
 }
 
 /// Whether the group in front is the one that is selected in the log.
@@ -188,8 +108,8 @@ void learn(Tour &tour)
     click(tour.page("pushButton_record"));
     click(tour.page("pushButton_start"));
     tour.awaitPageText("pushButton_start", translated("启动"));
-    awaitSent(tour, QStringLiteral("the run closes with an idle frame"), kCommandDigit,
-              QStringLiteral("00"));
+    tour.awaitSent(QStringLiteral("the run closes with an idle frame"), kCommandDigit,
+                   QStringLiteral("00"));
     await(QStringLiteral("the log holds the exchange of the command"), [&tour] {
         return !tour.logged("发").filter(QRegExp("2101[0-9A-F]{4}$")).isEmpty() &&
                !tour.logged("收").filter(QRegExp("2100[0-9A-F]{4}$")).isEmpty();
@@ -204,9 +124,9 @@ QVector<Step> consoleSteps()
         {"console", "The flow console stands in for the carrier aircraft", "流程解析：模拟载机",
          openConsole},
         {"run-started", "A run sends a frame about every 30 ms; the pod reports its mode",
-         "启动后约每30毫秒发送一帧，吊舱报告工作模式", startRun},
+         "启动后约每30毫秒发送一帧，吊舱报告工作模式", run},
         {"slider-held", "A rate slider is held; frames carry the rate",
-         "按住角速率滑块，数据帧携带角速率", holdSlider},
+         "按住角速率滑块，数据帧携带角速率", holdYawSlider},
         {"photo", "The photo command goes out until the pod answers",
          "拍照命令重复发送，直到吊舱应答", takePhoto},
         {"locked", "The pod locks its line of sight", "吊舱切换到指向锁定", lock},

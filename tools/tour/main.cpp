@@ -1,4 +1,6 @@
 #include "foundation/QGlobal.h"
+#include "foundation/savedblock.h"
+#include "tools/tour/keptfile.h"
 #include "tools/tour/tour.h"
 
 #include <QApplication>
@@ -60,10 +62,13 @@ int runBoth(const Options &options)
 
 int runOne(const Options &options)
 {
+    // As if the saved file said so.
+    QGlobal::instance()->ffmpegEngine = true;
     QGlobal::instance()->languageChinese = options.language == QLatin1String("zh");
     try {
         Tour tour(options.podsim, options.folder, options.language);
-        return tour.run(packetSteps() + consoleSteps()) ? 0 : kExitFailure;
+        return tour.run(packetSteps() + consoleSteps() + videoSteps() + menuSteps()) ? 0
+                                                                                     : kExitFailure;
     } catch (const TourFailure &failure) {
         std::fprintf(stderr, "tour: %s\n", failure.what());
         return kExitFailure;
@@ -76,6 +81,9 @@ int main(int argc, char *argv[])
 {
     QApplication application(argc, argv);
     const Options options = readOptions();
+    // The menu's choice of the language writes it. This process puts it back even where the one
+    // that runs a language has crashed.
+    const KeptFile saved(savedFilePath());
     if (options.language == QLatin1String("both"))
         return runBoth(options);
     if (options.language != QLatin1String("zh") && options.language != QLatin1String("en")) {

@@ -38,9 +38,10 @@ bool isReachable(QWidget *widget, const QPoint &place)
     const QWidget *modal = QApplication::activeModalWidget();
     if (modal && modal->window() != widget->window() && !QApplication::activePopupWidget())
         return false;
-    const QWidget *hit = widget->window()->childAt(placeInWindow(widget, place));
+    const QWidget *child = widget->window()->childAt(placeInWindow(widget, place));
+    const QWidget *hit = child ? child : widget->window();
     return widget->isVisible() && widget->isEnabled() &&
-           (hit == widget || (hit && widget->isAncestorOf(hit)));
+           (hit == widget || widget->isAncestorOf(hit));
 }
 
 void awaitReachable(QWidget *widget, const QPoint &place)
@@ -97,10 +98,14 @@ void reveal(QWidget *widget)
 
 void click(QWidget *widget)
 {
-    const QPoint middle = targetOf(widget).center();
-    awaitReachable(widget, middle);
+    clickAt(widget, targetOf(widget).center());
+}
+
+void clickAt(QWidget *widget, const QPoint &place)
+{
+    awaitReachable(widget, place);
     QTest::mouseClick(windowOf(widget), Qt::LeftButton, Qt::NoModifier,
-                      placeInWindow(widget, middle));
+                      placeInWindow(widget, place));
 }
 
 void pressAt(QWidget *widget, const QPoint &place)

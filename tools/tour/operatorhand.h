@@ -36,6 +36,7 @@ void reveal(QWidget *widget);
 // Mouse and keys go to the window and not to the widget: what is covered, disabled or behind a
 // modal box doesn't get them, and a press that would go nowhere is a failure.
 void click(QWidget *widget);
+void clickAt(QWidget *widget, const QPoint &place);
 void pressAt(QWidget *widget, const QPoint &place);
 void moveTo(QWidget *widget, const QPoint &place);
 void releaseAt(QWidget *widget, const QPoint &place);

@@ -18,6 +18,7 @@ namespace {
 constexpr quint16 kTcpPort = 2332;
 constexpr quint16 kUdpPort = 2337;
 constexpr quint16 kReplyPort = 2338;
+constexpr quint16 kStreamPort = 8554;
 constexpr int kEndMs = 10000;
 
 /// The port if it is free, else 0, which stands for any.
@@ -54,11 +55,18 @@ PodRun::PodRun(const QString &path) : m_replyPort(freeUdpPort())
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     m_process.start(path, {QStringLiteral("--tcp"), QString::number(ifFreeForTcp(kTcpPort)),
                            QStringLiteral("--udp"), QString::number(ifFreeForUdp(kUdpPort)),
-                           QStringLiteral("--udp-reply"), QString::number(m_replyPort)});
+                           QStringLiteral("--udp-reply"), QString::number(m_replyPort),
+                           QStringLiteral("--rtsp"), QString::number(ifFreeForTcp(kStreamPort))});
     if (!m_process.waitForStarted())
         throw TourFailure(QStringLiteral("%1: %2").arg(path, m_process.errorString()));
     m_tcpPort = listeningPort(QStringLiteral("tcp"));
     m_udpPort = listeningPort(QStringLiteral("udp"));
+    m_streamPort = listeningPort(QStringLiteral("rtsp"));
+}
+
+QString PodRun::streamAddress() const
+{
+    return QStringLiteral("rtsp://127.0.0.1:%1/pod").arg(m_streamPort);
 }
 
 PodRun::~PodRun()

@@ -4,6 +4,9 @@
 
 class Tour;
 
+/// What the picture behind a step shows.
+enum class Shown { Screen, MainWindow, VideoWindow };
+
 /// One step of the tour: what it is called, what it tells, and what it does. `run` acts as the
 /// operator does and returns when all that the step claims has come true; else it throws a
 /// `TourFailure`. A picture is taken behind each step.
@@ -13,8 +16,11 @@ struct Step
     const char *english;
     const char *chinese;
     void (*run)(Tour &);
+    Shown shown = Shown::Screen;
 };
 
 // The pages' own tables. The tour runs them in this order.
 QVector<Step> packetSteps();
 QVector<Step> consoleSteps();
+QVector<Step> videoSteps();
+QVector<Step> menuSteps();

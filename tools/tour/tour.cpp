@@ -90,42 +90,64 @@ void Tour::fillScreen()
 
 bool Tour::run(const QVector<Step> &steps)
 {
-    int number = 0;
     for (const Step &step : steps)
-        if (!runStep(step, ++number))
+        if (!runStep(step))
             return false;
     tell(QStringLiteral("%1: all %2 steps came true").arg(m_language).arg(steps.size()));
     return true;
 }
 
-bool Tour::runStep(const Step &step, int number)
+QString Tour::label(const QString &name) const
 {
-    const QString label = QStringLiteral("%1-%2-%3")
-                              .arg(number, 2, 10, QLatin1Char('0'))
-                              .arg(QLatin1String(step.name), m_language);
-    const bool isChinese = QGlobal::instance()->languageChinese;
-    tell(label + QStringLiteral(": ") + QString::fromUtf8(isChinese ? step.chinese : step.english));
+    return QStringLiteral("%1-%2-%3").arg(m_number, 2, 10, QLatin1Char('0')).arg(name, m_language);
+}
+
+bool Tour::runStep(const Step &step)
+{
+    ++m_number;
+    m_step = QLatin1String(step.name);
+    const bool isChinese = m_language == QLatin1String("zh");
+    tell(label(m_step) + QStringLiteral(": ") +
+         QString::fromUtf8(isChinese ? step.chinese : step.english));
     try {
         step.run(*this);
-        takePicture(label);
+        savePicture(m_step, step.shown);
         return true;
     } catch (const TourFailure &failure) {
-        const QString failed = QStringLiteral("failed-") + m_language;
-        tell(QStringLiteral("FAILED at %1: %2").arg(label, QString::fromUtf8(failure.what())));
-        tell(QStringLiteral("The pod's last words: ") + m_pod.output().right(400).trimmed());
-        if (screenPicture().save(QDir(m_folder).filePath(failed + QStringLiteral(".png"))))
-            tell(QStringLiteral("The screen at that moment: %1.png").arg(failed));
+        tellFailure(failure.what());
         return false;
     }
 }
 
-void Tour::takePicture(const QString &name)
+void Tour::tellFailure(const char *reason)
 {
-    const QString path = QDir(m_folder).filePath(name + QStringLiteral(".png"));
+    const QString failed = QStringLiteral("failed-") + m_language;
+    tell(QStringLiteral("FAILED at %1: %2").arg(label(m_step), QString::fromUtf8(reason)));
+    tell(QStringLiteral("The pod's last words: ") + m_pod.output().right(400).trimmed());
+    if (screenPicture().save(QDir(m_folder).filePath(failed + QStringLiteral(".png"))))
+        tell(QStringLiteral("The screen at that moment: %1.png").arg(failed));
+}
+
+/// Of a window by itself nothing that lies over it is seen.
+QImage Tour::picture(Shown shown)
+{
+    if (shown == Shown::Screen)
+        return stillPicture();
+    return (shown == Shown::MainWindow ? &m_window : dialog("videoFrom"))->grab().toImage();
+}
+
+void Tour::savePicture(const QString &name, Shown shown)
+{
+    const QString path = QDir(m_folder).filePath(label(name) + QStringLiteral(".png"));
     rest(&m_window);
-    const QImage picture = stillPicture();
-    if (picture.isNull() || !picture.save(path))
+    const QImage taken = picture(shown);
+    if (taken.isNull() || !taken.save(path))
         throw TourFailure(QStringLiteral("cannot take the picture ") + path);
+}
+
+void Tour::takePicture(const char *what, Shown shown)
+{
+    savePicture(m_step + QLatin1Char('-') + QLatin1String(what), shown);
 }
 
 QWidget *Tour::panelWidget()
@@ -208,4 +230,12 @@ void Tour::awaitLogged(const char *direction, int count)
               .arg(count)
               .arg(QString::fromUtf8(direction)),
           [&] { return logged(direction).size() >= count; });
+}
+
+void Tour::awaitSent(const QString &claim, int place, const QString &digits)
+{
+    await(claim, [&] {
+        const QStringList sent = logged("发");
+        return !sent.isEmpty() && sent.last().mid(place, digits.size()) == digits;
+    });
 }

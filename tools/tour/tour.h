@@ -50,19 +50,29 @@ public:
     int podMark(const QString &text) { return m_pod.output().count(text); }
     void awaitPod(const QString &text, int mark);
 
+    /// One more picture of the step that runs: `what` stands behind the step's name.
+    void takePicture(const char *what, Shown shown);
+
     /// Entries of the traffic log in one direction ("发" or "收"), oldest first, in hexadecimal.
     QStringList logged(const char *direction);
     void awaitLogged(const char *direction, int count);
+    /// Waits until the newest frame that went out has these digits at the place.
+    void awaitSent(const QString &claim, int place, const QString &digits);
 
 private:
     QWidget *panelWidget();
     QWidget *pageWidget();
-    bool runStep(const Step &step, int number);
+    bool runStep(const Step &step);
+    void tellFailure(const char *reason);
     void fillScreen();
-    void takePicture(const QString &name);
+    QString label(const QString &name) const;
+    QImage picture(Shown shown);
+    void savePicture(const QString &name, Shown shown);
 
     QString m_folder;
     QString m_language;
+    int m_number = 0; ///< of the step that runs
+    QString m_step;   ///< its name
     PodRun m_pod;
     NacelleBench m_window;
 };
