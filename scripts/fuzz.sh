@@ -17,7 +17,7 @@ if [[ ${#subjects[@]} -eq 0 ]]; then
 fi
 
 scripts/install-deps.sh build fuzz
-scripts/build.sh fuzz "${subjects[@]/#/fuzz_}" >/dev/null
+scripts/build.sh fuzz "${subjects[@]/#/fuzz_}"
 
 export LSAN_OPTIONS=suppressions=$PWD/fuzz/lsan.supp:print_suppressions=0
 export UBSAN_OPTIONS=print_stacktrace=1
