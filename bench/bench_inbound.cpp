@@ -57,7 +57,7 @@ void fillDisplay(QPlainTextEdit *display, const QString &entry)
 qint64 heldBytes()
 {
     const struct mallinfo2 info = mallinfo2();
-    return qint64(info.uordblks + info.hblkhd);
+    return qint64(info.uordblks) + qint64(info.hblkhd);
 }
 
 void report(const char *name, double seconds, double baseline)

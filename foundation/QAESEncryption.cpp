@@ -317,7 +317,7 @@ void QAESEncryption::shiftRows(int step)
 {
     char *bytes = state->data();
     for (int row = 1; row < kRows; ++row) {
-        char old[kColumns];
+        char old[kColumns] = {};
         for (int column = 0; column < nb; ++column)
             old[column] = bytes[row + column * kRows];
         for (int column = 0; column < nb; ++column)

@@ -17,7 +17,7 @@ if [[ ${#subjects[@]} -eq 0 ]]; then
 fi
 
 scripts/install-deps.sh build fuzz
-scripts/build.sh fuzz "${subjects[@]/#/fuzz_}" >/dev/null
+scripts/build.sh fuzz "${subjects[@]/#/fuzz_}"
 
 export LSAN_OPTIONS=suppressions=$PWD/fuzz/lsan.supp:print_suppressions=0
 export UBSAN_OPTIONS=print_stacktrace=1
@@ -26,7 +26,7 @@ for subject in "${subjects[@]}"; do
     gathered=build/fuzz/corpus/$subject
     log=build/fuzz/$subject.log
     mkdir -p "$gathered"
-    if ! "build/fuzz/bin/fuzz_$subject" -max_total_time="$seconds" -timeout=10 -max_len=4096 \
+    if ! "build/fuzz/bin/fuzz_$subject" -max_total_time="$seconds" -timeout=10 -max_len=1024 \
         -close_fd_mask=1 -print_final_stats=1 -artifact_prefix="build/fuzz/found/$subject-" \
         "$gathered" "fuzz/corpus/$subject" 2>"$log"; then
         cat "$log" >&2

@@ -18,9 +18,8 @@
 class Bench
 {
 public:
-    Bench()
+    Bench() : m_window(std::make_unique<NacelleBench>())
     {
-        m_window = std::make_unique<NacelleBench>();
         m_window->show();
         if (!QTest::qWaitForWindowExposed(m_window.get()))
             qFatal("the window doesn't show");
