@@ -55,10 +55,11 @@ bool FramelessWidget::eventFilter(QObject *watched, QEvent *event)
 void FramelessWidget::showEvent(QShowEvent *event)
 {
     setAttribute(Qt::WA_Mapped, true);
-    // The pointer is looked at before the widgets see it, as the system does with a real frame. On
-    // Windows the answered hit test keeps it from coming here in any zone.
+#ifndef Q_OS_WIN // there the system does it by the answered hit test
+    // The pointer is looked at before the widgets see it, as the system does with a real frame.
     if (QWindow *window = windowHandle())
         window->installEventFilter(this);
+#endif
     QWidget::showEvent(event);
 }
 

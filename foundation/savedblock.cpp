@@ -139,12 +139,9 @@ ControlRow keptRow(const ControlRow &read)
 BlockState readBlock(QIODevice &device, SavedBlock &block)
 {
     QDataStream in(&device);
-    QList<ControlRow> rows;
     readFields(in, block, kSettingFields);
-    readList(in, rows);
+    readList(in, block.controlRows);
     readList(in, block.keyRows);
-    for (const ControlRow &row : rows.mid(0, kControlRowCount))
-        block.controlRows.append(keptRow(row));
     if (block.controlRows.size() < kControlRowCount)
         return BlockState::Unusable;
     const bool isWhole = in.status() == QDataStream::Ok && device.atEnd();
@@ -173,8 +170,8 @@ SavedBlock blockOf(const QGlobal &global)
 
 void takeBlock(const SavedBlock &block, QGlobal &global)
 {
-    for (const ControlRow &row : block.controlRows)
-        global.controlRows.append(new ControlRow(row));
+    for (int i = 0; i < kControlRowCount; ++i)
+        global.controlRows.append(new ControlRow(keptRow(block.controlRows.at(i))));
     for (const KeyRow &row : block.keyRows)
         global.keyRows.append(new KeyRow(row));
     forEachField(kSettingFields,

@@ -37,7 +37,8 @@ struct SettingField
     T QGlobal::*global;
 };
 
-/// A field of one of the two kinds of rows. What isn't kept is read to stay in step and dropped.
+/// A field of one of the two kinds of rows. What isn't kept is read to stay in step, and dropped
+/// when the program takes the row.
 template <typename Row, typename T>
 struct RowField
 {
@@ -121,8 +122,8 @@ enum class BlockState {
     Whole     ///< read to its last byte
 };
 
-/// Reads a block, and leaves of it what the program keeps: 16 control rows without what is dropped,
-/// and all key rows. A list that can't be read to its end is empty. Any bytes may be read.
+/// Reads a block as it stands in the file. A list that can't be read to its end is empty. Any bytes
+/// may be read.
 BlockState readBlock(QIODevice &device, SavedBlock &block);
 
 /// Writes the block as it stands.
@@ -131,7 +132,8 @@ void writeBlock(QIODevice &device, const SavedBlock &block);
 /// The block of the present settings, with the first 16 control rows, which must be there.
 SavedBlock blockOf(const QGlobal &global);
 
-/// Sets the settings from a block, and adds new rows for its rows.
+/// Sets the settings from a block and adds new rows for those that the program keeps: all key rows,
+/// and the first 16 control rows, which must be there, without what is dropped.
 void takeBlock(const SavedBlock &block, QGlobal &global);
 
 /// Where the program looks for its saved file: beside the executable.

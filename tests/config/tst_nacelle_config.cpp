@@ -49,6 +49,7 @@ private slots:
     void refusesItsCommandLine_data();
     void refusesItsCommandLine();
     void failsToWrite();
+    void keepsTheFileWhenTheDiskIsFull();
     void helps();
 
 private:
@@ -108,7 +109,7 @@ void tst_nacelle_config::setsOneByteOfAFile()
     QFETCH(QStringList, words);
     QFETCH(int, offset);
     QFETCH(int, value);
-    QByteArray expected = SavedSample{16, 2, true}.file();
+    QByteArray expected = SavedSample{18, 2, false}.file();
     expected[offset] = char(1 - value);
     lay(expected);
     QCOMPARE(config(QStringList{"set"} + words).code, 0);
@@ -191,10 +192,29 @@ void tst_nacelle_config::refusesItsCommandLine()
 
 void tst_nacelle_config::failsToWrite()
 {
-    m_path = m_folder->filePath(QStringLiteral("no/such/folder.ncl"));
-    const Run failed = config({"set", "language", "en"});
+    for (const QString &path :
+         {m_folder->filePath("no/such/folder.ncl"), m_folder->path(), QString()}) {
+        m_path = path;
+        for (const QStringList &words :
+             {QStringList{"set", "language", "en"}, QStringList{"show"}}) {
+            const Run failed = config(words);
+            QCOMPARE(failed.code, 1);
+            QVERIFY(failed.error.contains(m_path));
+        }
+    }
+}
+
+/// A disk that is full must not cost the file that was there.
+void tst_nacelle_config::keepsTheFileWhenTheDiskIsFull()
+{
+    const QByteArray before = SavedSample().file();
+    QVERIFY(before.size() > 1024);
+    lay(before);
+    const Run failed = run("sh", {"-c", "trap '' XFSZ; ulimit -f 1; exec \"$@\"", "sh", CONFIG_PATH,
+                                  "--file", m_path, "set", "language", "zh"});
     QCOMPARE(failed.code, 1);
     QVERIFY(failed.error.contains(m_path));
+    QCOMPARE(laid(), before);
 }
 
 void tst_nacelle_config::helps()

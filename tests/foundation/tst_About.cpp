@@ -103,7 +103,7 @@ void tst_About::everyTextFits_data()
     QTest::newRow("English") << false
                              << QStringList{"The Gimbal Frame Workbench project",
                                             "nacellebench.example",
-                                            "For bench tests only. Not for use in flight."};
+                                            "For bench testing only. Not for flight use."};
 }
 
 void tst_About::everyTextFits()

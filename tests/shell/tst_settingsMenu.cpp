@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QFile>
 #include <QMenu>
+#include <QTextEdit>
 #include <QUrl>
 
 namespace {
@@ -20,6 +21,13 @@ QString beside(const QString &file)
 QString savedFile()
 {
     return beside("controlConfig.ncl");
+}
+
+/// Byte of the saved file that holds the language, 1 for Chinese; -1 without a file.
+int savedLanguage()
+{
+    QFile file(savedFile());
+    return file.open(QIODevice::ReadOnly) ? file.readAll().at(19) : -1;
 }
 
 void clickIn(QMenu *menu, QAction *action)
@@ -53,7 +61,7 @@ QStringList textsOf(const QWidget *window)
 
 QStringList chineseOf(const QStringList &texts)
 {
-    return texts.filter(QRegularExpression("[\\x{4e00}-\\x{9fff}]"));
+    return texts.filter(QRegularExpression("[\\x{4e00}-\\x{9fff}～]"));
 }
 
 } // namespace
@@ -74,6 +82,7 @@ private slots:
     void everyTextChanges_data();
     void everyTextChanges();
     void whatWasTypedStays();
+    void formsOfTheWorkbenchStay();
     void duringARun();
     void folderThatCannotBeWritten();
 
@@ -172,12 +181,12 @@ void tst_settingsMenu::everyTextChanges()
     QVERIFY(chineseOf(before).size() > 40);
     chooseEnglish();
     QCOMPARE(chineseOf(textsOf(m_bench->window())), QStringList());
-    QVERIFY(QFile::exists(savedFile()));
+    QCOMPARE(savedLanguage(), 0);
     chooseChinese();
     QCOMPARE(textsOf(m_bench->window()), before);
     QVERIFY(QFile::remove(savedFile()));
     chooseChinese(); // saves though nothing changes
-    QVERIFY(QFile::exists(savedFile()));
+    QCOMPARE(savedLanguage(), 1);
 }
 
 void tst_settingsMenu::whatWasTypedStays()
@@ -199,6 +208,37 @@ void tst_settingsMenu::whatWasTypedStays()
     QCOMPARE(bench->part<QLineEdit>("lineEdit")->text(), QString("rtsp://10.1.2.3/pod"));
     QVERIFY(bench->find<QPushButton>("pushButton_photo")->isChecked());
     QVERIFY(bench->part("pushButton_Tracking")->isChecked());
+}
+
+/// But for what the form shows of a frame in words: those follow the language, and a command still
+/// under way reads as failed from then on.
+void tst_settingsMenu::formsOfTheWorkbenchStay()
+{
+    const auto allTexts = [&] {
+        QMap<QString, QString> texts;
+        for (const QLineEdit *edit : m_bench->window()->findChildren<QLineEdit *>())
+            texts.insert(edit->objectName(), edit->text());
+        for (const QTextEdit *edit : m_bench->window()->findChildren<QTextEdit *>())
+            texts.insert(edit->objectName(), edit->toPlainText());
+        return texts;
+    };
+    // In lock mode, photo under way.
+    (*m_bench)->receiveData(QByteArray::fromHex("8A5E490001"
+                                                "11" +
+                                                QByteArray(63 * 2, '0') +
+                                                "2002"
+                                                "9FD1"),
+                            "");
+    m_bench->find<QLineEdit>("lineEdit63")->setText("12.5");
+    m_bench->click("pushButton_Create");
+    QMap<QString, QString> expected = allTexts();
+    QCOMPARE(expected["lineEdit53_2"], QString("指向锁定模式"));
+    const auto *feedback = m_bench->find<QLabel>("label303_2");
+    QCOMPARE(feedback->text(), QString("拍照执行中"));
+    chooseEnglish();
+    expected["lineEdit53_2"] = "Lock mode";
+    QCOMPARE(allTexts(), expected);
+    QCOMPARE(feedback->text(), QString("Photo failed"));
 }
 
 void tst_settingsMenu::duringARun()

@@ -1,6 +1,7 @@
 #include "tools/config/configfile.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 
 namespace {
@@ -13,20 +14,26 @@ QString damage(BlockState state)
                : QStringLiteral("it ends early or has bytes left over");
 }
 
+/// Whether there is a folder to look into, and no such file in it.
+bool canBeMade(const QString &path)
+{
+    const QFileInfo folder(QFileInfo(path).path());
+    return !path.isEmpty() && folder.isDir() && folder.isExecutable() && !QFile::exists(path);
+}
+
 } // namespace
 
 ConfigFile readConfigFile(const QString &path)
 {
     ConfigFile result;
     QFile file(path);
-    result.isThere = file.exists();
+    result.isThere = file.open(QIODevice::ReadOnly);
     if (!result.isThere) {
         result.block = blockOf(*QGlobal::atFirstStart());
-        return result;
-    }
-    if (!file.open(QIODevice::ReadOnly)) {
-        result.code = kExitFailure;
-        result.error = path + QStringLiteral(": ") + file.errorString();
+        if (!canBeMade(path)) {
+            result.code = kExitFailure;
+            result.error = path + QStringLiteral(": ") + file.errorString();
+        }
         return result;
     }
     const BlockState state = readBlock(file, result.block);
@@ -44,6 +51,9 @@ QString replaceConfigFile(const QString &path, const SavedBlock &block)
     QSaveFile file(path);
     if (file.open(QIODevice::WriteOnly)) {
         writeBlock(file, block);
+        // A failure of the last write is seen here; committing alone passes over it.
+        if (!file.flush())
+            file.cancelWriting();
         if (file.commit())
             return {};
     }
