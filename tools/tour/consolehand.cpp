@@ -30,6 +30,12 @@ QPoint handleOf(QSlider *slider)
         .center();
 }
 
+/// Until then an answer still on its way would clear what is pressed next.
+void awaitIdle(Tour &tour)
+{
+    tour.awaitSent(QStringLiteral("frames are idle again"), kCommandDigit, QStringLiteral("00"));
+}
+
 } // namespace
 
 bool isChecked(Tour &tour, const char *button)
@@ -60,7 +66,7 @@ void giveCommand(Tour &tour, const char *button, const char *command)
     const int mark = tour.podMark(QLatin1String(command));
     click(tour.page(button));
     tour.awaitPod(QLatin1String(command), mark);
-    tour.awaitSent(QStringLiteral("frames are idle again"), kCommandDigit, QStringLiteral("00"));
+    awaitIdle(tour);
 }
 
 /// A report that comes in before the next frame goes out checks the old mode's button again: the
@@ -73,6 +79,7 @@ void enterMode(Tour &tour, const char *button, const char *command)
         click(tour.page(button));
         return QTest::qWaitFor(isTaken, kNextPressMs);
     });
+    awaitIdle(tour);
     await(QStringLiteral("the button of the reported mode is checked"),
           [&] { return isChecked(tour, button); });
 }
