@@ -2,22 +2,20 @@
 // what an hour's run leaves in memory, each beside a baseline of the same program run.
 // Usage: bench_cycle PODSIM [SECONDS]
 
+#include "bench/measure.h"
 #include "shell/NacelleBench.h"
 
 #include <QApplication>
-#include <QFile>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QThread>
-#include <QTimer>
 #include <QUdpSocket>
 
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
-#include <ctime>
 #include <functional>
 #include <malloc.h>
 #include <vector>
@@ -28,20 +26,6 @@ constexpr unsigned long kPeriodMs = 30;
 constexpr int kHourOfFrames = 120000;
 
 using Times = std::vector<qint64>; ///< nanoseconds of a steady clock
-
-qint64 now()
-{
-    timespec time = {};
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return time.tv_sec * 1000000000LL + time.tv_nsec;
-}
-
-double seconds(clockid_t clock)
-{
-    timespec time = {};
-    clock_gettime(clock, &time);
-    return double(time.tv_sec) + double(time.tv_nsec) * 1e-9;
-}
 
 struct Period
 {
@@ -56,13 +40,6 @@ Period periodOf(const Times &times)
         gaps.push_back(double(times[i] - times[i - 1]) * 1e-6);
     std::sort(gaps.begin(), gaps.end());
     return {gaps[gaps.size() / 2], gaps[gaps.size() * 99 / 100]};
-}
-
-void turnEventLoop(int milliseconds)
-{
-    QEventLoop loop;
-    QTimer::singleShot(milliseconds, Qt::PreciseTimer, &loop, &QEventLoop::quit);
-    loop.exec();
 }
 
 /// A peer on loopback that notes when each datagram came, and hands it on to a pod.
@@ -182,20 +159,17 @@ void reportPeriod(const char *name, const Period &period, const Period &baseline
                 period.high / baseline.high);
 }
 
-/// Resident memory of this process, in bytes.
-qint64 residentBytes()
+/// Resident memory without what the allocator keeps spare.
+qint64 trimmedBytes()
 {
     malloc_trim(0);
-    QFile statm(QStringLiteral("/proc/self/statm"));
-    if (!statm.open(QIODevice::ReadOnly))
-        return 0;
-    return statm.readAll().split(' ').value(1).toLongLong() * 4096;
+    return residentBytes();
 }
 
 /// Bytes of a display on screen that is as full as the log may become.
 qint64 fullDisplayBytes(const QSize &size, const QString &entry)
 {
-    const qint64 before = residentBytes();
+    const qint64 before = trimmedBytes();
     QPlainTextEdit plain;
     plain.setMaximumBlockCount(50000);
     plain.resize(size);
@@ -205,7 +179,7 @@ qint64 fullDisplayBytes(const QSize &size, const QString &entry)
         if (i % 100 == 0)
             QCoreApplication::processEvents();
     }
-    return residentBytes() - before;
+    return trimmedBytes() - before;
 }
 
 void reportHour(NacelleBench &window)
@@ -214,14 +188,14 @@ void reportHour(NacelleBench &window)
     const QByteArray sent = QByteArray(72, '\1');
     window.Disconnect();
     window.clearLog();
-    const qint64 before = residentBytes();
+    const qint64 before = trimmedBytes();
     for (int i = 0; i < kHourOfFrames; ++i) {
         window.sendData(sent);
         window.receiveData(answer, QString());
         if (i % 100 == 0)
             QCoreApplication::processEvents();
     }
-    const qint64 grown = residentBytes() - before;
+    const qint64 grown = trimmedBytes() - before;
     const qint64 frames = qint64(kHourOfFrames) * (sent.size() + answer.size());
     const qint64 display =
         fullDisplayBytes(find<QPlainTextEdit>(window, "textEdit")->size(),

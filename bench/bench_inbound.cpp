@@ -1,6 +1,7 @@
 // Frames a second through receiveData, all the way to log, history and form, beside a bare loop
 // that appends an equal two-line text to an equal display; and the memory of a stored frame.
 
+#include "bench/measure.h"
 #include "protocol/dataPacketAnalysis.h"
 #include "shell/NacelleBench.h"
 
@@ -8,7 +9,6 @@
 #include <QElapsedTimer>
 #include <QPlainTextEdit>
 
-#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <malloc.h>
@@ -35,12 +35,6 @@ double measure(const std::function<void()> &oneFrame)
             QCoreApplication::processEvents();
     }
     return double(timer.nsecsElapsed()) * 1e-9;
-}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 void fillDisplay(QPlainTextEdit *display, const QString &entry)

@@ -1,11 +1,12 @@
 // Time from the start of the process to the first painted window, and resident memory there, of
 // the program's window beside an empty main window. Runs a program of each once a round.
 
+#include "bench/measure.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QProcess>
 
-#include <algorithm>
 #include <cstdio>
 #include <vector>
 
@@ -18,12 +19,6 @@ struct Figures
     std::vector<double> milliseconds;
     std::vector<double> kilobytes;
 };
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
 
 void runOnce(const QString &program, Figures &figures)
 {

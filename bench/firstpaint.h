@@ -1,10 +1,10 @@
 #pragma once
 
+#include "bench/measure.h"
+
 #include <QApplication>
 #include <QEvent>
-#include <QFile>
 #include <QMainWindow>
-#include <QTimer>
 
 #include <cstdio>
 
@@ -22,9 +22,7 @@ protected:
 private:
     static void tell()
     {
-        QFile statm(QStringLiteral("/proc/self/statm"));
-        if (statm.open(QIODevice::ReadOnly))
-            std::printf("%lld\n", statm.readAll().split(' ').value(1).toLongLong() * 4);
+        std::printf("%lld\n", residentBytes() / 1024);
         std::fflush(stdout);
         QCoreApplication::quit();
     }
