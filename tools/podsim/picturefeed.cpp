@@ -126,11 +126,15 @@ GstBuffer *PictureFeed::draw(const QSize &size)
 }
 
 /// Each source gets a copy with the same pixels, since it puts its own time on it.
+/// A pipeline that is on its way to playing has a clock before it has a time to count from: a
+/// picture that it takes meanwhile would be due in hours, and hold up all behind it.
 void PictureFeed::push(const QSize &size, GstBuffer *picture)
 {
     if (m_isFrozen)
         return;
     for (Source &source : m_sources) {
+        if (GST_STATE(source.camera.get()) != GST_STATE_PLAYING)
+            continue;
         if (std::exchange(source.size, size) != size)
             setCaps(source.camera.get(), size);
         gst_app_src_push_buffer(GST_APP_SRC(source.camera.get()), gst_buffer_copy(picture));
