@@ -1,7 +1,7 @@
 // The picture of a simulated pod on the program's video window: what a press of the play button,
 // a second of pictures and a single picture take, beside the ffmpeg command and a bare thread with
 // a plain widget on the same stream.
-// Usage: bench_video [SECONDS]
+// Usage: bench_video [SECONDS [PRESSES]]
 
 #include "bench/baredecoder.h"
 #include "bench/barescreen.h"
@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr int kPresses = 15;
 constexpr int kDelayRounds = 3;
 constexpr int kSettlingMs = 5000; ///< of the command, which looks at a stream before it decodes
 
@@ -57,11 +56,11 @@ double commandOnce(const QString &url)
     return time;
 }
 
-void reportFirstPicture(StreamPlayer &player)
+void reportFirstPicture(StreamPlayer &player, int rounds)
 {
     const double first = pressOnce(player);
     std::vector<double> presses, commands;
-    for (int round = 0; round < kPresses; ++round) {
+    for (int round = 0; round < rounds; ++round) {
         commands.push_back(commandOnce(player.url()));
         presses.push_back(pressOnce(player));
     }
@@ -161,10 +160,11 @@ int main(int argc, char *argv[])
     QApplication application(argc, argv);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
     const int duration = argc > 1 ? QByteArray(argv[1]).toInt() : 60;
+    const int presses = argc > 2 ? QByteArray(argv[2]).toInt() : 15;
 
     PodProcess pod({"--rtsp", "0", "--rtsp-stamp"});
     StreamPlayer player(pod);
-    reportFirstPicture(player);
+    reportFirstPicture(player, presses);
     reportProcessor(player, duration);
     reportDelay(player, duration);
 }
