@@ -97,8 +97,11 @@ void reportProcessor(StreamPlayer &player, int duration)
     const auto to = player.watch().stamp();
     if (command.state() != QProcess::Running || !from || !to)
         qFatal("the stream has ended");
-    std::printf("processor: %.2f s in %d s, ffmpeg %.2f s, %.2f x (limit 1.35); %u pictures\n", own,
-                duration, other, own / other, to->number - from->number);
+    std::printf(
+        "processor: %.2f s in %d s, ffmpeg %.2f s, %.2f x (limit 1.35); %u pictures on %d x "
+        "%d pixels\n",
+        own, duration, other, own / other, to->number - from->number, player.surface()->width(),
+        player.surface()->height());
     std::printf("paints: %.1f in a second, in the busiest %d (limit 20)\n",
                 double(paints) / duration, most);
     player.stop();

@@ -62,6 +62,16 @@ static const QByteArray kIdle =
 static const QByteArray kPhoto =
     QByteArray::fromHex("A8E54900") + kHead + QByteArray::fromHex("2001E8B5");
 
+/// The threads that have emitted.
+static QMutex s_mutex;
+static QSet<QThread *> s_workers;
+
+static void noteWorker()
+{
+    const QMutexLocker locker(&s_mutex);
+    s_workers.insert(QThread::currentThread());
+}
+
 class tst_flowCycle : public QObject
 {
     Q_OBJECT
@@ -289,21 +299,14 @@ void tst_flowCycle::restartWithinOneSleepKeepsTheOldWorker()
     // Right behind an emission, so that the old worker is in its sleep.
     connect(page(), &flowAnalysis::signals_sendCmd, this, restart);
     QTRY_VERIFY(restarted);
-    QMutex mutex;
-    QSet<QThread *> workers;
     const QMetaObject::Connection count = connect(
-        page(), &flowAnalysis::signals_sendCmd, page(),
-        [&] {
-            const QMutexLocker locker(&mutex);
-            workers.insert(QThread::currentThread());
-        },
-        Qt::DirectConnection);
+        page(), &flowAnalysis::signals_sendCmd, page(), [] { noteWorker(); }, Qt::DirectConnection);
     const int before = sent().size();
     QTRY_VERIFY(sent().size() >= before + 8);
     disconnect(count);
     click("pushButton_start");
     finishRun();
-    QCOMPARE(workers.size(), 2);
+    QCOMPARE(s_workers.size(), 2);
 }
 
 void tst_flowCycle::pageGivenUpDuringARunIsSilent()

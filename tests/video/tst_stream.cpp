@@ -3,7 +3,6 @@
 #include "tests/support/strictmain.h"
 #include "tests/support/videobench.h"
 #include "tools/tour/marks.h"
-#include "video/VideoCodec.h"
 
 #include <QProcess>
 #include <QRegularExpression>
@@ -47,7 +46,6 @@ private slots:
     void playPressedAgainAndAgain();
     void badServers_data();
     void badServers();
-    void terminatedAndStartedAnew();
     void windowClosedWhilePlaying();
     void programEnds_data();
     void programEnds();
@@ -253,18 +251,6 @@ void tst_stream::badServers()
     QCOMPARE((*m_bench)->sentFrames.size(), 1);
 }
 
-/// Nothing in the program terminates a thread, but it can be done.
-void tst_stream::terminatedAndStartedAnew()
-{
-    auto *codec = new VideoCodec(address(m_port), "tcp", true); // kept, as all of them are
-    codec->startDecoding();
-    QTest::qWait(300);
-    codec->restart(address(m_port), "tcp");
-    QTRY_VERIFY(codec->isFinished() || codec->isRunning());
-    codec->stopNow();
-    QTRY_VERIFY(codec->isFinished());
-}
-
 /// The player goes on unseen, and the next window has one of its own.
 void tst_stream::windowClosedWhilePlaying()
 {
@@ -284,7 +270,9 @@ void tst_stream::programEnds_data()
     QTest::addColumn<bool>("served");
     QTest::addColumn<int>("after");
     QTest::addColumn<bool>("busy");
-    for (const char *engine : {"ffmpeg", "libvlc"}) {
+    for (const QString &text : QStringLiteral(PLAYERS).split(' ')) {
+        const QByteArray name = text.toLatin1();
+        const char *engine = name.constData();
         QTest::addRow("%s, opening", engine) << engine << false << 700 << false;
         for (const int after : {0, 300, 1500})
             QTest::addRow("%s, served, %d ms", engine, after) << engine << true << after << false;
