@@ -35,7 +35,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static int argc = 0;
     static QCoreApplication application(argc, nullptr);
-    podsim::PodContext context{podsim::PodOptions{}};
+    podsim::PodOptions options;
+    options.verbose = true;
+    podsim::PodContext context{options};
     context.clock.start();
     FuzzChannel channel;
     podsim::PodSession session(&channel, context);

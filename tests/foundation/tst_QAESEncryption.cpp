@@ -20,7 +20,7 @@ const QByteArray kKeys[] = {hex("2b7e151628aed2a6abf7158809cf4f3c"),
 const QByteArray kText = hex("6bc1bee22e409f96e93d7e117393172aae2d8a571e03ac9c9eb76fac45af8e51"
                              "30c81c46a35ce411e5fbc1191a0a52eff69f2445df4f9b17ad2b417be66c3710");
 
-/// Seventeen bytes and more of text without a zero, a 0x80 or a small byte at its end.
+/// A text without a zero, a 0x80 or a small byte at its end.
 QByteArray textOf(int size)
 {
     return QByteArray(size, 'x');

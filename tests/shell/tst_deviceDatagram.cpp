@@ -191,7 +191,13 @@ void tst_deviceDatagram::lengths_data()
     QTest::newRow("circle of two") << headOf(0, 1) + headOf(-24, 1) + rest << false << kOldName;
     QTest::newRow("back once, then out")
         << headOf(12, 1) + headOf(32767, 1) + headOf(-24, 1) + rest << true << kOldName;
-    QTest::newRow("text beyond the end") << kRecord + kRecord.left(50) << false << kName;
+    QTest::newRow("repeated, cut short") << kRecord + kRecord.left(50) << false << kName;
+    // Of the second record's L + 8 = 258 bytes the checksum takes two, FA 00: that is FC0A.
+    const QByteArray first = headOf(300, 1) + QByteArray(248, 'r') + QByteArray::fromHex("FC0A") +
+                             QByteArray(50, 'r') + headOf(250, 0);
+    QTest::newRow("text to the end")
+        << first + QByteArray(248, 'r') << true << QString(212, QLatin1Char('r'));
+    QTest::newRow("text beyond the end") << first + QByteArray(247, 'r') << false << kOldName;
     QTest::newRow("shorter than a walk takes") << QByteArray(15, '\0') << true << kOldName;
 }
 
