@@ -20,6 +20,9 @@ if [[ ! -e $bin/controlConfig.ncl ]]; then
     echo "There is no saved file yet; FFmpeg is the engine that paints the video into the window:"
     "$bin/nacelle-config" set engine ffmpeg
 fi
+if [[ ! -e $bin/Help.pdf ]]; then
+    scripts/make-documents.sh || echo "Without the documents that the menu opens: they could not be made." >&2
+fi
 "$bin/podsim" --tcp --udp --pty build/podsim-tty --rtsp &
 podsim=$!
 trap 'kill "$podsim" 2>/dev/null || true; wait "$podsim" 2>/dev/null || true' EXIT

@@ -53,9 +53,9 @@ QByteArray TcpHost::receiveAll()
     return m_socket.readAll();
 }
 
-UdpHost::UdpHost()
+UdpHost::UdpHost(int machine)
 {
-    m_socket.bind(QHostAddress(QHostAddress::LocalHost), 0);
+    m_socket.bind(QHostAddress(QStringLiteral("127.0.0.%1").arg(machine)), 0);
 }
 
 void UdpHost::send(const QByteArray &bytes)

@@ -39,7 +39,8 @@ private:
 class UdpHost : public TestHost
 {
 public:
-    UdpHost();
+    /// `machine` stands for another one: the last number of its address.
+    explicit UdpHost(int machine = 1);
     /// Where this host takes its answers.
     quint16 replyPort() const { return m_socket.localPort(); }
     void setPort(quint16 port) { m_port = port; }

@@ -235,17 +235,21 @@ void TestPodsim::remembersUdpPeers()
     first.setPort(port);
     first.send(kPhoto.left(20));
     QVERIFY(pod.awaitCount(": up", 1));
-    UdpHost others[16];
+    std::vector<std::unique_ptr<UdpHost>> others;
     for (int i = 0; i < 16; ++i) {
         if (i == 15)
             first.send(kPhoto.mid(20, 20));
-        others[i].setPort(port);
-        others[i].send(kIdle);
-        QCOMPARE(hex(first.receive(kPlainSize)), hex(kIdleAnswer));
+        others.push_back(std::make_unique<UdpHost>(2 + i));
+        others.back()->setPort(port);
+        others.back()->send(kIdle);
+        QVERIFY(pod.awaitCount(": up", 2 + i));
     }
-    first.send(kPhoto.mid(40));
+    QVERIFY(pod.awaitLine("udp 127.0.0.2: down"));
+    // The rest comes from another port of the first machine, as the bench sends.
+    UdpHost samePeer;
+    samePeer.setPort(port);
+    samePeer.send(kPhoto.mid(40));
     QCOMPARE(hex(first.receive(kFeedbackSize)), hex(kPhotoAnswer));
-    QVERIFY(pod.awaitCount(QString("%1: down").arg(others[0].replyPort()), 1));
 }
 
 /// What one host leaves behind, sent or unread, doesn't meet the next one.

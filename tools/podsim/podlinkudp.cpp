@@ -12,13 +12,13 @@ namespace {
 
 constexpr int kMostPeers = 16;
 
-/// The datagrams of one sender.
+/// The datagrams of one host, whatever port they come from: a bench may take a new one each time.
 class UdpChannel : public PodChannel
 {
 public:
-    UdpChannel(QUdpSocket *socket, const QHostAddress &address, quint16 port, quint16 replyPort)
+    UdpChannel(QUdpSocket *socket, const QHostAddress &address, quint16 replyPort)
         : PodChannel(socket), m_socket(socket), m_address(address), m_replyPort(replyPort),
-          m_name(QStringLiteral("udp ") + endpoint(address, port))
+          m_name(QStringLiteral("udp ") + address.toString())
     {
     }
 
@@ -76,15 +76,13 @@ void PodLinkUdp::readDatagrams()
         const QNetworkDatagram datagram = m_socket.receiveDatagram();
         if (!datagram.isValid())
             continue;
-        PodChannel *channel =
-            channelOf(datagram.senderAddress(), static_cast<quint16>(datagram.senderPort()));
-        emit channel->received(datagram.data());
+        emit channelOf(datagram.senderAddress())->received(datagram.data());
     }
 }
 
-PodChannel *PodLinkUdp::channelOf(const QHostAddress &address, quint16 port)
+PodChannel *PodLinkUdp::channelOf(const QHostAddress &address)
 {
-    const QString name = QStringLiteral("udp ") + endpoint(address, port);
+    const QString name = QStringLiteral("udp ") + address.toString();
     const auto known = std::find_if(m_channels.begin(), m_channels.end(),
                                     [&name](PodChannel *c) { return c->name() == name; });
     if (known != m_channels.end()) {
@@ -96,7 +94,7 @@ PodChannel *PodLinkUdp::channelOf(const QHostAddress &address, quint16 port)
         emit oldest->closed();
         oldest->deleteLater();
     }
-    m_channels.append(new UdpChannel(&m_socket, address, port, m_replyPort));
+    m_channels.append(new UdpChannel(&m_socket, address, m_replyPort));
     emit opened(m_channels.last());
     return m_channels.last();
 }

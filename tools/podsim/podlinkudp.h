@@ -26,7 +26,7 @@ public:
 
 private:
     void readDatagrams();
-    PodChannel *channelOf(const QHostAddress &address, quint16 port);
+    PodChannel *channelOf(const QHostAddress &address);
 
     QHostAddress m_address;
     quint16 m_port;

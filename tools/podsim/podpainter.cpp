@@ -35,10 +35,17 @@ void paintInset(QImage &picture, const PodState &state, std::size_t camera)
     painter.drawRect(place);
 }
 
+/// An angle with one place; there is no minus before a zero.
+QByteArray angleText(double degrees)
+{
+    const QByteArray text = QByteArray::number(degrees, 'f', 1);
+    return text == "-0.0" ? QByteArray("0.0") : text;
+}
+
 QByteArray anglesText(const char *name, const Angles &angles)
 {
-    return QByteArray(name) + " R" + QByteArray::number(angles.roll, 'f', 1) + " P" +
-           QByteArray::number(angles.pitch, 'f', 1) + " Y" + QByteArray::number(angles.yaw, 'f', 1);
+    return QByteArray(name) + " R" + angleText(angles.roll) + " P" + angleText(angles.pitch) +
+           " Y" + angleText(angles.yaw);
 }
 
 /// What is laid over the cameras' views. Sizes are in dots, which grow with the picture.
