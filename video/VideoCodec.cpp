@@ -3,10 +3,9 @@
 #include <QCoreApplication>
 #include <QTime>
 
-#include <cxxabi.h>
-
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 
 namespace {
 
@@ -90,9 +89,10 @@ void VideoCodec::run()
             return;
         sleep(kRetrySeconds);
         run();
-    } catch (const abi::__forced_unwind &) {
-        throw; // a terminated thread ends so where threads are unwound
     } catch (...) {
+        // What is no exception of the language is a terminated thread on its way out.
+        if (!std::current_exception())
+            throw;
     }
 }
 
