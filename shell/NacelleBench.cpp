@@ -18,6 +18,7 @@
 
 #include <QApplication>
 #include <QButtonGroup>
+#include <QDeadlineTimer>
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QIcon>
@@ -38,6 +39,9 @@ constexpr double kBaseFontPixels = 12.0;
 constexpr int kSmallestFontPixels = 10;
 constexpr int kOddParityIndex = 1;
 constexpr int kEvenParityIndex = 2;
+/// Datagrams may come as fast as they are taken. After so long the window has its turn; the socket
+/// calls again for those that wait.
+constexpr int kReadTurnMs = 20;
 constexpr int kDefaultRun = 0;
 constexpr int kLearningRun = 1;
 /// Size of a GCU frame whose feedback area holds code and result: the only one that is an answer.
@@ -483,7 +487,8 @@ void NacelleBench::sendData(QByteArray frame)
 void NacelleBench::receive()
 {
     if (connectType == kUdpLink) {
-        while (udpSocket->hasPendingDatagrams()) {
+        const QDeadlineTimer turn(kReadTurnMs);
+        while (udpSocket->hasPendingDatagrams() && !turn.hasExpired()) {
             const Datagram datagram = takeDatagram(*udpSocket);
             receiveData(datagram.bytes, datagram.sender, 0);
         }

@@ -20,6 +20,9 @@ constexpr int kConnectTimeoutMs = 3000;
 // same, so this is a little less than that.
 constexpr int kConnectGuardMs = 2900;
 constexpr unsigned long kRetryDelayMs = 2000;
+// Read at a time. A chunk may become a frame as it is, to be shown at once: without a limit a peer
+// that floods the link makes chunks of megabytes, and the window stands still over each.
+constexpr qint64 kReadSize = 16 * 1024;
 
 } // namespace
 
@@ -29,6 +32,7 @@ void QMyTcpSocket::createSocket(const QString &ip, int port, bool isFrist)
     m_port = port;
     m_isFrist = isFrist;
     m_socket = new QTcpSocket(this);
+    m_socket->setReadBufferSize(kReadSize);
     limitConnectTime();
     connect(m_socket, &QTcpSocket::errorOccurred, this, &QMyTcpSocket::onError);
     connect(m_socket, &QTcpSocket::readyRead, this, &QMyTcpSocket::onReadyRead);

@@ -55,6 +55,9 @@ connectDevice::connectDevice(QWidget *parent) : QWidget(parent)
     ui.comboBox->setCurrentIndex(kUdpIndex);
     ui.comboBox->installEventFilter(this);
     ui.textEdit->setMaximumBlockCount(kLogBlockLimit);
+    // A line of digits has no place to break but anywhere. Looking for a better one takes the
+    // square of its length: a second for a datagram of 64 KB.
+    ui.textEdit->setWordWrapMode(QTextOption::WrapAnywhere);
     setFixedSizes();
     retranslate();
 }
