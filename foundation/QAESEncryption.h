@@ -16,9 +16,9 @@ class QAESEncryption : public QObject
     Q_OBJECT
 
 public:
-    enum Aes { AES_128 = 0, AES_192 = 1, AES_256 = 2 };
-    enum Mode { ECB = 0, CBC = 1, CFB = 2, OFB = 3 };
-    enum Padding { ZERO = 0, PKCS7 = 1, ISO = 2 };
+    enum Aes : int { AES_128 = 0, AES_192 = 1, AES_256 = 2 };
+    enum Mode : int { ECB = 0, CBC = 1, CFB = 2, OFB = 3 };
+    enum Padding : int { ZERO = 0, PKCS7 = 1, ISO = 2 };
 
     /// A level that isn't one of the three counts as `AES_128`.
     QAESEncryption(Aes level, Mode mode, Padding padding);
