@@ -25,8 +25,10 @@
 #include <QMenu>
 #include <QScreen>
 #include <QSerialPort>
+#include <QSocketNotifier>
 #include <QTcpSocket>
 #include <QTime>
+#include <QTimer>
 #include <QUdpSocket>
 #include <QUrl>
 
@@ -42,6 +44,7 @@ constexpr int kEvenParityIndex = 2;
 /// Datagrams may come as fast as they are taken. After so long the window has its turn; the socket
 /// calls again for those that wait.
 constexpr int kReadTurnMs = 20;
+constexpr int kReadRestMs = 100;
 constexpr int kDefaultRun = 0;
 constexpr int kLearningRun = 1;
 /// Size of a GCU frame whose feedback area holds code and result: the only one that is an answer.
@@ -71,6 +74,22 @@ QString logEntry(const char *direction, const QByteArray &frame)
 {
     return QLatin1Char('[') + QTime::currentTime().toString(QStringLiteral("HH:mm:ss:zzz")) +
            QLatin1Char(']') + translated(direction) + QLatin1String("->\n") + hexDigits(frame);
+}
+
+/// A port whose other end has gone reads as ready and empty, again and again without a pause. It is
+/// kept open and as it is, but after a read that failed it's left alone for a while.
+void restAfterReadErrors(QSerialPort *port)
+{
+    QObject::connect(port, &QSerialPort::errorOccurred, port, [port](int error) {
+        if (error != QSerialPort::ReadError)
+            return;
+        for (QSocketNotifier *notifier : port->findChildren<QSocketNotifier *>()) {
+            if (notifier->type() != QSocketNotifier::Read)
+                continue;
+            notifier->setEnabled(false);
+            QTimer::singleShot(kReadRestMs, notifier, [notifier] { notifier->setEnabled(true); });
+        }
+    });
 }
 
 QString menuStyle()
@@ -440,6 +459,7 @@ void NacelleBench::CreateSerialPort(QString portName, int baudRate, int dataBits
     // This window has no such slot: errors of an open port go unnoticed, and are meant to.
     connect(serialPort, SIGNAL(errorOccurred(QSerialPort::SerialPortError)), this,
             SLOT(SerialErrorOccurred(QSerialPort::SerialPortError)));
+    restAfterReadErrors(serialPort);
     showNotice("打开串口成功！");
     QGlobal::instance()->deviceName.clear();
 }

@@ -4,12 +4,16 @@
 #include "tests/support/pty.h"
 #include "tests/support/strictmain.h"
 
+#include <QAbstractEventDispatcher>
 #include <QComboBox>
+#include <QEventLoop>
 #include <QLineEdit>
 #include <QNetworkDatagram>
 #include <QRegularExpression>
+#include <QSignalSpy>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTimer>
 #include <QUdpSocket>
 
 #include <array>
@@ -219,6 +223,7 @@ private slots:
     void udpLeavesFromAFreshPort();
     void udpTakesAnybody();
     void serialPortAbsent();
+    void serialPeerGone();
 
 private:
     void connectTo(Peer &peer, const QString &kind);
@@ -411,6 +416,20 @@ void tst_links::serialPortAbsent()
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression("device not open"));
     m_bench->click("pushButton_Send_Null");
     QCOMPARE((*m_bench)->sentFrames.size(), 1);
+}
+
+/// A read from a port whose far end is gone fails at once, each time. The port is tried now and
+/// then, not at every turn of the event loop, which would turn ten thousands of times.
+void tst_links::serialPeerGone()
+{
+    PtyPeer peer;
+    connectTo(peer, QStringLiteral("serial"));
+    const QSignalSpy turns(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake);
+    peer.goAway();
+    QEventLoop loop;
+    QTimer::singleShot(500, &loop, &QEventLoop::quit);
+    loop.exec();
+    QVERIFY2(turns.size() < 500, qPrintable(QString::number(turns.size())));
 }
 
 NACELLE_TEST_MAIN(tst_links)
