@@ -2,6 +2,7 @@
 
 #include "foundation/PopFrame.h"
 #include "foundation/QGlobal.h"
+#include "foundation/digitfont.h"
 #include "foundation/scale.h"
 #include "protocol/codec.h"
 #include "protocol/commands.h"
@@ -21,6 +22,7 @@ constexpr int kSmallestHostFrame = 72;
 constexpr int kSmallestGcuFrame = 71;
 constexpr int kNameColumn = 162;
 constexpr int kNameColumnGrowth = 20;
+constexpr int kLongFrame = 4096; ///< bytes, whose text fills the frame's box many times over
 
 // The empty command as it stands: unlike a frame built from the form its byte 37 is zero.
 const char *const kEmptyCommand =
@@ -96,6 +98,9 @@ dataPacketAnalysis::dataPacketAnalysis(QWidget *parent) : QWidget(parent)
     m_gcuForm = bindForm(kGcuRows);
     connectSlots();
     retranslate();
+    for (QWidget *display : std::initializer_list<QWidget *>{ui.textEdit_Send, ui.textEdit_Rev,
+                                                             ui.label294, ui.label304_2})
+        setDigitFont(display);
     // The rule of this field doesn't accept its initial "0", so that the field's own return signal
     // never fires for it.
     ui.lineEdit93->installEventFilter(this);
@@ -177,6 +182,9 @@ void dataPacketAnalysis::setHistoryView(int view)
 
 void dataPacketAnalysis::showReceivedFrame(const QByteArray &frame)
 {
+    // A text that needs the bar anyhow would be laid out thrice if the bar came by itself.
+    ui.textEdit_Rev->setVerticalScrollBarPolicy(frame.size() > kLongFrame ? Qt::ScrollBarAlwaysOn
+                                                                          : Qt::ScrollBarAsNeeded);
     ui.textEdit_Rev->setPlainText(toHexText(frame));
     showGcuFrame(frame);
 }

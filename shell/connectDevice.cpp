@@ -2,6 +2,7 @@
 
 #include "foundation/PopFrame.h"
 #include "foundation/QGlobal.h"
+#include "foundation/digitfont.h"
 #include "foundation/scale.h"
 #include "protocol/entryrules.h"
 #include "shell/NacelleBench.h"
@@ -58,6 +59,7 @@ connectDevice::connectDevice(QWidget *parent) : QWidget(parent)
     // A line of digits has no place to break but anywhere. Looking for a better one takes the
     // square of its length: a second for a datagram of 64 KB.
     ui.textEdit->setWordWrapMode(QTextOption::WrapAnywhere);
+    setDigitFont(ui.textEdit);
     setFixedSizes();
     retranslate();
 }
