@@ -6,6 +6,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 preset=$1
 shift
+# What was compiled in one checkout serves another on the same machine.
+export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 # A change of a CMakeLists.txt is seen by the build itself, one of the presets is not.
 if [[ ! build/$preset/build.ninja -nt CMakePresets.json ]]; then
     cmake --preset "$preset"

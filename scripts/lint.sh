@@ -20,7 +20,7 @@ cmake --preset dev -B build/lint -DNACELLE_BENCH=ON -DNACELLE_FUZZ=ON >/dev/null
 ninja -C build/lint -t targets all | sed -n 's/^\(.*_autogen\): phony$/\1/p' |
     xargs ninja -C build/lint --quiet
 sources '*.cpp' |
-    xargs -0 -n 4 -P "$(nproc)" clang-tidy -p build/lint --quiet 2>/dev/null || failed=1
+    xargs -0 -n 2 -P "$(nproc)" clang-tidy -p build/lint --quiet 2>/dev/null || failed=1
 
 echo "== cppcheck"
 # passedByValue: the slots' signatures are what they are.
