@@ -20,7 +20,9 @@ public:
     enum Mode : int { ECB = 0, CBC = 1, CFB = 2, OFB = 3 };
     enum Padding : int { ZERO = 0, PKCS7 = 1, ISO = 2 };
 
-    /// A level that isn't one of the three counts as `AES_128`.
+    /// A level that isn't one of the three counts as `AES_128`. A mode that isn't one of the four
+    /// works as `ECB`, but wants a vector as the others do. A padding that isn't one of the three
+    /// appends what `ZERO` does, and takes nothing off.
     QAESEncryption(Aes level, Mode mode, Padding padding);
 
     /// Cipher text of `text` with its padding: a multiple of 16 bytes. Every mode but `ECB` wants
@@ -54,7 +56,6 @@ public:
     static QByteArray RemovePadding(const QByteArray &text, Padding padding);
 
 private:
-    using Box = std::array<quint8, 256>;
     using Factors = std::array<quint8, 4>;
 
     bool vectorFits(const QByteArray &vector) const;
@@ -64,7 +65,7 @@ private:
     QByteArray cipher(const QByteArray &keys, const QByteArray &block);
     QByteArray inverseCipher(const QByteArray &keys, const QByteArray &block);
     void addRoundKey(const QByteArray &keys, int round);
-    void substitute(const Box &box);
+    void substitute(const std::array<quint8, 256> &box);
     void shiftRows(int step);
     void mixColumns(const Factors &factors);
 
@@ -78,7 +79,7 @@ private:
     int expandedKey; ///< bytes of the key schedule
     int padding;
     QByteArray *state = nullptr; ///< the block that is worked on: row r, column c at r + 4 c
-    Box sbox;
-    Box inverseSbox;
+    std::array<quint8, 256> sbox;
+    std::array<quint8, 256> inverseSbox;
     std::array<quint8, 10> rcon;
 };

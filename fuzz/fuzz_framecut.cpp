@@ -1,7 +1,7 @@
 #include "fuzz/fuzzinput.h"
 #include "shell/framecut.h"
 
-// The cut of GCU frames on the way in, in chunks of any size.
+// The cut of GCU frames on the way in, in chunks of 0 to 255 bytes.
 
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {

@@ -12,8 +12,9 @@ if [[ ${1:-} =~ ^[0-9]+$ ]]; then
 fi
 subjects=("$@")
 if [[ ${#subjects[@]} -eq 0 ]]; then
-    subjects=(fuzz/corpus/*)
-    subjects=("${subjects[@]##*/}")
+    subjects=(fuzz/fuzz_*.cpp)
+    subjects=("${subjects[@]#fuzz/fuzz_}")
+    subjects=("${subjects[@]%.cpp}")
 fi
 
 scripts/install-deps.sh build fuzz

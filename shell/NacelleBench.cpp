@@ -519,7 +519,9 @@ void NacelleBench::receive()
 
 void NacelleBench::receiveUdpData()
 {
-    while (udpSocket && udpSocket->hasPendingDatagrams()) {
+    // Whoever calls by name may do so at any time; a socket that isn't bound would warn.
+    while (udpSocket && udpSocket->state() == QAbstractSocket::BoundState &&
+           udpSocket->hasPendingDatagrams()) {
         const Datagram datagram = takeDatagram(*udpSocket);
         if (datagram.sender != remoteAddress)
             continue;

@@ -2,6 +2,7 @@
 
 #include "foundation/QAESEncryption.h"
 #include "protocol/codec.h"
+#include "shell/devicekey.h"
 
 #include <QBitArray>
 
@@ -9,7 +10,6 @@ namespace {
 
 constexpr int kTotalLengthOffset = 4;
 constexpr int kCipherOffset = 6;
-constexpr int kCipherBlock = 16;
 
 // Offsets from a record's start, in bytes.
 constexpr int kCoveredOffset = 2; ///< the length field, where the checksum begins
@@ -23,64 +23,10 @@ constexpr int kCoveredOverhead = 8;
 constexpr int kBeforeCrc = 10;
 constexpr int kBeforeText = 38;
 
-/// No record begins in the last bytes of a plain text: they can be padding.
+/// No record begins in the last 15 bytes of a plain text, which can be padding. A whole block of
+/// padding has one byte more, with which a record does begin; its bytes of value 16 make it one of
+/// another type, whose length leads out behind.
 constexpr int kWalkMargin = 15;
-
-/// A buffer whose writes the compiler must leave as they are. Key and vector are written into one
-/// byte by byte at each use: gathered into a constant they would stand somewhere as a whole.
-using WrittenBytes = volatile char[kCipherBlock];
-
-QByteArray copyOf(const WrittenBytes &bytes)
-{
-    QByteArray copy;
-    for (const volatile char &byte : bytes)
-        copy.append(char(byte));
-    return copy;
-}
-
-QByteArray deviceKey()
-{
-    WrittenBytes key;
-    key[0] = '\xB3';
-    key[1] = '\xCB';
-    key[2] = '\xC3';
-    key[3] = '\x6A';
-    key[4] = '\x05';
-    key[5] = '\x55';
-    key[6] = '\xD1';
-    key[7] = '\xDE';
-    key[8] = '\x8A';
-    key[9] = '\x68';
-    key[10] = '\x69';
-    key[11] = '\xCF';
-    key[12] = '\x1A';
-    key[13] = '\x45';
-    key[14] = '\xDA';
-    key[15] = '\xE1';
-    return copyOf(key);
-}
-
-QByteArray deviceVector()
-{
-    WrittenBytes vector;
-    vector[0] = '\xA7';
-    vector[1] = '\x34';
-    vector[2] = '\xF5';
-    vector[3] = '\x52';
-    vector[4] = '\x13';
-    vector[5] = '\x0C';
-    vector[6] = '\x95';
-    vector[7] = '\xC1';
-    vector[8] = '\x47';
-    vector[9] = '\x12';
-    vector[10] = '\x85';
-    vector[11] = '\xA1';
-    vector[12] = '\x6B';
-    vector[13] = '\x12';
-    vector[14] = '\xBC';
-    vector[15] = '\x72';
-    return copyOf(vector);
-}
 
 bool within(const QByteArray &bytes, int offset, int count)
 {
@@ -136,8 +82,8 @@ bool readDeviceRecords(const QByteArray &plain, QString &deviceName)
             return false;
         visited.setBit(start);
         const int length = readI16(plain.constData() + start + kCoveredOffset);
-        const bool named = readI16(plain.constData() + start + kTypeOffset) == 0;
-        if (named &&
+        const bool actedUpon = readI16(plain.constData() + start + kTypeOffset) == 0;
+        if (actedUpon &&
             !(recordMatches(plain, start, length) && takeName(plain, start, length, deviceName)))
             return false;
         start += length + kRecordOverhead;
