@@ -148,7 +148,7 @@ void tst_vlcEngine::endedIsStoppedFirst()
 {
     VLCWidget *surface = play(m_server->url());
     QSignalSpy refreshed(surface, &VLCWidget::refresh);
-    QTRY_VERIFY_WITH_TIMEOUT((surface->play(), refreshed.size() > 0), 20000);
+    QTRY_VERIFY_WITH_TIMEOUT((surface->play(), !refreshed.isEmpty()), 20000);
 }
 
 void tst_vlcEngine::lostStreamIsTriedUntilItIsBack()
