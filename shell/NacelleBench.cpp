@@ -172,6 +172,10 @@ void NacelleBench::build()
     pageButtons->addButton(ui.pushButton_2);
     connect(ui.pushButton_1, &QPushButton::toggled, this, &NacelleBench::SelectDataPacketAnalysis);
     connect(ui.pushButton_2, &QPushButton::toggled, this, &NacelleBench::SelectFlowAnalysis);
+    ui.widgetTop->setFixedHeight(scaled(50));
+    for (QPushButton *button : {ui.pushButton_1, ui.pushButton_2})
+        button->setFixedSize(scaled(240), scaled(50));
+    ui.menuButton->setFixedSize(scaled(32), scaled(32));
 
     m_panel = new connectDevice(ui.widget_1);
     m_panel->setMainWindow(this);

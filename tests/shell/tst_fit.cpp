@@ -47,6 +47,7 @@ void tst_fit::sizesFollowTheScreen()
     const auto *pageHost = bench.find<QWidget>("widget_2");
     QVERIFY(qAbs(2 * host->width() - pageHost->width()) <= 2);
     QCOMPARE(bench.find<QWidget>("CurrentPage")->size(), pageHost->size());
+    QCOMPARE(bench.find<QWidget>("menuButton")->width(), fullHd ? 32 : 22);
     QCOMPARE(bench.find<QWidget>("widget_10")->width(), fullHd ? 80 : 56);
     QCOMPARE(bench.find<QWidget>("label52")->width(), fullHd ? 162 : 110);
     QCOMPARE(bench.find<QWidget>("lineEdit53")->parentWidget()->height(), fullHd ? 40 : 28);
