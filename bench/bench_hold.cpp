@@ -2,25 +2,17 @@
 // the window's thread, for each kind of flood and page. An operator's limit is 100 ms.
 // Usage: bench_hold [ROW], with a part of the names of the rows to be run.
 
-#include "tests/support/bench.h"
+#include "tests/support/farend.h"
 
 #include <QElapsedTimer>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTimer>
 
 #include <algorithm>
-#include <arpa/inet.h>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <ctime>
-#include <fcntl.h>
-#include <random>
-#include <sys/socket.h>
 #include <thread>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -29,21 +21,11 @@ constexpr int kBeatMs = 5;
 constexpr int kLimitMs = 100;
 constexpr int kFloodSize = 20 * 1000 * 1000;
 constexpr int kQuietMs = 500;
-constexpr int kLargestDatagram = 65507;
 
 using Pieces = std::vector<QByteArray>; ///< one write or datagram each
 
 const QByteArray kFrame =
     QByteArray::fromHex("8A5E49000111") + QByteArray(63, '\x12') + QByteArray::fromHex("20001234");
-
-QByteArray noise(int size)
-{
-    std::minstd_rand random(1);
-    QByteArray bytes(size, '\0');
-    for (char &byte : bytes)
-        byte = char(random() >> 8);
-    return bytes;
-}
 
 Pieces frames()
 {
@@ -59,12 +41,6 @@ Pieces garbage()
 Pieces longestFrames()
 {
     return Pieces(10, QByteArray::fromHex("8A5EFF7F") + noise(32763));
-}
-
-/// A chunk whose length field is negative, so that all of it is a frame.
-QByteArray wholeChunk(int size)
-{
-    return QByteArray::fromHex("8A5E00FF") + noise(size - 4);
 }
 
 Pieces negativeLengths()
@@ -85,112 +61,28 @@ Pieces oddDatagrams()
     return pieces;
 }
 
-enum Kind { kTcp, kUdp, kSerial };
-
 struct Row
 {
     const char *name;
-    Kind kind;
+    LinkType kind;
     bool console;
     Pieces (*pieces)();
     int pauseMs = 0; ///< behind each piece
 };
 
 constexpr Row kRows[] = {
-    {"TCP, 20 MB of frames, packet page", kTcp, false, frames},
-    {"TCP, 20 MB of frames, console", kTcp, true, frames},
-    {"TCP, 20 MB of garbage, packet page", kTcp, false, garbage},
-    {"TCP, 20 MB of garbage, console", kTcp, true, garbage},
-    {"TCP, frames of 32,767 bytes, packet page", kTcp, false, longestFrames, 300},
-    {"TCP, frames of 32,767 bytes, console", kTcp, true, longestFrames, 300},
-    {"TCP, negative lengths, packet page", kTcp, false, negativeLengths},
-    {"UDP, 100,000 frames, packet page", kUdp, false, datagrams},
-    {"UDP, 100,000 frames, console", kUdp, true, datagrams},
-    {"UDP, 0 and 65,507 bytes, packet page", kUdp, false, oddDatagrams},
-    {"serial, 20 MB of frames, packet page", kSerial, false, frames},
-    {"serial, 20 MB of garbage, console", kSerial, true, garbage},
-};
-
-/// The far end of a link as a descriptor that blocks. The program's end is opened as an operator
-/// does it.
-class FarEnd
-{
-public:
-    FarEnd(Bench &bench, Kind kind)
-    {
-        const bool isUp = kind == kTcp   ? plugTcp(bench)
-                          : kind == kUdp ? plugUdp(bench)
-                                         : plugSerial(bench);
-        if (!isUp || m_fd < 0)
-            qFatal("no link");
-        ::fcntl(m_fd, F_SETFL, 0);
-    }
-    ~FarEnd() { hangUp(); }
-
-    void hangUp()
-    {
-        if (m_fd >= 0)
-            ::close(m_fd);
-        m_fd = -1;
-        m_server.close();
-    }
-
-    /// Returns when the piece is on its way; false if the link is gone.
-    bool write(const QByteArray &piece) const
-    {
-        if (m_isDatagram)
-            return ::send(m_fd, piece.constData(), size_t(piece.size()), 0) >= 0;
-        for (ssize_t done = 0; done < piece.size();) {
-            const ssize_t size =
-                ::write(m_fd, piece.constData() + done, size_t(piece.size() - done));
-            if (size <= 0)
-                return false;
-            done += size;
-        }
-        return true;
-    }
-
-private:
-    bool plugTcp(Bench &bench)
-    {
-        m_server.listen(QHostAddress::LocalHost);
-        if (!bench.plug(QStringLiteral("TCP Client"), QString::number(m_server.serverPort())) ||
-            !QTest::qWaitFor([this] { return m_server.hasPendingConnections(); }))
-            return false;
-        const std::unique_ptr<QTcpSocket> socket(m_server.nextPendingConnection());
-        m_fd = ::dup(int(socket->socketDescriptor()));
-        // Only this descriptor is left, and the connection with it.
-        return true;
-    }
-
-    bool plugUdp(Bench &bench)
-    {
-        sockaddr_in address = {};
-        socklen_t size = sizeof address;
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        auto *generic = reinterpret_cast<sockaddr *>(&address);
-        m_isDatagram = true;
-        m_fd = ::socket(AF_INET, SOCK_DGRAM, 0);
-        const int free = ::socket(AF_INET, SOCK_DGRAM, 0);
-        if (::bind(free, generic, size) != 0 || ::getsockname(free, generic, &size) != 0 ||
-            ::connect(m_fd, generic, size) != 0)
-            return false;
-        ::close(free);
-        return bench.plug(QStringLiteral("UDP"), QStringLiteral("9"),
-                          QString::number(ntohs(address.sin_port)));
-    }
-
-    bool plugSerial(Bench &bench)
-    {
-        m_fd = ::posix_openpt(O_RDWR | O_NOCTTY);
-        return ::grantpt(m_fd) == 0 && ::unlockpt(m_fd) == 0 &&
-               bench.plug(QString::fromLocal8Bit(::ptsname(m_fd)));
-    }
-
-    QTcpServer m_server;
-    int m_fd = -1;
-    bool m_isDatagram = false;
+    {"TCP, 20 MB of frames, packet page", kTcpLink, false, frames},
+    {"TCP, 20 MB of frames, console", kTcpLink, true, frames},
+    {"TCP, 20 MB of garbage, packet page", kTcpLink, false, garbage},
+    {"TCP, 20 MB of garbage, console", kTcpLink, true, garbage},
+    {"TCP, frames of 32,767 bytes, packet page", kTcpLink, false, longestFrames, 300},
+    {"TCP, frames of 32,767 bytes, console", kTcpLink, true, longestFrames, 300},
+    {"TCP, negative lengths, packet page", kTcpLink, false, negativeLengths},
+    {"UDP, 100,000 frames, packet page", kUdpLink, false, datagrams},
+    {"UDP, 100,000 frames, console", kUdpLink, true, datagrams},
+    {"UDP, 0 and 65,507 bytes, packet page", kUdpLink, false, oddDatagrams},
+    {"serial, 20 MB of frames, packet page", kSerialLink, false, frames},
+    {"serial, 20 MB of garbage, console", kSerialLink, true, garbage},
 };
 
 double milliseconds(clockid_t clock)
@@ -274,7 +166,7 @@ void measure(const Row &row)
 }
 
 /// A far end that is gone must leave the program idle.
-void measureGone(const char *name, Kind kind)
+void measureGone(const char *name, LinkType kind)
 {
     Bench bench;
     FarEnd end(bench, kind);
@@ -298,6 +190,6 @@ int main(int argc, char *argv[])
         if (QByteArray(row.name).contains(wanted))
             measure(row);
     }
-    measureGone("TCP, far end gone", kTcp);
-    measureGone("serial, far end gone", kSerial);
+    measureGone("TCP, far end gone", kTcpLink);
+    measureGone("serial, far end gone", kSerialLink);
 }
