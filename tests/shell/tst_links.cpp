@@ -1,6 +1,6 @@
 #include "foundation/QGlobal.h"
 #include "shell/links.h"
-#include "tests/support/bench.h"
+#include "tests/support/farend.h"
 #include "tests/support/pty.h"
 #include "tests/support/strictmain.h"
 
@@ -17,7 +17,6 @@
 #include <QUdpSocket>
 
 #include <array>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -36,7 +35,6 @@ public:
     virtual QString notice() const = 0;
     virtual bool awaitUp() { return true; }
     virtual void send(const QByteArray &bytes) = 0;
-    virtual void goAway() = 0;
 
     QByteArray received;
 
@@ -74,11 +72,6 @@ public:
         m_socket->write(bytes);
         m_socket->flush();
     }
-    void goAway() override
-    {
-        m_socket->abort();
-        m_server.close();
-    }
 
 private:
     QTcpServer m_server;
@@ -108,7 +101,6 @@ public:
     {
         m_socket.writeDatagram(bytes, QHostAddress::LocalHost, m_benchPort);
     }
-    void goAway() override { m_socket.close(); }
 
     quint16 senderPort = 0;
     quint16 benchPort() const { return m_benchPort; }
@@ -135,7 +127,6 @@ public:
     }
     QString notice() const override { return QStringLiteral("打开串口成功！"); }
     void send(const QByteArray &bytes) override { m_pty.write(bytes); }
-    void goAway() override { m_pty.hangUp(); }
 
 private:
     Pty m_pty;
@@ -167,17 +158,10 @@ void announceMissingSlot(const QString &kind)
 class FullListener
 {
 public:
-    FullListener() : m_fd(::socket(AF_INET, SOCK_STREAM, 0))
+    FullListener() : m_fd(boundSocket(SOCK_STREAM, m_port))
     {
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        auto *generic = reinterpret_cast<sockaddr *>(&address);
-        if (::bind(m_fd, generic, size) != 0 || ::listen(m_fd, 0) != 0 ||
-            ::getsockname(m_fd, generic, &size) != 0)
+        if (::listen(m_fd, 0) != 0)
             qFatal("no listener");
-        m_port = ntohs(address.sin_port);
         for (QTcpSocket &filler : m_fillers)
             filler.connectToHost(QHostAddress::LocalHost, m_port);
         m_fillers[0].waitForConnected();
@@ -186,8 +170,8 @@ public:
     quint16 port() const { return m_port; }
 
 private:
-    int m_fd;
     quint16 m_port = 0;
+    int m_fd;
     std::array<QTcpSocket, 3> m_fillers;
 };
 
@@ -214,14 +198,11 @@ private slots:
     void subnets();
     void allCases_data();
     void allCases();
-    void peerGoneInMidFrame_data();
-    void peerGoneInMidFrame();
     void noLink();
     void tcpRefused();
     void tcpSilent();
     void tcpConnectRunsOnAfterDisconnect();
     void udpLeavesFromAFreshPort();
-    void udpTakesAnybody();
     void serialPortAbsent();
     void serialPeerGone();
 
@@ -311,29 +292,6 @@ void tst_links::allCases()
     QCOMPARE((*m_bench)->sentFrames.size(), 4);
 }
 
-void tst_links::peerGoneInMidFrame_data()
-{
-    allCases_data();
-}
-
-void tst_links::peerGoneInMidFrame()
-{
-    QFETCH(QString, kind);
-    {
-        const std::unique_ptr<Peer> peer = makePeer(kind);
-        connectTo(*peer, kind);
-        peer->send(kAnswer.left(30));
-        peer->goAway();
-        m_bench->click("pushButton_Conn");
-    }
-    QCOMPARE(Bench::takeNotices(), QStringList());
-    QCOMPARE((*m_bench)->receivedFrames.size(), 0);
-    const std::unique_ptr<Peer> next = makePeer(kind);
-    connectTo(*next, kind);
-    next->send(kAnswer);
-    QTRY_COMPARE((*m_bench)->receivedFrames, QList<QByteArray>{kAnswer});
-}
-
 void tst_links::noLink()
 {
     m_bench->click("pushButton_Send_Null");
@@ -396,15 +354,6 @@ void tst_links::udpLeavesFromAFreshPort()
     QTRY_COMPARE((*m_bench)->receivedFrames, QList<QByteArray>{kAnswer});
 }
 
-void tst_links::udpTakesAnybody()
-{
-    UdpPeer peer;
-    connectTo(peer, QStringLiteral("UDP"));
-    QUdpSocket stranger;
-    stranger.writeDatagram(kAnswer, QHostAddress::LocalHost, peer.benchPort());
-    QTRY_COMPARE((*m_bench)->receivedFrames, QList<QByteArray>{kAnswer});
-}
-
 void tst_links::serialPortAbsent()
 {
     auto *links = m_bench->find<QComboBox>("comboBox");
@@ -422,10 +371,9 @@ void tst_links::serialPortAbsent()
 /// then, not at every turn of the event loop, which would turn ten thousands of times.
 void tst_links::serialPeerGone()
 {
-    PtyPeer peer;
-    connectTo(peer, QStringLiteral("serial"));
+    FarEnd end(*m_bench, kSerialLink);
     const QSignalSpy turns(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake);
-    peer.goAway();
+    end.hangUp();
     QEventLoop loop;
     QTimer::singleShot(500, &loop, &QEventLoop::quit);
     loop.exec();

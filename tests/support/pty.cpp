@@ -18,23 +18,15 @@ Pty::Pty() : m_fd(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK))
 
 Pty::~Pty()
 {
-    hangUp();
+    m_notifier.reset();
+    ::close(m_fd);
+    ::close(m_near);
 }
 
 void Pty::write(const QByteArray &bytes)
 {
     if (::write(m_fd, bytes.constData(), size_t(bytes.size())) != bytes.size())
         qFatal("the pseudo-terminal takes no bytes");
-}
-
-void Pty::hangUp()
-{
-    m_notifier.reset();
-    for (int *fd : {&m_fd, &m_near}) {
-        if (*fd >= 0)
-            ::close(*fd);
-        *fd = -1;
-    }
 }
 
 void Pty::read()

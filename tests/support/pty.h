@@ -18,7 +18,6 @@ public:
 
     QString path() const { return m_path; }
     void write(const QByteArray &bytes);
-    void hangUp();
 
 signals:
     void received(const QByteArray &bytes);
