@@ -44,7 +44,7 @@ constexpr int kEvenParityIndex = 2;
 /// Datagrams may come as fast as they are taken. After so long the window has its turn; the socket
 /// calls again for those that wait.
 constexpr int kReadTurnMs = 20;
-constexpr int kReadRestMs = 100;
+constexpr int kErrorRestMs = 100;
 constexpr int kDefaultRun = 0;
 constexpr int kLearningRun = 1;
 /// Size of a GCU frame whose feedback area holds code and result: the only one that is an answer.
@@ -76,18 +76,19 @@ QString logEntry(const char *direction, const QByteArray &frame)
            QLatin1Char(']') + translated(direction) + QLatin1String("->\n") + hexDigits(frame);
 }
 
-/// A port whose other end has gone reads as ready and empty, again and again without a pause. It is
-/// kept open and as it is, but after a read that failed it's left alone for a while.
-void restAfterReadErrors(QSerialPort *port)
+/// A port whose other end has gone reads as ready and empty, again and again without a pause, and
+/// takes no byte of what waits to be written. It is kept open and as it is, but after an error it's
+/// left alone for a while.
+void restAfterErrors(QSerialPort *port)
 {
     QObject::connect(port, &QSerialPort::errorOccurred, port, [port](int error) {
-        if (error != QSerialPort::ReadError)
+        if (error == QSerialPort::NoError)
             return;
         for (QSocketNotifier *notifier : port->findChildren<QSocketNotifier *>()) {
-            if (notifier->type() != QSocketNotifier::Read)
+            if (!notifier->isEnabled())
                 continue;
             notifier->setEnabled(false);
-            QTimer::singleShot(kReadRestMs, notifier, [notifier] { notifier->setEnabled(true); });
+            QTimer::singleShot(kErrorRestMs, notifier, [notifier] { notifier->setEnabled(true); });
         }
     });
 }
@@ -463,7 +464,7 @@ void NacelleBench::CreateSerialPort(QString portName, int baudRate, int dataBits
     // This window has no such slot: errors of an open port go unnoticed, and are meant to.
     connect(serialPort, SIGNAL(errorOccurred(QSerialPort::SerialPortError)), this,
             SLOT(SerialErrorOccurred(QSerialPort::SerialPortError)));
-    restAfterReadErrors(serialPort);
+    restAfterErrors(serialPort);
     showNotice("打开串口成功！");
     QGlobal::instance()->deviceName.clear();
 }

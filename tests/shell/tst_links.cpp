@@ -204,6 +204,7 @@ private slots:
     void tcpConnectRunsOnAfterDisconnect();
     void udpLeavesFromAFreshPort();
     void serialPortAbsent();
+    void serialPeerGone_data();
     void serialPeerGone();
 
 private:
@@ -367,13 +368,23 @@ void tst_links::serialPortAbsent()
     QCOMPARE((*m_bench)->sentFrames.size(), 1);
 }
 
-/// A read from a port whose far end is gone fails at once, each time. The port is tried now and
-/// then, not at every turn of the event loop, which would turn ten thousands of times.
+void tst_links::serialPeerGone_data()
+{
+    QTest::addColumn<bool>("sends");
+    QTest::newRow("nothing to write") << false;
+    QTest::newRow("a frame to write") << true;
+}
+
+/// Reads and writes at a port whose far end is gone fail at once, each time. The port is tried now
+/// and then, not at every turn of the event loop, which would turn ten thousands of times.
 void tst_links::serialPeerGone()
 {
+    QFETCH(bool, sends);
     FarEnd end(*m_bench, kSerialLink);
     const QSignalSpy turns(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake);
     end.hangUp();
+    if (sends)
+        m_bench->click("pushButton_Send_Null");
     QEventLoop loop;
     QTimer::singleShot(500, &loop, &QEventLoop::quit);
     loop.exec();
