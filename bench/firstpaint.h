@@ -22,7 +22,7 @@ protected:
 private:
     static void tell()
     {
-        std::printf("%lld\n", residentBytes() / 1024);
+        std::printf("%s\n", qPrintable(QString::number(residentBytes() / 1024)));
         std::fflush(stdout);
         QCoreApplication::quit();
     }

@@ -66,7 +66,8 @@ Tour::Tour(const QString &podsim, const QString &folder, const QString &language
     if (!pictures.mkpath(QStringLiteral(".")))
         throw TourFailure(QStringLiteral("cannot make the folder ") + folder);
     for (const QString &old :
-         pictures.entryList({QStringLiteral("[0-9][0-9]-*-%1.png").arg(language)}))
+         pictures.entryList({QStringLiteral("[0-9][0-9]-*-%1.png").arg(language),
+                             QStringLiteral("failed-%1.png").arg(language)}))
         pictures.remove(old);
     QCursor::setPos(QGuiApplication::primaryScreen()->geometry().bottomRight());
     m_window.show();
