@@ -43,7 +43,7 @@ constexpr int kOddParityIndex = 1;
 constexpr int kEvenParityIndex = 2;
 /// Datagrams may come as fast as they are taken. After so long the window has its turn; the socket
 /// calls again for those that wait.
-constexpr int kReadTurnMs = 20;
+constexpr int kReadTurnMs = 5;
 constexpr int kErrorRestMs = 100;
 constexpr int kDefaultRun = 0;
 constexpr int kLearningRun = 1;

@@ -22,7 +22,7 @@ constexpr int kConnectGuardMs = 2900;
 constexpr unsigned long kRetryDelayMs = 2000;
 // Read at a time. A chunk may become a frame as it is, to be shown at once: without a limit a peer
 // that floods the link makes chunks of megabytes, and the window stands still over each.
-constexpr qint64 kReadSize = 16 * 1024;
+constexpr qint64 kReadSize = 8 * 1024;
 
 } // namespace
 

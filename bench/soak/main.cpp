@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
@@ -40,6 +41,9 @@ int main(int argc, char *argv[])
     parser.addOption({QStringLiteral("out"), QStringLiteral("Folder of soak.svg and soak.md: ."),
                       QStringLiteral("folder"), QStringLiteral(".")});
     parser.process(application);
+    const QString out = parser.value(QStringLiteral("out"));
+    if (!QDir().mkpath(out))
+        qFatal("cannot make the folder %s", qPrintable(out));
     const int total = int(parser.value(QStringLiteral("minutes")).toDouble() * 60000);
     const int rounds = std::max(1, total / (kStages * kLongestStageMs));
     const QTemporaryDir folder;
@@ -64,7 +68,6 @@ int main(int argc, char *argv[])
 
     const QString tables = report(results, samples, rounds * kStages);
     std::fputs(qPrintable(tables), stdout);
-    const QString out = parser.value(QStringLiteral("out"));
     const bool isWritten = writeFile(out + QStringLiteral("/soak.svg"), picture(samples)) &&
                            writeFile(out + QStringLiteral("/soak.md"), tables);
     return isWritten && passed(results, samples, rounds * kStages) ? 0 : 1;
