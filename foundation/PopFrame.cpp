@@ -2,6 +2,8 @@
 
 #include "foundation/QGlobal.h"
 
+#include <QTimer>
+
 PopFrame::PopFrame(QWidget *parent) : QWidget(parent)
 {
     ui.setupUi(this);
@@ -34,6 +36,17 @@ void PopFrame::setMessage(const QString &message)
 void PopFrame::ok()
 {
     close();
+}
+
+/// A closed box stays, but not the 300 KB of its picture, which a day's notices would add up to
+/// much.
+void PopFrame::closeEvent(QCloseEvent *event)
+{
+    QWidget::closeEvent(event);
+    QTimer::singleShot(0, this, [this] {
+        if (!isVisible())
+            destroy();
+    });
 }
 
 void showNotice(const char *key)

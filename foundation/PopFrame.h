@@ -6,7 +6,7 @@
 
 /// The message box: every notice to the operator goes through it. Used as new without a parent,
 /// `setMessage`, `show`; nobody keeps the pointer. A closed box stays allocated to the end of the
-/// process, and is meant to.
+/// process, and is meant to; the screen's window and picture behind it are given back.
 class PopFrame : public QWidget
 {
     Q_OBJECT
@@ -19,6 +19,9 @@ public:
 
 public slots:
     void ok();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
 
 private:
     // Nothing reads these four.

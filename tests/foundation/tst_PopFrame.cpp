@@ -55,6 +55,10 @@ void tst_PopFrame::bothButtonsClose()
     QVERIFY(QTest::qWaitForWindowExposed(&box));
     QTest::mouseClick(box.findChild<QPushButton *>(button), Qt::LeftButton);
     QVERIFY(!box.isVisible());
+    // It stays and can be shown again; its window on the screen doesn't wait for that.
+    QTRY_VERIFY(!box.windowHandle());
+    box.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&box));
 }
 
 void tst_PopFrame::blocksOtherWindows()
