@@ -513,9 +513,12 @@ void NacelleBench::receive()
 {
     if (connectType == kUdpLink) {
         const QDeadlineTimer turn(kReadTurnMs);
-        while (udpSocket->hasPendingDatagrams() && !turn.hasExpired()) {
+        while (udpSocket->hasPendingDatagrams()) {
             const Datagram datagram = takeDatagram(*udpSocket);
             receiveData(datagram.bytes, datagram.sender, 0);
+            // Not before the first one: a socket that nothing was read from doesn't call again.
+            if (turn.hasExpired())
+                break;
         }
     } else if (connectType == kSerialLink) {
         receiveData(serialPort->readAll(), QString(), 0);

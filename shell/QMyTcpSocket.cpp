@@ -76,10 +76,9 @@ void QMyTcpSocket::onError()
         return;
     m_handled = true;
     m_socket->close();
-    QtConcurrent::run([this] {
+    QtConcurrent::run([this, ip = m_ip, port = m_port] {
         sleepInPool(kRetryDelayMs);
-        if (m_handled)
-            emit signals_CreateMyTcpSocket(m_ip, m_port, false);
+        emit signals_CreateMyTcpSocket(ip, port, false);
     });
 }
 

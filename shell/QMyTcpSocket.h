@@ -4,8 +4,6 @@
 #include <QObject>
 #include <QString>
 
-#include <atomic>
-
 class QTcpSocket;
 
 /// One attempt at a TCP connection and what becomes of it. Lives on the main thread, has no parent
@@ -38,7 +36,7 @@ private:
 
     QString m_ip;
     int m_port = 0;
-    bool m_isFrist = true;              ///< until the connection came up for the first time
-    std::atomic<bool> m_handled{false}; ///< the loss of this socket was acted upon
+    bool m_isFrist = true;  ///< until the connection came up for the first time
+    bool m_handled = false; ///< the loss of this socket was acted upon
     QTcpSocket *m_socket = nullptr;
 };

@@ -16,6 +16,7 @@ bool readDeviceDatagram(const QByteArray &datagram, QString &deviceName);
 /// offset 48) leaves the text's first line in `deviceName`, and an empty one where L is below 38;
 /// records of other types are passed over.
 ///
-/// Returns false at the first record of type 0 whose checksum doesn't match, or at a chain that
-/// leads out at the front or around for ever. What was read before that stands in `deviceName`.
+/// Returns false at the first record of type 0 whose checksum doesn't match or whose flag or text
+/// lie beyond the end, or at a chain that leads out at the front or around for ever. What was read
+/// before that stands in `deviceName`.
 bool readDeviceRecords(const QByteArray &plain, QString &deviceName);

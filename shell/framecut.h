@@ -41,6 +41,7 @@ void cutChunk(QByteArray &cache, const QByteArray &chunk, Record record)
         cache.append(chunk);
         return;
     }
+    // Where the cache holds more than S already, all of the chunk goes into the frame.
     cache.append(chunk.mid(0, length - cache.size()));
     record(tightCopy(cache));
     // The rest is cut at S, not at S less what the cache had held: unlike above, bytes behind the

@@ -26,14 +26,18 @@ void tst_PopFrame::looks()
     QCOMPARE(box.size(), QSize(401, 192));
     QVERIFY(box.windowFlags() & Qt::FramelessWindowHint);
     QCOMPARE(box.windowModality(), Qt::ApplicationModal);
-    QCOMPARE(box.windowTitle(), global->englishTexts->value(QStringLiteral("提示")));
+    QCOMPARE(box.windowTitle(), QStringLiteral("Notice"));
     const auto *label = box.findChild<QLabel *>(QStringLiteral("label_1"));
     QCOMPARE(label->geometry(), QRect(20, 50, 361, 40));
     QVERIFY(label->wordWrap());
     QCOMPARE(label->styleSheet(), QStringLiteral("color:#ABCDEF"));
+    QCOMPARE(label->alignment(), Qt::AlignCenter);
+    const auto *ok = box.findChild<QPushButton *>(QStringLiteral("pushButtonOK"));
+    QCOMPARE(ok->geometry(), QRect(0, 140, 201, 52));
+    QCOMPARE(ok->text(), QStringLiteral("OK"));
     const auto *cancel = box.findChild<QPushButton *>(QStringLiteral("pushButtonCancel"));
     QCOMPARE(cancel->geometry(), QRect(200, 140, 201, 52));
-    QCOMPARE(cancel->text(), global->englishTexts->value(QStringLiteral("取消")));
+    QCOMPARE(cancel->text(), QStringLiteral("Cancel"));
     QCOMPARE(cancel->styleSheet(), QStringLiteral("QPushButton{background-color:; color:#ABCDEF; "
                                                   "border:1px solid; }"));
 }

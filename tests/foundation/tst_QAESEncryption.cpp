@@ -343,22 +343,23 @@ void tst_QAESEncryption::removal()
 void tst_QAESEncryption::lastBlockCutShort_data()
 {
     QTest::addColumn<int>("mode");
-    QTest::addColumn<int>("size");
-    QTest::newRow("ECB") << int(Aes::ECB) << 32;
-    QTest::newRow("CBC") << int(Aes::CBC) << 32;
-    QTest::newRow("CFB") << int(Aes::CFB) << 21;
-    QTest::newRow("OFB") << int(Aes::OFB) << 21;
+    QTest::addColumn<QByteArray>("plain");
+    // Of the openssl command, for the same text with 11 zeros behind it; without the eleven bytes
+    // they give where the cipher goes forward.
+    QTest::newRow("ECB") << int(Aes::ECB)
+                         << hex("500594e20d6d6c8c716b667c38f085f15db4a7d546152da8bc7d79210ebab4bd");
+    QTest::newRow("CBC") << int(Aes::CBC)
+                         << hex("500496e109686a8b79626c7734fd8bfe367519376855b23e554007307d29a397");
+    QTest::newRow("CFB") << int(Aes::CFB) << hex("3b3fd92eb72dad20333449f8e83cfb4a94faf1e313");
+    QTest::newRow("OFB") << int(Aes::OFB) << hex("3b3fd92eb72dad20333449f8e83cfb4a7789508d16");
 }
 
 /// Nothing is refused: what is missing of the last block counts as zeros.
 void tst_QAESEncryption::lastBlockCutShort()
 {
     QFETCH(int, mode);
-    QFETCH(int, size);
     Aes aes{Aes::AES_128, Aes::Mode(mode), Aes::PKCS7};
-    const QByteArray filled = kText.left(21) + QByteArray(11, '\0');
-    const QByteArray expected = aes.decode(filled, kKeys[0], kVector).left(size);
-    QCOMPARE(aes.decode(kText.left(21), kKeys[0], kVector), expected);
+    QTEST(aes.decode(kText.left(21), kKeys[0], kVector), "plain");
 }
 
 NACELLE_TEST_MAIN(tst_QAESEncryption)

@@ -88,7 +88,8 @@ void tst_devicedatagram::records_data()
     QTest::newRow("another type") << other << true << kOldName;
     QTest::newRow("type 0x0100") << withByte(kRecord, 9, 1) << true << kOldName;
     // The place of the CRC is counted from the first record's start, so that a second record
-    // passes only when it repeats the first, whatever its own CRC.
+    // passes only where the bytes there hold its CRC, as when it repeats the first; its own CRC
+    // isn't looked at.
     QTest::newRow("repeated") << kRecord + kRecord << true << kName;
     QTest::newRow("repeated, own CRC wrong") << kRecord + withByte(kRecord, 61, 0) << true << kName;
     QTest::newRow("second one different") << kRecord + recordOf("other") << false << kName;
