@@ -61,6 +61,17 @@ Pieces oddDatagrams()
     return pieces;
 }
 
+/// With a negative length a datagram stays in the cache as well, and the next one without a header
+/// makes a frame of both: the longest there is.
+Pieces joinedDatagrams()
+{
+    QByteArray second = noise(kLargestDatagram);
+    second.replace(0, 4, QByteArray(4, '\xFF'));
+    Pieces pieces(6, second);
+    pieces.front() = wholeChunk(kLargestDatagram);
+    return pieces;
+}
+
 struct Row
 {
     const char *name;
@@ -81,6 +92,7 @@ constexpr Row kRows[] = {
     {"UDP, 100,000 frames, packet page", kUdpLink, false, datagrams},
     {"UDP, 100,000 frames, console", kUdpLink, true, datagrams},
     {"UDP, 0 and 65,507 bytes, packet page", kUdpLink, false, oddDatagrams},
+    {"UDP, frames of 131,014 bytes, packet page", kUdpLink, false, joinedDatagrams, 500},
     {"serial, 20 MB of frames, packet page", kSerialLink, false, frames},
     {"serial, 20 MB of garbage, console", kSerialLink, true, garbage},
 };
