@@ -64,8 +64,11 @@ int saidLength(const QByteArray &frame)
 
 QByteArray fieldSlice(const Field &field, const QByteArray &frame)
 {
-    if (field.kind == FieldKind::Variable)
-        return frame.mid(kFixedSize, qMax(0, saidLength(frame) - kFrameOverhead));
+    const int areaSize = saidLength(frame) - kFrameOverhead;
+    if (field.kind == FieldKind::Command)
+        return frame.mid(kFixedSize, areaSize); // a negative size takes the rest
+    if (field.kind == FieldKind::Feedback)
+        return frame.mid(kFixedSize, qMax(0, areaSize));
     if (field.kind == FieldKind::Crc)
         return frame.mid(saidLength(frame) - kCrcSize, kCrcSize);
     return frame.mid(field.offset, field.size);
@@ -77,7 +80,8 @@ QString fieldText(const Field &field, const QByteArray &frame)
     case FieldKind::Reserved:
     case FieldKind::Flags:
     case FieldKind::Hex:
-    case FieldKind::Variable:
+    case FieldKind::Command:
+    case FieldKind::Feedback:
     case FieldKind::Crc:
         return {};
     case FieldKind::Mode:

@@ -28,7 +28,8 @@ enum class FieldKind : quint8 {
     Flags,    ///< status flags of the host frame
     Hex,      ///< shown as hexadecimal text alone
     Mode,     ///< work mode, shown by its name
-    Variable, ///< command or feedback area, from offset 69 to S - 3
+    Command,  ///< command area, from offset 69 to S - 3
+    Feedback, ///< feedback area, which stands in the same place
     Crc,      ///< the last two bytes, high byte first
 };
 
@@ -112,15 +113,18 @@ constexpr bool tilesFrame(const std::array<FieldRow<Record>, N> &rows)
             return false;
         offset += rows[i].field.size;
     }
-    return offset == kFixedSize && rows[N - 2].field.kind == FieldKind::Variable &&
-           rows[N - 2].field.offset == kFixedSize && rows[N - 1].field.kind == FieldKind::Crc;
+    const Field &area = rows[N - 2].field;
+    return offset == kFixedSize && area.offset == kFixedSize && area.size == 0 &&
+           (area.kind == FieldKind::Command || area.kind == FieldKind::Feedback) &&
+           rows[N - 1].field.kind == FieldKind::Crc;
 }
 
 /// S, the length that a frame says of itself: the signed bytes 2 and 3.
 int saidLength(const QByteArray &frame);
 
 /// The field's own bytes. The variable area and the CRC go by the frame's own length field, not
-/// by the size of the array; of what isn't there nothing is taken.
+/// by the size of the array; of what isn't there nothing is taken. Where S is below 71 the command
+/// area is all that follows offset 69, and the feedback area is empty.
 QByteArray fieldSlice(const Field &field, const QByteArray &frame);
 
 /// The field's value as a form shows it, empty for kinds without one.

@@ -145,7 +145,7 @@ inline constexpr std::array<FieldRow<GcuFrame>, 31> kGcuRows = {{
      &GcuFrame::zoomCamera2},
     {{63, 6, FieldKind::Reserved, kPlain, "63～68", "预留", "label292_2", "", "label294_2"},
      &GcuFrame::reserved2},
-    {{69, 0, FieldKind::Variable, kPlain, "69～S-3", "命令反馈", "label302_2", "label303_2",
+    {{69, 0, FieldKind::Feedback, kPlain, "69～S-3", "命令反馈", "label302_2", "label303_2",
       "label304_2"}, {}},
     {{0, 2, FieldKind::Crc, kPlain, "S-2～S-1", "CRC校验", "label312_2", "label313_2",
       "label314_2"}, {}},

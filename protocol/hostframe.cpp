@@ -51,7 +51,7 @@ QByteArray buildHostFrame(const HostTexts &texts)
         const Field &field = kHostRows[i].field;
         if (field.kind == FieldKind::Flags)
             frame.append(char(statusFlags(texts.controlValid, texts.inertialValid)));
-        else if (field.kind == FieldKind::Variable)
+        else if (field.kind == FieldKind::Command)
             frame.append(hexTextToBytes(texts.command));
         else if (field.kind != FieldKind::Crc)
             frame.append(fieldBytes(field, texts.values[i]));

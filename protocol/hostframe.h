@@ -168,7 +168,7 @@ inline constexpr std::array<FieldRow<HostFrame>, 29> kHostRows = {{
      &HostFrame::relativeHeight},
     {{61, 8, FieldKind::Reserved, kPlain, "61～68", "预留", "label282", "", ""},
      &HostFrame::reserved2},
-    {{69, 0, FieldKind::Variable, kPlain, "69～S-3", "控制命令", "pushButton_Cmd", "label293",
+    {{69, 0, FieldKind::Command, kPlain, "69～S-3", "控制命令", "pushButton_Cmd", "label293",
       "label294"}, {}},
     {{0, 2, FieldKind::Crc, kPlain, "S-2～S-1", "CRC校验", "label302", "label303", "label304"}, {}},
 }};

@@ -541,10 +541,11 @@ void NacelleBench::receiveUdpData()
 
 void NacelleBench::receiveData(QByteArray ba, QString, int)
 {
-    cutChunk(receiveCache, ba, [this](const QByteArray &frame) { recordReceived(frame); });
+    cutChunk(receiveCache, ba,
+             [this](const QByteArray &frame, quint8 mode) { recordReceived(frame, mode); });
 }
 
-void NacelleBench::recordReceived(const QByteArray &frame)
+void NacelleBench::recordReceived(const QByteArray &frame, quint8 mode)
 {
     const int start = logEnd();
     receivedStarts.prepend(start);
@@ -557,7 +558,7 @@ void NacelleBench::recordReceived(const QByteArray &frame)
         m_packetPage->showReceivedFrame(frame);
     // In the history view the flow page is chosen but gone.
     if (currentPageIndex == 1 && m_flowPage) {
-        m_flowPage->setPodMode(qint8(byteAt(frame, kModeOffset)));
+        m_flowPage->setPodMode(qint8(mode));
         testEcho(frame);
     }
 }

@@ -105,7 +105,7 @@ private:
     int logEnd() const;
     bool showGroup(int index);
     int selectGroup(int index);
-    void recordReceived(const QByteArray &frame);
+    void recordReceived(const QByteArray &frame, quint8 mode);
     void testEcho(const QByteArray &frame);
 
     connectDevice *m_panel = nullptr;

@@ -20,9 +20,11 @@ constexpr int kConnectTimeoutMs = 3000;
 // same, so this is a little less than that.
 constexpr int kConnectGuardMs = 2900;
 constexpr unsigned long kRetryDelayMs = 2000;
-// Read at a time. A chunk may become a frame as it is, to be shown at once: without a limit a peer
-// that floods the link makes chunks of megabytes, and the window stands still over each.
-constexpr qint64 kReadSize = 8 * 1024;
+// Read at a time: what waits is one chunk, up to the size of the largest datagram, which holds any
+// frame whose length fits the field. A chunk may become a frame as it is, to be shown at once:
+// without a bound a peer that floods the link makes chunks of megabytes, and the window stands
+// still over each.
+constexpr qint64 kReadSize = 64 * 1024;
 
 } // namespace
 
@@ -56,6 +58,8 @@ void QMyTcpSocket::limitConnectTime()
 
 void QMyTcpSocket::onConnected()
 {
+    // Else a frame waits until the one before it is acknowledged, which some pods put off by 40 ms.
+    m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     emit signals_ConnectSuccess(m_socket);
     m_isFrist = false;
 }

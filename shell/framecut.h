@@ -2,6 +2,7 @@
 
 #include "protocol/codec.h"
 #include "protocol/fields.h"
+#include "protocol/gcuframe.h"
 
 #include <QByteArray>
 
@@ -18,8 +19,10 @@ inline QByteArray tightCopy(const QByteArray &bytes)
 }
 
 /// Cuts GCU frames out of the chunks of a link. Takes one chunk of any size and hands a frame that
-/// it completes to `record(frame)`; `cache` keeps what waits for more. No header is searched
+/// it completes to `record(frame, mode)`; `cache` keeps what waits for more. No header is searched
 /// inside a chunk: its first two bytes decide. A negative length makes all that is there a frame.
+/// The pod's mode is byte 5 of a chunk with a header, also where the frame ends before it, and
+/// byte 5 of the frame elsewhere; 0 where there is none.
 template <typename Record>
 void cutChunk(QByteArray &cache, const QByteArray &chunk, Record record)
 {
@@ -30,7 +33,7 @@ void cutChunk(QByteArray &cache, const QByteArray &chunk, Record record)
             return;
         }
         cache = chunk.mid(0, length);
-        record(tightCopy(cache));
+        record(tightCopy(cache), byteAt(chunk, kModeOffset));
         // What stands behind the frame isn't looked at now, even if it is a whole frame.
         cache = chunk.mid(length);
         return;
@@ -43,8 +46,8 @@ void cutChunk(QByteArray &cache, const QByteArray &chunk, Record record)
     }
     // Where the cache holds more than S already, all of the chunk goes into the frame.
     cache.append(chunk.mid(0, length - cache.size()));
-    record(tightCopy(cache));
-    // The rest is cut at S, not at S less what the cache had held: unlike above, bytes behind the
-    // frame are lost here, and this is meant.
+    record(tightCopy(cache), byteAt(cache, kModeOffset));
+    // The rest is cut at S, not at S less what the cache had held, so that bytes after the frame
+    // are lost here, unlike above. Operators know their logs so: keep it.
     cache = chunk.mid(length);
 }

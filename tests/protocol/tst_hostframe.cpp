@@ -183,6 +183,10 @@ void tst_hostframe::saidLengthDecidesSlices()
     frame[2] = 127;
     QCOMPARE(fieldSlice(area, frame), frame.mid(69));
     QCOMPARE(fieldSlice(crc, frame), QByteArray());
+    // Below 71 the count is negative, which takes the rest.
+    frame[2] = 70;
+    QCOMPARE(fieldSlice(area, frame), frame.mid(69));
+    QCOMPARE(fieldSlice(crc, frame), frame.mid(68, 2));
 }
 
 NACELLE_TEST_MAIN(tst_hostframe)

@@ -28,7 +28,7 @@ const QByteArray kFrame = frameOf('\x11');
 const QByteArray kOther = frameOf('\x10');
 
 constexpr int kBurst = 100000;
-constexpr int kFloodSize = 200 * 1000;
+constexpr int kFloodSize = 2 * 1000 * 1000; ///< some thirty reads of a TCP link
 constexpr int kFlowingFrames = 3; ///< before and behind the operator's turn
 constexpr int kFloodMs = 60000;   ///< to be through with a flood, also on a busy machine
 constexpr int kRepeatMs = 20;
@@ -183,6 +183,10 @@ void tst_badpeers::chunks_data()
         QTest::addRow("%s, single bytes behind a header", link.name)
             << link.kind << List{kFrame.left(3)} + singleBytes(kFrame.mid(3)) << List{kFrame};
     }
+    // All that waits is one chunk, of which one frame is taken; the rest stands in the cache.
+    const QByteArray late = kFrame.repeated(280);
+    QTest::newRow("TCP, 20,440 bytes at once")
+        << kTcpLink << List{late, "tail"} << List{kFrame, late.mid(73) + "tail"};
     QTest::newRow("UDP, empty") << kUdpLink << List{"", kFrame, ""} << List{"", kFrame, ""};
     QTest::newRow("UDP, largest") << kUdpLink << List{wholeChunk(kLargestDatagram)}
                                   << List{wholeChunk(kLargestDatagram)};

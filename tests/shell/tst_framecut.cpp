@@ -22,6 +22,7 @@ private slots:
     void splitAtEveryPosition();
     void chunks_data();
     void chunks();
+    void modes();
     void storedFramesAreTight();
 };
 
@@ -30,7 +31,7 @@ void tst_framecut::splitAtEveryPosition()
     for (int at = 1; at < kA.size(); ++at) {
         QByteArray cache;
         QList<QByteArray> frames;
-        const auto record = [&frames](const QByteArray &frame) { frames << frame; };
+        const auto record = [&frames](const QByteArray &frame, quint8) { frames << frame; };
         cutChunk(cache, kA.left(at), record);
         cutChunk(cache, kA.mid(at), record);
         // Cut inside its header's length the frame comes out whole behind an empty one.
@@ -102,9 +103,30 @@ void tst_framecut::chunks()
     QByteArray cache;
     QList<QByteArray> recorded;
     for (const QByteArray &chunk : chunks)
-        cutChunk(cache, chunk, [&recorded](const QByteArray &frame) { recorded << frame; });
+        cutChunk(cache, chunk, [&](const QByteArray &frame, quint8) { recorded << frame; });
     QCOMPARE(recorded, frames);
     QCOMPARE(cache, kept);
+}
+
+/// A pod's mode stands in the chunk with a header, even after the end of a short frame.
+void tst_framecut::modes()
+{
+    const struct
+    {
+        QList<QByteArray> chunks;
+        int mode;
+    } rows[] = {{{kA}, 'a'},
+                {{QByteArray::fromHex("8A5E04000110AABB")}, 0x10},
+                {{QByteArray::fromHex("8A5E0000AA")}, 0},
+                {{QByteArray("noise!")}, 0},
+                {{kA.left(40), kA.mid(40) + "tail"}, 'a'}};
+    for (const auto &row : rows) {
+        QByteArray cache;
+        int last = -1;
+        for (const QByteArray &chunk : row.chunks)
+            cutChunk(cache, chunk, [&last](const QByteArray &, quint8 mode) { last = mode; });
+        QCOMPARE(last, row.mode);
+    }
 }
 
 /// An hour's run stores some 100,000 frames: none may keep a link's buffer alive.
@@ -114,7 +136,7 @@ void tst_framecut::storedFramesAreTight()
     QVector<int> rooms;
     for (QByteArray chunk : {kA, kA.left(40), kA.mid(40)}) {
         chunk.reserve(16384);
-        cutChunk(cache, chunk, [&rooms](const QByteArray &frame) { rooms << frame.capacity(); });
+        cutChunk(cache, chunk, [&rooms](const QByteArray &frame, quint8) { rooms << frame.capacity(); });
     }
     QCOMPARE(rooms, (QVector<int>{73, 73}));
 }

@@ -140,8 +140,7 @@ QString fieldTable(const QString &table, const Rows &rows, bool isWritten, Notes
         const Field &field = row.field;
         const Note note = notes.take(table, QString::fromUtf8(field.key));
         QStringList cells{placeOf(field),
-                          field.kind == FieldKind::Variable ? QStringLiteral("N")
-                                                            : QString::number(field.size),
+                          field.size == 0 ? QStringLiteral("N") : QString::number(field.size),
                           kindOf(field.kind), factorOf(field.scale)};
         if (isWritten)
             cells << precisionOf(field.scale);
@@ -229,10 +228,10 @@ QString frameBlock(const QByteArray &frame)
 
 QString valueOf(const Field &field, const QByteArray &frame)
 {
-    if (field.kind == FieldKind::Variable)
-        return byteAt(frame, 0) == kHostRows[0].field.constant[0]
-                   ? commandName(byteAt(frame, kFixedSize))
-                   : feedbackText(frame);
+    if (field.kind == FieldKind::Command)
+        return commandName(byteAt(frame, kFixedSize));
+    if (field.kind == FieldKind::Feedback)
+        return feedbackText(frame);
     if (field.kind == FieldKind::Crc)
         return translated(crcMatches(frame) ? "通过" : "不通过");
     return field.kind == FieldKind::Constant ? QString() : fieldText(field, frame);
