@@ -13,6 +13,7 @@ add_library(nacelle_ui STATIC
     protocol/controlCmd.cpp protocol/controlCmd.h protocol/controlCmd.ui
     protocol/dataPacketAnalysis.cpp protocol/dataPacketAnalysis.h protocol/dataPacketAnalysis.ui
     protocol/entryrules.cpp protocol/entryrules.h
+    shell/LogDisplay.cpp shell/LogDisplay.h
     shell/NacelleBench.cpp shell/NacelleBench.h shell/NacelleBench.ui
     shell/QMyTcpSocket.cpp shell/QMyTcpSocket.h
     shell/connectDevice.cpp shell/connectDevice.h shell/connectDevice.ui

@@ -11,7 +11,6 @@
 #include <QRegExp>
 #include <QRegExpValidator>
 #include <QScrollBar>
-#include <QTextBlock>
 #include <QTextCursor>
 
 namespace {
@@ -114,27 +113,9 @@ void connectDevice::appendPorts()
         ui.comboBox->addItem(port.portName());
 }
 
-/// Takes the oldest entries off a full display. It would drop them by itself, but along with the
-/// new entry in one change of its whole text, at which it forgets all line widths and looks through
-/// 50,000 lines again for each entry. Within an edit block the cursor lays nothing out either.
-void connectDevice::makeRoom(int blocks)
-{
-    QTextDocument *log = ui.textEdit->document();
-    const int excess = log->blockCount() + blocks - log->maximumBlockCount();
-    if (excess <= 0)
-        return;
-    QTextCursor top(log);
-    top.beginEditBlock();
-    top.setPosition(log->findBlockByNumber(excess).position(), QTextCursor::KeepAnchor);
-    top.removeSelectedText();
-    top.endEditBlock();
-}
-
 void connectDevice::appendLog(const QString &text)
 {
-    makeRoom(text.count(QLatin1Char('\n')) + 1);
-    ui.textEdit->appendPlainText(text);
-    ui.textEdit->moveCursor(QTextCursor::End); // the view follows
+    ui.textEdit->append(text);
 }
 
 void connectDevice::setPageMode(int mode)
@@ -151,6 +132,7 @@ void connectDevice::setPageMode(int mode)
 
 int connectDevice::selectLogRange(int start, int end, int total)
 {
+    ui.textEdit->settle();
     // Measured back from the end of the text: it is the top that older entries fall off.
     const int length = ui.textEdit->document()->characterCount() - 1;
     int anchor = start - total + length;

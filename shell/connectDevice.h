@@ -53,7 +53,6 @@ private:
     void connectSlots();
     void setEntryRules();
     void setFixedSizes();
-    void makeRoom(int blocks);
     void appendPorts();
     void refillLinks();
     void openLink();

@@ -5,6 +5,7 @@
 
 #include <QComboBox>
 #include <QLineEdit>
+#include <QScrollBar>
 #include <QValidator>
 
 class tst_connectDevice : public QObject
@@ -21,6 +22,8 @@ private slots:
     void typedPortsUpTo99999();
     void pressOnTheListRenewsIt();
     void retranslateKeepsChoices();
+    void logFollows_data();
+    void logFollows();
 
 private:
     QComboBox *links() { return m_bench->find<QComboBox>("comboBox"); }
@@ -156,6 +159,44 @@ void tst_connectDevice::retranslateKeepsChoices()
     QCOMPARE(m_bench->find<QPushButton>("pushButton_Conn")->text(), english("连接"));
     QCOMPARE(m_bench->find<QPushButton>("pushButton_Switch")->text(), english("数据解析"));
     QCOMPARE(links()->itemText(0), QStringLiteral("TCP Client"));
+}
+
+void tst_connectDevice::logFollows_data()
+{
+    QTest::addColumn<int>("entries");
+    QTest::addColumn<int>("digits");
+    QTest::addColumn<int>("limit");
+    QTest::newRow("few") << 3 << 146 << 50000;
+    QTest::newRow("many") << 300 << 146 << 50000;
+    QTest::newRow("more than the display keeps") << 300 << 146 << 40;
+    QTest::newRow("lines longer than the view") << 5 << 60000 << 50000;
+    QTest::newRow("long lines, more than the display keeps") << 30 << 600 << 40;
+}
+
+/// Texts stand there at once, the view soon after, also when the operator had clicked elsewhere.
+void tst_connectDevice::logFollows()
+{
+    QFETCH(int, entries);
+    QFETCH(int, digits);
+    QFETCH(int, limit);
+    auto *panel = m_bench->find<connectDevice>("connectDeviceClass");
+    auto *log = m_bench->find<QPlainTextEdit>("textEdit");
+    log->setMaximumBlockCount(limit);
+    QStringList lines;
+    for (const bool isTouched : {false, true}) {
+        for (int i = 0; i < entries; ++i) {
+            const QStringList entry{QString::number(i) + "->", QString(digits, QLatin1Char('A'))};
+            lines += entry;
+            panel->appendLog(entry.join('\n'));
+            QVERIFY(log->textCursor().atEnd() && !log->textCursor().hasSelection());
+        }
+        lines = lines.mid(qMax(0, lines.size() - limit));
+        QCOMPARE(m_bench->log(), lines.join('\n'));
+        QTRY_VERIFY(log->viewport()->rect().contains(log->cursorRect().center()));
+        QVERIFY(log->verticalScrollBar()->maximum() - log->verticalScrollBar()->value() <= 1);
+        if (!isTouched)
+            QTest::mouseClick(log->viewport(), Qt::LeftButton, {}, {5, 5});
+    }
 }
 
 NACELLE_TEST_MAIN(tst_connectDevice)

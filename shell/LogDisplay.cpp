@@ -1,0 +1,124 @@
+#include "shell/LogDisplay.h"
+
+#include <QPlainTextDocumentLayout>
+#include <QTextLayout>
+
+namespace {
+
+constexpr int kFollowMs = 33;
+constexpr int kLongBlock = 4096; ///< characters of a line that is wrapped into dozens
+
+} // namespace
+
+/// The plain display's own layout, which can be told of a number of appended entries at once.
+/// Blocks that it wasn't told of are laid out when they are looked at.
+class LogLayout : public QPlainTextDocumentLayout
+{
+public:
+    using QPlainTextDocumentLayout::QPlainTextDocumentLayout;
+
+    /// Until the next `release`, `characters` that were appended at the end, and what was taken off
+    /// the top, are not looked at.
+    void hold() { m_isHeld = true; }
+    void letGo(int characters)
+    {
+        m_isHeld = false;
+        m_pending += characters;
+    }
+    bool isPending() const { return m_pending > 0; }
+
+    void release()
+    {
+        // Without the break before it: the block that it ends is as it was.
+        const int end = document()->characterCount() - 1;
+        const int from = qBound(0, end - m_pending + 1, end);
+        m_pending = 0;
+        QPlainTextDocumentLayout::documentChanged(from, 0, end - from);
+    }
+
+protected:
+    void documentChanged(int from, int charsRemoved, int charsAdded) override
+    {
+        if (!m_isHeld)
+            QPlainTextDocumentLayout::documentChanged(from, charsRemoved, charsAdded);
+    }
+
+private:
+    bool m_isHeld = false;
+    int m_pending = 0;
+};
+
+static LogLayout *giveLayout(QPlainTextEdit *display)
+{
+    auto *document = new QTextDocument(display);
+    auto *layout = new LogLayout(document);
+    document->setDocumentLayout(layout);
+    display->setDocument(document);
+    return layout;
+}
+
+LogDisplay::LogDisplay(QWidget *parent) : QPlainTextEdit(parent), m_layout(giveLayout(this))
+{
+    m_turn.setSingleShot(true);
+    connect(&m_turn, &QTimer::timeout, this, &LogDisplay::settle);
+}
+
+/// Takes the oldest blocks off a full display. It would drop them by itself, but one edit a block.
+void LogDisplay::makeRoom(QTextCursor &edit, int blocks)
+{
+    const int excess = document()->blockCount() + blocks - maximumBlockCount();
+    if (maximumBlockCount() <= 0 || excess <= 0)
+        return;
+    edit.setPosition(0);
+    edit.setPosition(document()->findBlockByNumber(excess).position(), QTextCursor::KeepAnchor);
+    edit.removeSelectedText();
+}
+
+void LogDisplay::append(const QString &text)
+{
+    const bool isAtEnd = textCursor().atEnd() && !textCursor().hasSelection();
+    const bool isFirst = document()->isEmpty();
+    m_layout->hold();
+    QTextCursor edit(document());
+    edit.beginEditBlock();
+    makeRoom(edit, text.count(QLatin1Char('\n')) + 1);
+    edit.movePosition(QTextCursor::End);
+    if (!isFirst)
+        edit.insertBlock();
+    edit.insertText(text);
+    edit.endEditBlock();
+    m_layout->letGo(text.size() + (isFirst ? 0 : 1));
+    // A cursor at the end has gone along.
+    if (!isAtEnd) {
+        settle();
+        moveCursor(QTextCursor::End);
+    } else if (!m_lastSettle.isValid() || m_lastSettle.hasExpired(kFollowMs)) {
+        settle();
+    } else if (!m_turn.isActive()) {
+        m_turn.start(int(kFollowMs - m_lastSettle.elapsed()));
+    }
+}
+
+void LogDisplay::settle()
+{
+    m_turn.stop();
+    if (!m_layout->isPending())
+        return;
+    keepLongLayout();
+    m_layout->release();
+    ensureCursorVisible();
+    m_lastSettle.start();
+}
+
+/// A line of up to 262,028 digits is laid out once, not again for the cursor and each painting.
+/// What is kept takes some 30 bytes a digit, so that it's kept for one line only.
+void LogDisplay::keepLongLayout()
+{
+    const QTextBlock last = document()->lastBlock();
+    if (last.length() < kLongBlock)
+        return;
+    if (m_longBlock.isValid() && m_longBlock != last)
+        m_longBlock.layout()->setCacheEnabled(false);
+    m_longBlock = last;
+    last.layout()->setCacheEnabled(true);
+}

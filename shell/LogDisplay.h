@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QPlainTextEdit>
+#include <QTextBlock>
+#include <QTimer>
+
+class LogLayout;
+
+/// The display of the traffic log. An entry's text stands in it at once; the view follows some 30
+/// times a second, for most of what an entry costs is layout and painting. Lives on the main
+/// thread, owned by its form.
+class LogDisplay : public QPlainTextEdit
+{
+    Q_OBJECT
+
+public:
+    explicit LogDisplay(QWidget *parent = nullptr);
+
+    /// Appends an entry of one or more lines; the cursor goes to its end.
+    void append(const QString &text);
+
+    /// Lays out what was appended and lets the view follow now. Whoever asks where a text stands
+    /// on the screen calls this first.
+    void settle();
+
+private:
+    void makeRoom(QTextCursor &edit, int blocks);
+    void keepLongLayout();
+
+    LogLayout *const m_layout;
+    QTimer m_turn;              ///< until the view may follow again
+    QElapsedTimer m_lastSettle; ///< invalid until the first
+    QTextBlock m_longBlock;     ///< whose layout is kept
+};
