@@ -10,6 +10,7 @@ add_library(nacelle_ui STATIC
     foundation/scale.h
     console/flowAnalysis.cpp console/flowAnalysis.h console/flowAnalysis.ui
     console/sendflags.h
+    protocol/HexLabel.cpp protocol/HexLabel.h
     protocol/controlCmd.cpp protocol/controlCmd.h protocol/controlCmd.ui
     protocol/dataPacketAnalysis.cpp protocol/dataPacketAnalysis.h protocol/dataPacketAnalysis.ui
     protocol/entryrules.cpp protocol/entryrules.h

@@ -25,6 +25,8 @@ constexpr unsigned long kRetryDelayMs = 2000;
 // without a bound a peer that floods the link makes chunks of megabytes, and the window stands
 // still over each.
 constexpr qint64 kReadSize = 64 * 1024;
+// After a chunk that only a flood makes, the window has its turn.
+constexpr int kFloodChunk = 8 * 1024;
 
 } // namespace
 
@@ -66,8 +68,23 @@ void QMyTcpSocket::onConnected()
 
 void QMyTcpSocket::onReadyRead()
 {
+    if (m_isResting)
+        return;
     const QString address = m_socket->peerAddress().toString();
-    emit signals_ReceiveTcpData(m_socket->readAll(), address, 1);
+    const QByteArray chunk = m_socket->readAll();
+    if (chunk.size() > kFloodChunk) {
+        m_isResting = true;
+        QTimer::singleShot(0, this, &QMyTcpSocket::endRest);
+    }
+    emit signals_ReceiveTcpData(chunk, address, 1);
+}
+
+/// Takes what came in the meantime, of which the socket won't speak again.
+void QMyTcpSocket::endRest()
+{
+    m_isResting = false;
+    if (m_socket->bytesAvailable() > 0)
+        onReadyRead();
 }
 
 void QMyTcpSocket::onError()
@@ -79,6 +96,7 @@ void QMyTcpSocket::onError()
     if (m_handled)
         return;
     m_handled = true;
+    endRest(); // what came before the loss
     m_socket->close();
     QtConcurrent::run([this, ip = m_ip, port = m_port] {
         sleepInPool(kRetryDelayMs);

@@ -30,13 +30,15 @@ private:
     void limitConnectTime();
     void onConnected();
     void onReadyRead();
+    void endRest();
     void onError();
     void onDisconnected();
     void onConnectTimeout();
 
     QString m_ip;
     int m_port = 0;
-    bool m_isFrist = true;  ///< until the connection came up for the first time
-    bool m_handled = false; ///< the loss of this socket was acted upon
+    bool m_isFrist = true;    ///< until the connection came up for the first time
+    bool m_handled = false;   ///< the loss of this socket was acted upon
+    bool m_isResting = false; ///< after a large chunk, until the loop comes round
     QTcpSocket *m_socket = nullptr;
 };
