@@ -18,7 +18,6 @@ add_library(nacelle_ui STATIC
     shell/NacelleBench.cpp shell/NacelleBench.h shell/NacelleBench.ui
     shell/QMyTcpSocket.cpp shell/QMyTcpSocket.h
     shell/connectDevice.cpp shell/connectDevice.h shell/connectDevice.ui
-    shell/framecut.h
     shell/links.cpp shell/links.h
     shell/videolink.cpp shell/videolink.h
     video/VLCWidget.cpp video/VLCWidget.h

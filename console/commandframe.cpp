@@ -8,6 +8,7 @@
 namespace {
 
 constexpr quint8 kIdleSize = kFrameOverhead + 1;
+constexpr int kAnswerSize = kFrameOverhead + 2;
 constexpr const char *kIdleCode = " 00";
 constexpr const char *kInertialValid = "01 ";
 constexpr const char *kControlAndInertialValid = "05 ";
@@ -125,4 +126,10 @@ QByteArray consoleFrame(const ConsoleState &state, bool idle)
                        state.carrier + (row ? commandText(*row, state) : QLatin1String(kIdleCode)));
     appendCrc(frame);
     return frame;
+}
+
+bool isAnswer(const QByteArray &sent, const QByteArray &received)
+{
+    const quint8 code = byteAt(sent, kFixedSize);
+    return code != 0 && code == byteAt(received, kFixedSize) && received.size() == kAnswerSize;
 }

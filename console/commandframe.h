@@ -125,3 +125,7 @@ struct ConsoleState
 
 /// A whole host frame, CRC included. An idle one ignores the selection; control inputs it carries.
 QByteArray consoleFrame(const ConsoleState &state, bool idle);
+
+/// True when a received frame shows the command of a sent one back: its feedback area holds that
+/// code, not 0, and a result, whatever it says. Only a frame of 73 bytes holds just these two.
+bool isAnswer(const QByteArray &sent, const QByteArray &received);

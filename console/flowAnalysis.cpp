@@ -302,12 +302,7 @@ void flowAnalysis::start()
     if (ui.comboBox->currentIndex() == kLearningMode)
         mainWindow->clearLog();
     m_flags->running = true;
-    for (QList<QByteArray> *frames : {&mainWindow->sentFrames, &mainWindow->receivedFrames})
-        frames->clear();
-    for (QList<int> *positions : {&mainWindow->sentStarts, &mainWindow->sentEnds,
-                                  &mainWindow->receivedStarts, &mainWindow->receivedEnds})
-        positions->clear();
-    mainWindow->historyIndex = 0;
+    mainWindow->emptyHistory();
     ui.pushButton_start->setText(translated("停止"));
     sendFrame(true);
     mainWindow->flowRunMode = ui.comboBox->currentIndex();

@@ -47,8 +47,6 @@ constexpr int kReadTurnMs = 5;
 constexpr int kErrorRestMs = 100;
 constexpr int kDefaultRun = 0;
 constexpr int kLearningRun = 1;
-/// Size of a GCU frame whose feedback area holds code and result: the only one that is an answer.
-constexpr int kAnswerSize = 73;
 
 QString pageName()
 {
@@ -62,12 +60,6 @@ QList<T *> pagesIn(QWidget *host)
     QList<T *> pages = host->findChildren<T *>(pageName());
     std::reverse(pages.begin(), pages.end());
     return pages;
-}
-
-/// Where an entry ends; a run of days passes the largest position and begins anew.
-int endOf(int start, const QString &entry)
-{
-    return int(uint(start) + uint(entry.size()) + 1u);
 }
 
 QString logEntry(const char *direction, const QByteArray &frame)
@@ -370,21 +362,11 @@ void NacelleBench::rebuildPage(bool console)
 
 void NacelleBench::showHistoryGroup(bool newer)
 {
-    int target = 0;
-    if (newer)
-        target = qMax(0, historyIndex - 1);
-    else if (qMax(sentFrames.size(), receivedFrames.size()) > historyIndex + 1)
-        target = historyIndex + 1; // past the oldest group it jumps back to the newest
+    const int target = nextGroup(newer);
     if (m_panel->consoleInFront())
         return;
     if (showGroup(target))
         historyIndex = target;
-}
-
-/// Position in the log's text where the newest entry ends.
-int NacelleBench::logEnd() const
-{
-    return qMax(sentEnds.value(0), receivedEnds.value(0));
 }
 
 /// Selects the stored group in the log: the i-th newest sent entry, together with the received one
@@ -393,10 +375,8 @@ int NacelleBench::selectGroup(int index)
 {
     if (index >= sentFrames.size())
         return 0;
-    const bool answered =
-        index < receivedFrames.size() && sentEnds.at(index) == receivedStarts.at(index);
-    const int end = answered ? receivedEnds.at(index) : sentEnds.at(index);
-    return m_panel->selectLogRange(sentStarts.at(index) + 1, end, logEnd());
+    const Range range = groupRange(index);
+    return m_panel->selectLogRange(range.start, range.end, logEnd());
 }
 
 bool NacelleBench::showGroup(int index)
@@ -493,12 +473,9 @@ void NacelleBench::Disconnect()
 
 void NacelleBench::sendData(QByteArray frame)
 {
-    const int start = logEnd();
-    sentStarts.prepend(start);
-    sentFrames.prepend(tightCopy(frame));
     const QString entry = logEntry("发", frame);
+    recordSent(frame, entry.size());
     m_panel->appendLog(entry);
-    sentEnds.prepend(endOf(start, entry));
 
     if (connectType == kTcpLink && tcpSocket)
         tcpSocket->write(frame);
@@ -542,33 +519,28 @@ void NacelleBench::receiveUdpData()
 void NacelleBench::receiveData(QByteArray ba, QString, int)
 {
     cutChunk(receiveCache, ba,
-             [this](const QByteArray &frame, quint8 mode) { recordReceived(frame, mode); });
+             [this](const QByteArray &frame, quint8 mode) { takeFrame(frame, mode); });
 }
 
-void NacelleBench::recordReceived(const QByteArray &frame, quint8 mode)
+void NacelleBench::takeFrame(const QByteArray &frame, quint8 mode)
 {
-    const int start = logEnd();
-    receivedStarts.prepend(start);
-    receivedFrames.prepend(frame);
     const QString entry = logEntry("收", frame);
+    recordReceived(frame, entry.size());
     m_panel->appendLog(entry);
-    receivedEnds.prepend(endOf(start, entry));
 
     if (currentPageIndex == 0 && m_packetPage)
         m_packetPage->showReceivedFrame(frame);
     // In the history view the flow page is chosen but gone.
     if (currentPageIndex == 1 && m_flowPage) {
         m_flowPage->setPodMode(qint8(mode));
-        testEcho(frame);
+        takeAnswer(frame);
     }
 }
 
 /// Ends a repeated command once the pod has shown its code back.
-void NacelleBench::testEcho(const QByteArray &frame)
+void NacelleBench::takeAnswer(const QByteArray &frame)
 {
-    const QByteArray sent = hexTextToBytes(m_flowPage->lastSentText);
-    const quint8 code = byteAt(sent, kFeedbackOffset);
-    if (code == 0 || code != byteAt(frame, kFeedbackOffset) || frame.size() != kAnswerSize)
+    if (!isAnswer(hexTextToBytes(m_flowPage->lastSentText), frame))
         return;
     if (flowRunMode == kLearningRun)
         m_flowPage->stopRunning();

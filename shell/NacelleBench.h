@@ -1,9 +1,10 @@
 #pragma once
 
+#include "shell/FrameHistory.h"
+
 #include "ui_NacelleBench.h"
 
 #include <QByteArray>
-#include <QList>
 #include <QMainWindow>
 #include <QPointer>
 
@@ -23,7 +24,7 @@ enum LinkType { kNoLink = -1, kTcpLink = 0, kUdpLink = 1, kSerialLink = 2 };
 /// The one main window. It owns the connection panel, the one page in front, the link, the frame
 /// history and the reassembly cache. Everything in it runs on the main thread; link objects have
 /// no parent, a superseded one is kept to the end of the process.
-class NacelleBench : public QMainWindow
+class NacelleBench : public QMainWindow, public FrameHistory
 {
     Q_OBJECT
 
@@ -47,17 +48,8 @@ public:
     void retranslate();
 
     // Pages and panel read and write these.
-    int currentPageIndex = 0; ///< 0 packet page chosen, 1 flow page chosen
-    int flowRunMode = 0;      ///< mode selector of the console at the start of its last run
-    // The history: three parallel lists a side, newest at index 0. Starts and ends are positions
-    // in the log's text as if nothing had ever left the display.
-    QList<QByteArray> sentFrames;
-    QList<int> sentStarts;
-    QList<int> sentEnds;
-    QList<QByteArray> receivedFrames;
-    QList<int> receivedStarts;
-    QList<int> receivedEnds;
-    int historyIndex = 0;             ///< group shown by the history view
+    int currentPageIndex = 0;         ///< 0 packet page chosen, 1 flow page chosen
+    int flowRunMode = 0;              ///< mode selector of the console at the start of its last run
     videoFrom *videoWindow = nullptr; ///< the open one; closing it clears the pointer
 
 public slots:
@@ -102,11 +94,10 @@ private:
     void placePage(QWidget *page);
     void makePacketPage();
     void makeFlowPage();
-    int logEnd() const;
     bool showGroup(int index);
     int selectGroup(int index);
-    void recordReceived(const QByteArray &frame, quint8 mode);
-    void testEcho(const QByteArray &frame);
+    void takeFrame(const QByteArray &frame, quint8 mode);
+    void takeAnswer(const QByteArray &frame);
 
     connectDevice *m_panel = nullptr;
     // A page is gone once it is given up; a frame on the wire must not reach it any more.

@@ -12,12 +12,6 @@ inline bool beginsGcuFrame(const QByteArray &chunk)
     return byteAt(chunk, 0) == 0x8A && byteAt(chunk, 1) == 0x5E;
 }
 
-/// A copy without the spare room that a link's buffer brings along: stored frames are many.
-inline QByteArray tightCopy(const QByteArray &bytes)
-{
-    return QByteArray(bytes.constData(), bytes.size());
-}
-
 /// Cuts GCU frames out of the chunks of a link. Takes one chunk of any size and hands a frame that
 /// it completes to `record(frame, mode)`; `cache` keeps what waits for more. No header is searched
 /// inside a chunk: its first two bytes decide. A negative length makes all that is there a frame.
@@ -33,7 +27,7 @@ void cutChunk(QByteArray &cache, const QByteArray &chunk, Record record)
             return;
         }
         cache = chunk.mid(0, length);
-        record(tightCopy(cache), byteAt(chunk, kModeOffset));
+        record(QByteArray(cache), byteAt(chunk, kModeOffset));
         // What stands behind the frame isn't looked at now, even if it is a whole frame.
         cache = chunk.mid(length);
         return;
@@ -46,7 +40,7 @@ void cutChunk(QByteArray &cache, const QByteArray &chunk, Record record)
     }
     // Where the cache holds more than S already, all of the chunk goes into the frame.
     cache.append(chunk.mid(0, length - cache.size()));
-    record(tightCopy(cache), byteAt(cache, kModeOffset));
+    record(QByteArray(cache), byteAt(cache, kModeOffset));
     // The rest is cut at S, not at S less what the cache had held, so that bytes after the frame
     // are lost here, unlike above. Operators know their logs so: keep it.
     cache = chunk.mid(length);

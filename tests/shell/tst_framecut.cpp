@@ -23,7 +23,6 @@ private slots:
     void chunks_data();
     void chunks();
     void modes();
-    void storedFramesAreTight();
 };
 
 void tst_framecut::splitAtEveryPosition()
@@ -127,18 +126,6 @@ void tst_framecut::modes()
             cutChunk(cache, chunk, [&last](const QByteArray &, quint8 mode) { last = mode; });
         QCOMPARE(last, row.mode);
     }
-}
-
-/// An hour's run stores some 100,000 frames: none may keep a link's buffer alive.
-void tst_framecut::storedFramesAreTight()
-{
-    QByteArray cache;
-    QVector<int> rooms;
-    for (QByteArray chunk : {kA, kA.left(40), kA.mid(40)}) {
-        chunk.reserve(16384);
-        cutChunk(cache, chunk, [&rooms](const QByteArray &frame, quint8) { rooms << frame.capacity(); });
-    }
-    QCOMPARE(rooms, (QVector<int>{73, 73}));
 }
 
 NACELLE_TEST_MAIN(tst_framecut)
