@@ -4,12 +4,9 @@ include(cmake/VideoLibraries.cmake)
 add_library(nacelle_ui STATIC
     foundation/About.cpp foundation/About.h foundation/About.ui
     foundation/FramelessWidget.cpp foundation/FramelessWidget.h
+    foundation/digitfont.h
     foundation/PopFrame.cpp foundation/PopFrame.h foundation/PopFrame.ui
-    foundation/emissiongate.h
-    foundation/poolsleep.h
-    foundation/scale.h
     console/flowAnalysis.cpp console/flowAnalysis.h console/flowAnalysis.ui
-    console/sendflags.h
     protocol/HexLabel.cpp protocol/HexLabel.h
     protocol/controlCmd.cpp protocol/controlCmd.h protocol/controlCmd.ui
     protocol/dataPacketAnalysis.cpp protocol/dataPacketAnalysis.h protocol/dataPacketAnalysis.ui
@@ -23,7 +20,6 @@ add_library(nacelle_ui STATIC
     video/VLCWidget.cpp video/VLCWidget.h
     video/VideoCodec.cpp video/VideoCodec.h
     video/ffmpeg.h
-    video/foreign.h
     video/videoFrom.cpp video/videoFrom.h video/videoFrom.ui
     video/vlc.h
     resources/resources.qrc

@@ -14,6 +14,9 @@ sources() {
 echo "== clang-format"
 scripts/format.sh --check || failed=1
 
+echo "== permitted includes"
+scripts/check-edges.sh || failed=1
+
 echo "== clang-tidy"
 # A build folder of its own with all there is, of which only the generated sources are made.
 cmake --preset dev -B build/lint -DNACELLE_BENCH=ON -DNACELLE_FUZZ=ON >/dev/null
