@@ -26,8 +26,8 @@ constexpr unsigned long kReopenSeconds = 1;
 constexpr unsigned long kErrorReopenSeconds = 3;
 constexpr float kEndOfMedia = 1.0f;
 
-/// An error is not among them, on purpose: a stream that stops is played again, one that fails
-/// stays down until the operator presses the play button.
+/// An error is not among them, on purpose: it starts nothing. A stream that stops is played again,
+/// also where libVLC lets a stop follow an error.
 constexpr libvlc_event_e kAttachedEvents[] = {
     libvlc_MediaPlayerTimeChanged, libvlc_MediaPlayerEndReached, libvlc_MediaPlayerStopped,
     libvlc_MediaPlayerPlaying,     libvlc_MediaPlayerPaused,
@@ -210,22 +210,23 @@ void VLCWidget::handleEvent(const libvlc_event_t *event, void *surface)
     auto *widget = static_cast<VLCWidget *>(surface);
     if (!widget || widget->m_closing->isClosed())
         return;
-    // Some libVLCs let an error be followed by a stop. It counts once the stream has played: an
-    // address that can't be opened stays down, a stream that is lost is tried until it is back.
-    if (event->type == libvlc_MediaPlayerPlaying)
-        widget->m_played = true;
-    else if (event->type == libvlc_MediaPlayerStopped && widget->m_played)
+    if (event->type == libvlc_MediaPlayerStopped)
         widget->reopenAfter(kReopenSeconds);
     else if (event->type == libvlc_MediaPlayerEncounteredError)
         widget->reopenAfter(kErrorReopenSeconds);
 }
 
-/// A task that sleeps when the surface goes is neither cancelled nor awaited.
+/// One task sleeps at a time: an attempt that fails may stop twice, once when it ends the lost
+/// stream and once by itself, and a task for each would double their number with every second. A
+/// task that sleeps when the surface goes is neither cancelled nor awaited.
 void VLCWidget::reopenAfter(unsigned long seconds)
 {
+    if (m_reopening.exchange(true))
+        return;
     QtConcurrent::run([this, gate = m_closing, seconds] {
         sleepInPool(seconds * 1000);
         gate->pass([this] {
+            m_reopening = false;
             if (!m_url.isEmpty())
                 emit refresh();
         });

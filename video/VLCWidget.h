@@ -80,7 +80,7 @@ private:
     qint64 m_lastFrameMs = 0; ///< since the epoch
     QString m_url;
     std::shared_ptr<EmissionGate> m_closing; ///< closed first thing in the destructor
-    std::atomic<bool> m_played{false};
+    std::atomic<bool> m_reopening{false};    ///< a task sleeps before the next attempt
     /// What the task that gives the engines up tells the thread that waits for it.
     std::atomic<bool> m_enginesGone{false};
     bool m_ownWindow = false;
