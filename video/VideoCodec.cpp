@@ -14,6 +14,7 @@ constexpr int kUnpadded = 1;
 constexpr unsigned long kRetrySeconds = 1;
 constexpr int kPauseMs = 1;
 constexpr unsigned long kPauseSliceUs = 500;
+constexpr int kDeepest = 1000; // calls of some 200 bytes each; the smallest stack has a megabyte
 constexpr qint64 kAnalyzeMicroseconds = 5000000;
 
 bool fails(const char *message)
@@ -67,8 +68,8 @@ void VideoCodec::requestStop()
     m_stop = true;
 }
 
-/// Each opening nests one call deeper, without bound: what runs in a call stands in functions of
-/// its own, so that a level costs the stack next to nothing.
+/// Each opening nests one call deeper: what runs in a call stands in functions of its own, so that
+/// a level costs the stack next to nothing.
 void VideoCodec::run()
 {
     try {
@@ -81,19 +82,38 @@ void VideoCodec::run()
             decode(videoStream);
             release();
             if (!m_stop)
-                run();
+                runAgain();
             return;
         }
         release();
         if (m_stop)
             return;
         sleep(kRetrySeconds);
-        run();
+        runAgain();
     } catch (...) {
         // What is no exception of the language is a terminated thread on its way out.
         if (!std::current_exception())
             throw;
     }
+}
+
+/// A call of `run` has nothing left to do after the one in it. So the calls can all return to the
+/// outermost before the stack ends, and go on from there: openings without a bound, as far as can
+/// be seen. The counts are the thread's, since one that is terminated leaves them as they are.
+void VideoCodec::runAgain()
+{
+    thread_local int depth = 0;
+    thread_local bool isCutShort = false;
+    if (depth == kDeepest) {
+        isCutShort = true;
+        return;
+    }
+    ++depth;
+    do {
+        isCutShort = false;
+        run();
+    } while (isCutShort && depth == 1);
+    --depth;
 }
 
 bool VideoCodec::open(int *videoStream)

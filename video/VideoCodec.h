@@ -40,6 +40,7 @@ protected:
     void run() override;
 
 private:
+    void runAgain();
     bool open(int *videoStream);
     bool openInput();
     bool openDecoder(int *videoStream);

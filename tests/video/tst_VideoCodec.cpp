@@ -1,12 +1,34 @@
 #include "tests/support/strictmain.h"
 #include "video/VideoCodec.h"
 
+#include <QTemporaryDir>
+
+namespace {
+
+/// Counts its openings.
+class CountingCodec : public VideoCodec
+{
+public:
+    using VideoCodec::VideoCodec;
+    std::atomic<int> openings{0};
+
+protected:
+    void run() override
+    {
+        ++openings;
+        VideoCodec::run();
+    }
+};
+
+} // namespace
+
 class tst_VideoCodec : public QObject
 {
     Q_OBJECT
 
 private slots:
     void terminatedAndStartedAnew();
+    void openedAgainAndAgain();
 };
 
 /// Nothing in the program terminates a thread, but it can be done.
@@ -20,6 +42,20 @@ void tst_VideoCodec::terminatedAndStartedAnew()
     QTRY_VERIFY(codec->isFinished() || codec->isRunning());
     codec->stopNow();
     QTRY_VERIFY(codec->isFinished());
+}
+
+/// Each opening is a call in the one before; on a stack of a megabyte there is no room for these.
+void tst_VideoCodec::openedAgainAndAgain()
+{
+    const QTemporaryDir folder;
+    const QString picture = folder.filePath("picture.png");
+    QVERIFY(QImage(16, 16, QImage::Format_RGB32).save(picture));
+    CountingCodec codec(picture, "tcp", true);
+    codec.setStackSize(1 << 20);
+    codec.startDecoding();
+    QTRY_VERIFY_WITH_TIMEOUT(codec.openings > 20000, 120000);
+    codec.requestStop();
+    QVERIFY(codec.wait());
 }
 
 NACELLE_TEST_MAIN(tst_VideoCodec)
