@@ -292,6 +292,7 @@ void tst_videoFrom::picturesPassTheGate()
         QTest::qWait(60);
         sinceFirst.start();
         surface->slotGetOneFrame(plain(Qt::green));
+        QTest::qWait(20);
         surface->slotGetOneFrame(plain(Qt::blue));
     } while (sinceFirst.elapsed() > 40);
     QCOMPARE(colour(), QColor(Qt::green));
