@@ -1,6 +1,7 @@
 // The program, played by itself: opens the video window on an address, presses play and closes the
 // main window after so many milliseconds. With a further argument it does so beside a run of the
-// console, in a pool of one thread, with a surface that has just been replaced.
+// console, in a pool of one thread, with a surface that has just been replaced. The rest of it is
+// the program's own main().
 
 #include "foundation/QGlobal.h"
 #include "shell/NacelleBench.h"
@@ -12,23 +13,35 @@
 #include <QThreadPool>
 #include <QTimer>
 
-int main(int argc, char **argv)
+static NacelleBench *theWindow()
 {
-    QApplication application(argc, argv);
-    NacelleBench window;
+    for (QWidget *widget : QApplication::topLevelWidgets())
+        if (auto *window = qobject_cast<NacelleBench *>(widget))
+            return window;
+    qFatal("the program has no window");
+}
+
+static void playAndClose()
+{
+    NacelleBench *window = theWindow();
     const QStringList arguments = QCoreApplication::arguments();
     QGlobal::instance()->ffmpegEngine = arguments.at(1) == QLatin1String("ffmpeg");
-    window.show();
-    window.findChild<QPushButton *>(QStringLiteral("pushButton_2"))->click();
-    window.findChild<QPushButton *>(QStringLiteral("pushButton_video"))->click();
-    window.videoWindow->findChild<QLineEdit *>(QStringLiteral("lineEdit"))
-        ->setText(arguments.at(2));
-    window.videoWindow->findChild<QPushButton *>(QStringLiteral("pushButton_Refresh"))->click();
+    window->findChild<QPushButton *>(QStringLiteral("pushButton_2"))->click();
+    window->findChild<QPushButton *>(QStringLiteral("pushButton_video"))->click();
+    const QWidget *video = window->videoWindow;
+    video->findChild<QLineEdit *>(QStringLiteral("lineEdit"))->setText(arguments.at(2));
+    auto *play = video->findChild<QPushButton *>(QStringLiteral("pushButton_Refresh"));
+    play->click();
     if (arguments.size() > 4) {
         QThreadPool::globalInstance()->setMaxThreadCount(1);
-        window.findChild<QPushButton *>(QStringLiteral("pushButton_start"))->click();
-        window.videoWindow->findChild<QPushButton *>(QStringLiteral("pushButton_Refresh"))->click();
+        window->findChild<QPushButton *>(QStringLiteral("pushButton_start"))->click();
+        play->click();
     }
-    QTimer::singleShot(arguments.at(3).toInt(), &window, &QWidget::close);
-    return QApplication::exec();
+    QTimer::singleShot(arguments.at(3).toInt(), window, &QWidget::close);
 }
+
+static void atStart()
+{
+    QTimer::singleShot(0, playAndClose);
+}
+Q_COREAPP_STARTUP_FUNCTION(atStart)

@@ -25,6 +25,7 @@ private slots:
     void endedIsStoppedFirst();
     void missingStreamIsTriedUntilItIsThere_data();
     void missingStreamIsTriedUntilItIsThere();
+    void programEndsWhilePlaying();
     void goingKeepsTheWindowAlive();
 
 private:
@@ -110,6 +111,15 @@ void tst_vlcEngine::missingStreamIsTriedUntilItIsThere()
     m_server->gone = false;
     const int before = m_server->requests;
     QTRY_VERIFY(m_server->requests > before);
+}
+
+void tst_vlcEngine::programEndsWhilePlaying()
+{
+    const QString program = QCoreApplication::applicationDirPath() + "/endplaying";
+    for (int after = 0; after < 200; after += 15)
+        QCOMPARE(QProcess::execute(program, {"libvlc", QUrl::fromLocalFile(m_clip).toString(),
+                                             QString::number(after)}),
+                 0);
 }
 
 void tst_vlcEngine::goingKeepsTheWindowAlive()
