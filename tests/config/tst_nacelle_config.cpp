@@ -8,6 +8,8 @@
 
 #include <memory>
 
+#include <sys/stat.h>
+
 namespace {
 
 struct Run
@@ -50,6 +52,7 @@ private slots:
     void refusesItsCommandLine();
     void failsToWrite();
     void keepsTheFileWhenTheDiskIsFull();
+    void saysThatItsOutputIsFull();
     void helps();
 
 private:
@@ -111,6 +114,7 @@ void tst_nacelle_config::setsOneByteOfAFile()
     QFETCH(int, value);
     QByteArray expected = SavedSample{18, 2, false}.file();
     expected[offset] = char(1 - value);
+    expected[0] = 7; // a flag that the program would write as 1
     lay(expected);
     QCOMPARE(config(QStringList{"set"} + words).code, 0);
     expected[offset] = char(value);
@@ -178,6 +182,7 @@ void tst_nacelle_config::refusesItsCommandLine_data()
     QTest::newRow("no value") << QStringList{"set", "engine"};
     QTest::newRow("unknown setting") << QStringList{"set", "scale", "2"};
     QTest::newRow("value of another") << QStringList{"set", "engine", "zh"};
+    QTest::newRow("empty path") << QStringList{"--file", "", "show"};
     QTest::newRow("unknown option") << QStringList{"--folder", "x", "show"};
 }
 
@@ -192,8 +197,9 @@ void tst_nacelle_config::refusesItsCommandLine()
 
 void tst_nacelle_config::failsToWrite()
 {
-    for (const QString &path :
-         {m_folder->filePath("no/such/folder.ncl"), m_folder->path(), QString()}) {
+    const QString pipe = m_folder->filePath("pipe");
+    QCOMPARE(mkfifo(qPrintable(pipe), 0600), 0);
+    for (const QString &path : {m_folder->filePath("no/such/folder.ncl"), m_folder->path(), pipe}) {
         m_path = path;
         for (const QStringList &words :
              {QStringList{"set", "language", "en"}, QStringList{"show"}}) {
@@ -215,6 +221,17 @@ void tst_nacelle_config::keepsTheFileWhenTheDiskIsFull()
     QCOMPARE(failed.code, 1);
     QVERIFY(failed.error.contains(m_path));
     QCOMPARE(laid(), before);
+}
+
+void tst_nacelle_config::saysThatItsOutputIsFull()
+{
+    lay(SavedSample().file());
+    for (const char *words : {"show", "set language zh", "--help"}) {
+        const Run failed = run(
+            "sh", {"-c", R"("$1" --file "$2" $3 > /dev/full)", "sh", CONFIG_PATH, m_path, words});
+        QCOMPARE(failed.code, 1);
+        QVERIFY(failed.error.contains("output"));
+    }
 }
 
 void tst_nacelle_config::helps()

@@ -1,5 +1,6 @@
 #include "tools/config/configfile.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -18,25 +19,43 @@ QString damage(BlockState state)
 bool canBeMade(const QString &path)
 {
     const QFileInfo folder(QFileInfo(path).path());
-    return !path.isEmpty() && folder.isDir() && folder.isExecutable() && !QFile::exists(path);
+    return folder.isDir() && folder.isExecutable() && !QFile::exists(path);
+}
+
+ConfigFile failure(const QString &path, const QString &reason)
+{
+    ConfigFile result;
+    result.code = kExitFailure;
+    result.error = path + QStringLiteral(": ") + reason;
+    return result;
+}
+
+ConfigFile firstStart()
+{
+    ConfigFile result;
+    result.isThere = false;
+    result.block = blockOf(*QGlobal::atFirstStart());
+    QBuffer buffer(&result.bytes);
+    buffer.open(QIODevice::WriteOnly);
+    writeBlock(buffer, result.block);
+    return result;
 }
 
 } // namespace
 
 ConfigFile readConfigFile(const QString &path)
 {
-    ConfigFile result;
+    // Others may let a reader wait for ever, or never end.
+    if (QFileInfo::exists(path) && !QFileInfo(path).isFile())
+        return failure(path, QStringLiteral("not a file"));
     QFile file(path);
-    result.isThere = file.open(QIODevice::ReadOnly);
-    if (!result.isThere) {
-        result.block = blockOf(*QGlobal::atFirstStart());
-        if (!canBeMade(path)) {
-            result.code = kExitFailure;
-            result.error = path + QStringLiteral(": ") + file.errorString();
-        }
-        return result;
-    }
-    const BlockState state = readBlock(file, result.block);
+    if (!file.open(QIODevice::ReadOnly))
+        return canBeMade(path) ? firstStart() : failure(path, file.errorString());
+    ConfigFile result;
+    result.bytes = file.readAll();
+    QBuffer buffer(&result.bytes);
+    buffer.open(QIODevice::ReadOnly);
+    const BlockState state = readBlock(buffer, result.block);
     if (state != BlockState::Whole) {
         result.code = kExitDamaged;
         result.error = QStringLiteral("%1 is damaged: %2. It is left as it is; delete it to begin "
@@ -46,11 +65,11 @@ ConfigFile readConfigFile(const QString &path)
     return result;
 }
 
-QString replaceConfigFile(const QString &path, const SavedBlock &block)
+QString replaceConfigFile(const QString &path, const QByteArray &bytes)
 {
     QSaveFile file(path);
     if (file.open(QIODevice::WriteOnly)) {
-        writeBlock(file, block);
+        file.write(bytes);
         // A failure of the last write is seen here; committing alone passes over it.
         if (!file.flush())
             file.cancelWriting();

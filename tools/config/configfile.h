@@ -5,7 +5,7 @@
 /// What the program ends with.
 enum ExitCode {
     kExitDone = 0,
-    kExitFailure = 1, ///< a wrong command line, or a file that can't be opened
+    kExitFailure = 1, ///< a wrong command line, or what can't be opened or written
     kExitDamaged = 2  ///< a file that the program wouldn't read to its last byte
 };
 
@@ -13,6 +13,7 @@ enum ExitCode {
 struct ConfigFile
 {
     SavedBlock block;
+    QByteArray bytes; ///< the block as it stands in the file
     bool isThere = true;
     ExitCode code = kExitDone;
     QString error; ///< empty with `kExitDone`
@@ -22,4 +23,4 @@ ConfigFile readConfigFile(const QString &path);
 
 /// Puts a new file in the old one's place once all of it is written. The reason of a failure, or
 /// nothing.
-QString replaceConfigFile(const QString &path, const SavedBlock &block);
+QString replaceConfigFile(const QString &path, const QByteArray &bytes);

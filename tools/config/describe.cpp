@@ -22,7 +22,7 @@ QString settingLine(const SettingField<T> &field, const SavedBlock &block)
         for (const Choice &choice : kChoices)
             if (choice.member == field.member)
                 return QLatin1String(choice.name) + QStringLiteral(": ") +
-                       QLatin1String(chosenWord(choice, block));
+                       QLatin1String(wordFor(choice, block.*field.member));
     }
     return QLatin1String(field.name) + QStringLiteral(": ") + shown(block.*field.member);
 }

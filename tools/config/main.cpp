@@ -1,11 +1,10 @@
 #include "tools/config/choices.h"
 #include "tools/config/configfile.h"
 #include "tools/config/describe.h"
+#include "tools/config/speech.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-
-#include <cstdio>
 
 namespace {
 
@@ -26,13 +25,12 @@ constexpr char kDescription[] =
     "changes\n"
     "nothing else of the file, not even what the program itself drops of it.\n"
     "\n"
-    "Ends with 0; with 1 for a wrong command line or a file that can't be opened or written; with "
-    "2\n"
-    "for a damaged file.";
+    "Ends with 0; with 1 for a wrong command line, or a file or an output that can't be opened or\n"
+    "written; with 2 for a damaged file.";
 
 int complain(const QString &text, int code)
 {
-    std::fprintf(stderr, "nacelle-config: %s\n", qPrintable(text));
+    writeLine(stderr, QStringLiteral("nacelle-config: ") + text);
     return code;
 }
 
@@ -43,7 +41,7 @@ int complainOfUsage(const QString &text)
 
 void say(const QString &line)
 {
-    std::printf("%s\n", qPrintable(line));
+    writeLine(stdout, line);
 }
 
 int show(const QString &path)
@@ -63,17 +61,20 @@ int set(const QString &path, const Choice &choice, bool value)
     ConfigFile file = readConfigFile(path);
     if (file.code != kExitDone)
         return complain(file.error, file.code);
-    file.block.*choice.member = value;
-    const QString failure = replaceConfigFile(path, file.block);
+    // All other bytes stay as they are, also those that the program would write otherwise.
+    file.bytes[byteOf(choice)] = char(value);
+    const QString failure = replaceConfigFile(path, file.bytes);
     if (!failure.isEmpty())
         return complain(failure, kExitFailure);
     say(QStringLiteral("%1 is now %2 in %3")
-            .arg(QLatin1String(choice.name), QLatin1String(chosenWord(choice, file.block)), path));
+            .arg(QLatin1String(choice.name), QLatin1String(wordFor(choice, value)), path));
     return kExitDone;
 }
 
-int run(const QString &path, const QStringList &words)
+int runCommand(const QString &path, const QStringList &words)
 {
+    if (path.isEmpty())
+        return complainOfUsage(QStringLiteral("`--file` needs a path"));
     if (words == QStringList{QStringLiteral("show")})
         return show(path);
     if (words.size() != 3 || words.first() != QLatin1String("set"))
@@ -88,11 +89,8 @@ int run(const QString &path, const QStringList &words)
                            words.mid(1).join(QLatin1Char(' ')));
 }
 
-} // namespace
-
-int main(int argc, char *argv[])
+int run(const QStringList &arguments)
 {
-    const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(kDescription));
     parser.addOption(
@@ -101,11 +99,22 @@ int main(int argc, char *argv[])
                       QStringLiteral("The saved file: controlConfig.ncl beside this program."),
                       QStringLiteral("path"), savedFilePath()});
     parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("One of those above."));
-    if (!parser.parse(QCoreApplication::arguments()))
+    if (!parser.parse(arguments))
         return complainOfUsage(parser.errorText());
     if (parser.isSet(QStringLiteral("help"))) {
         say(parser.helpText());
         return kExitDone;
     }
-    return run(parser.value(QStringLiteral("file")), parser.positionalArguments());
+    return runCommand(parser.value(QStringLiteral("file")), parser.positionalArguments());
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const int code = run(QCoreApplication::arguments());
+    if (std::fflush(stdout) != 0 || std::ferror(stdout))
+        return complain(QStringLiteral("the output can't be written"), kExitFailure);
+    return code;
 }
