@@ -11,6 +11,9 @@
 /// Ends the program at the first paint of a window, telling its resident memory in kilobytes.
 class FirstPaint : public QObject
 {
+public:
+    using QObject::QObject;
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override
     {
@@ -27,14 +30,3 @@ private:
         QCoreApplication::quit();
     }
 };
-
-template <typename Window>
-int showUntilPainted(int argc, char **argv)
-{
-    QApplication application(argc, argv);
-    FirstPaint filter;
-    application.installEventFilter(&filter);
-    Window window;
-    window.showMaximized();
-    return QApplication::exec();
-}

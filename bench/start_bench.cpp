@@ -1,7 +1,9 @@
-#include "bench/firstpaint.h"
-#include "shell/NacelleBench.h"
+// The program up to its first paint; the rest of it is its own main().
 
-int main(int argc, char *argv[])
+#include "bench/firstpaint.h"
+
+static void watchPaints()
 {
-    return showUntilPainted<NacelleBench>(argc, argv);
+    qApp->installEventFilter(new FirstPaint(qApp));
 }
+Q_COREAPP_STARTUP_FUNCTION(watchPaints)
