@@ -4,7 +4,9 @@
 
 #include "tests/support/farend.h"
 
+#include <QClipboard>
 #include <QElapsedTimer>
+#include <QTextEdit>
 #include <QTimer>
 
 #include <algorithm>
@@ -19,6 +21,7 @@ namespace {
 
 constexpr int kBeatMs = 5;
 constexpr int kLimitMs = 100;
+constexpr int kPasteLimitMs = 300;
 constexpr int kFloodSize = 20 * 1000 * 1000;
 constexpr int kQuietMs = 500;
 
@@ -177,6 +180,34 @@ void measure(const Row &row)
     bench.click("pushButton_Conn");
 }
 
+double pasteInto(QTextEdit *box, const QString &text)
+{
+    box->setFocus();
+    QGuiApplication::clipboard()->setText(text);
+    QElapsedTimer clock;
+    clock.start();
+    box->paste();
+    QCoreApplication::processEvents();
+    return double(clock.elapsed());
+}
+
+/// A frame pasted into its box by an operator, of so many bytes, beside an equal plain box.
+void measurePaste(const char *name, const char *byte, int bytes)
+{
+    Bench bench;
+    bench->showNormal();
+    bench->resize(1920, 1080);
+    auto *box = bench.find<QTextEdit>("textEdit_Send");
+    QTest::qWait(kQuietMs);
+    QTextEdit plain;
+    plain.resize(box->size());
+    plain.show();
+    const QString text = QString::fromLatin1(byte).repeated(bytes);
+    const double own = pasteInto(box, text);
+    std::printf("%-42s held %6.1f ms (limit %d), plain box %6.1f ms\n", name, own, kPasteLimitMs,
+                pasteInto(&plain, text));
+}
+
 /// A far end that is gone must leave the program idle.
 void measureGone(const char *name, LinkType kind)
 {
@@ -202,6 +233,8 @@ int main(int argc, char *argv[])
         if (QByteArray(row.name).contains(wanted))
             measure(row);
     }
+    measurePaste("pasted: 200,000 bytes, digits alone", "A8", 200000);
+    measurePaste("pasted: 200,000 bytes with blanks", "A8 ", 200000);
     measureGone("TCP, far end gone", kTcpLink);
     measureGone("serial, far end gone", kSerialLink);
 }

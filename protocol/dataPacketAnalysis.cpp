@@ -23,6 +23,7 @@ constexpr int kSmallestGcuFrame = 71;
 constexpr int kNameColumn = 162;
 constexpr int kNameColumnGrowth = 20;
 constexpr int kLongFrame = 4096; ///< bytes, whose text fills the frame's box many times over
+constexpr int kLongWord = 1000;  ///< characters, of which a word in a line of its own has far fewer
 
 // The empty command as it stands: unlike a frame built from the form its byte 37 is zero.
 const char *const kEmptyCommand =
@@ -73,6 +74,29 @@ void setTextOf(QWidget *widget, const QString &text)
         button->setText(text);
 }
 
+bool hasLongWord(const QString &text)
+{
+    const QChar *start = text.begin();
+    for (const QChar *at = start; at != text.end() && at - start <= kLongWord; ++at) {
+        if (at->isSpace())
+            start = at + 1;
+    }
+    return text.end() - start > kLongWord;
+}
+
+/// Where lines end between words, each line looks for the end of its last word first, and pasted
+/// digits without blanks are one word: 400,000 of them would hold the window for 16 s. Such a text
+/// is wrapped anywhere, which has to be known before it is laid out: after this signal.
+void keepLongWordsQuick(QTextEdit *box)
+{
+    QObject::connect(box->document(), &QTextDocument::contentsChange, box, [box] {
+        const bool isLong =
+            box->document()->characterCount() > kLongWord && hasLongWord(box->toPlainText());
+        box->setWordWrapMode(isLong ? QTextOption::WrapAnywhere
+                                    : QTextOption::WrapAtWordBoundaryOrAnywhere);
+    });
+}
+
 /// Why a pasted text is no frame with this header, or null. The length is tested last, after the
 /// CRC.
 const char *frameFault(const QString &digits, const Field &header)
@@ -101,6 +125,8 @@ dataPacketAnalysis::dataPacketAnalysis(QWidget *parent) : QWidget(parent)
     for (QWidget *display : std::initializer_list<QWidget *>{ui.textEdit_Send, ui.textEdit_Rev,
                                                              ui.label294, ui.label304_2})
         setDigitFont(display);
+    for (QTextEdit *box : {ui.textEdit_Send, ui.textEdit_Rev})
+        keepLongWordsQuick(box);
     // The rule of this field doesn't accept its initial "0", so that the field's own return signal
     // never fires for it.
     ui.lineEdit93->installEventFilter(this);

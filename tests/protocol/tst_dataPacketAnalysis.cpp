@@ -4,6 +4,7 @@
 #include "tests/support/strictmain.h"
 
 #include <QCheckBox>
+#include <QClipboard>
 #include <QLineEdit>
 #include <QTextEdit>
 
@@ -36,6 +37,8 @@ private slots:
     void cleanup();
     void untouchedForm();
     void sendsTheTextNotTheForm();
+    void longWordsArePastedQuickly_data();
+    void longWordsArePastedQuickly();
     void sendNull();
     void returnPassesThroughTheWire_data();
     void returnPassesThroughTheWire();
@@ -101,6 +104,30 @@ void tst_dataPacketAnalysis::sendsTheTextNotTheForm()
     m_bench->click("pushButton_Send");
     QCOMPARE((*m_bench)->sentFrames, QList<QByteArray>{bytesOf("A8E5012").right(4)});
     QVERIFY(Bench::takeNotices().isEmpty());
+}
+
+/// Pasted digits without blanks make the box wrap anywhere, which takes a hundredth of the time.
+void tst_dataPacketAnalysis::longWordsArePastedQuickly_data()
+{
+    QTest::addColumn<QString>("pasted");
+    QTest::addColumn<bool>("isLong");
+    QTest::newRow("digits") << QString("A8").repeated(501) << true;
+    QTest::newRow("digits at the end") << "A8 " + QString("E5").repeated(501) << true;
+    QTest::newRow("lines of digits") << QString("A8").repeated(500) + '\n' + "E5" << false;
+    QTest::newRow("bytes and blanks") << QString("A8 ").repeated(1000) << false;
+}
+
+void tst_dataPacketAnalysis::longWordsArePastedQuickly()
+{
+    QFETCH(QString, pasted);
+    QFETCH(bool, isLong);
+    auto *box = m_bench->find<QTextEdit>("textEdit_Send");
+    QGuiApplication::clipboard()->setText(pasted);
+    QTest::keyClick(box, Qt::Key_V, Qt::ControlModifier);
+    QCOMPARE(box->toPlainText(), pasted);
+    QCOMPARE(box->wordWrapMode() == QTextOption::WrapAnywhere, isLong);
+    QTest::keyClick(box, Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(box->wordWrapMode(), QTextOption::WrapAtWordBoundaryOrAnywhere);
 }
 
 void tst_dataPacketAnalysis::sendNull()
