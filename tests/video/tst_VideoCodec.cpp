@@ -1,26 +1,7 @@
+#include "tests/support/countingcodec.h"
 #include "tests/support/strictmain.h"
-#include "video/VideoCodec.h"
 
 #include <QTemporaryDir>
-
-namespace {
-
-/// Counts its openings.
-class CountingCodec : public VideoCodec
-{
-public:
-    using VideoCodec::VideoCodec;
-    std::atomic<int> openings{0};
-
-protected:
-    void run() override
-    {
-        ++openings;
-        VideoCodec::run();
-    }
-};
-
-} // namespace
 
 class tst_VideoCodec : public QObject
 {
