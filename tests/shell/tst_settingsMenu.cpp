@@ -236,7 +236,7 @@ void tst_settingsMenu::formsOfTheWorkbenchStay()
     const auto *feedback = m_bench->find<QLabel>("label303_2");
     QCOMPARE(feedback->text(), QString("拍照执行中"));
     chooseEnglish();
-    expected["lineEdit53_2"] = "Lock mode";
+    expected["lineEdit53_2"] = "Lock";
     QCOMPARE(allTexts(), expected);
     QCOMPARE(feedback->text(), QString("Photo failed"));
 }
