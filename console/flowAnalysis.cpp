@@ -3,6 +3,7 @@
 #include "console/carrierblock.h"
 #include "console/sendflags.h"
 #include "foundation/QGlobal.h"
+#include "foundation/formlook.h"
 #include "foundation/poolsleep.h"
 #include "foundation/scale.h"
 #include "protocol/codec.h"
@@ -137,6 +138,7 @@ flowAnalysis::flowAnalysis(QWidget *parent)
     : QWidget(parent), m_flags(std::make_shared<SendFlags>())
 {
     ui.setupUi(this);
+    dressForm(this);
     for (QWidget *widget : findChildren<QWidget *>())
         m_objects.insert(widget->objectName(), widget);
     connectSlots();

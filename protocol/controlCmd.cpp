@@ -1,6 +1,8 @@
 #include "protocol/controlCmd.h"
 
 #include "foundation/QGlobal.h"
+#include "foundation/digitfont.h"
+#include "foundation/formlook.h"
 #include "foundation/scale.h"
 #include "protocol/codec.h"
 #include "protocol/commands.h"
@@ -159,6 +161,8 @@ QString paramText(const CommandRow &command, ParamKind kind, const QByteArray &b
 controlCmd::controlCmd(QWidget *parent) : QWidget(parent)
 {
     ui.setupUi(this);
+    dressForm(this);
+    setDigitFont(ui.textEdit_16);
     m_labels = {ui.label_4, ui.label_5, ui.label_6, ui.label_7, ui.label_10, ui.label_11};
     m_edits = {ui.lineEdit_4, ui.lineEdit_5,  ui.lineEdit_6,
                ui.lineEdit_7, ui.lineEdit_10, ui.lineEdit_11};

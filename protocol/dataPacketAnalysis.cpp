@@ -3,6 +3,7 @@
 #include "foundation/PopFrame.h"
 #include "foundation/QGlobal.h"
 #include "foundation/digitfont.h"
+#include "foundation/formlook.h"
 #include "foundation/scale.h"
 #include "protocol/codec.h"
 #include "protocol/commands.h"
@@ -118,15 +119,19 @@ const char *frameFault(const QString &digits, const Field &header)
 dataPacketAnalysis::dataPacketAnalysis(QWidget *parent) : QWidget(parent)
 {
     ui.setupUi(this);
+    dressForm(this);
     m_hostForm = bindForm(kHostRows);
     m_gcuForm = bindForm(kGcuRows);
     connectSlots();
     retranslate();
-    for (QWidget *display : std::initializer_list<QWidget *>{ui.textEdit_Send, ui.textEdit_Rev,
-                                                             ui.label294, ui.label304_2})
-        setDigitFont(display);
-    for (QTextEdit *box : {ui.textEdit_Send, ui.textEdit_Rev})
+    for (QTextEdit *box : {ui.textEdit_Send, ui.textEdit_Rev}) {
+        setDigitFont(box);
         keepLongWordsQuick(box);
+    }
+    for (QLabel *label : findChildren<QLabel *>()) {
+        if (label->property("column") == QLatin1String("hex"))
+            setDigitFont(label);
+    }
     // The rule of this field doesn't accept its initial "0", so that the field's own return signal
     // never fires for it.
     ui.lineEdit93->installEventFilter(this);

@@ -5,7 +5,9 @@
 #include "foundation/FileUtils.h"
 #include "foundation/PopFrame.h"
 #include "foundation/QGlobal.h"
+#include "foundation/formlook.h"
 #include "foundation/scale.h"
+#include "foundation/stylesheets.h"
 #include "protocol/codec.h"
 #include "protocol/dataPacketAnalysis.h"
 #include "protocol/gcuframe.h"
@@ -37,8 +39,9 @@
 namespace {
 
 constexpr double kDesignScreenHeight = 1080.0;
-constexpr double kBaseFontPixels = 12.0;
-constexpr int kSmallestFontPixels = 10;
+/// Base widths below which buttons or texts of a page don't fit any more.
+constexpr int kWorkbenchWidth = 976;
+constexpr int kConsoleWidth = 800;
 constexpr int kOddParityIndex = 1;
 constexpr int kEvenParityIndex = 2;
 /// Datagrams may come as fast as they are taken. After so long the window has its turn; the socket
@@ -128,15 +131,6 @@ Datagram takeDatagram(QUdpSocket &socket)
 
 } // namespace
 
-/// A style sheet takes whole pixels only: on most screens the size in the window's own sheet is
-/// passed over, and what is set here holds. Below ten pixels Chinese can't be read any more.
-static void setWholeFontSize(double scale)
-{
-    QFont font = QApplication::font();
-    font.setPixelSize(qMax(kSmallestFontPixels, int(kBaseFontPixels * scale)));
-    QApplication::setFont(font);
-}
-
 /// The pictures lie in a static library, which the linker takes only by name.
 static void initResources()
 {
@@ -152,8 +146,8 @@ NacelleBench::NacelleBench(QWidget *parent) : QMainWindow(parent)
     setWindowIcon(QIcon(QStringLiteral(":/NacelleBench/Resources/a71dp-jlnoy-001.ico")));
     const double scale = screen()->geometry().height() / kDesignScreenHeight;
     QGlobal::instance()->scaleFactor = scale;
-    setWholeFontSize(scale);
-    setStyleSheet("font:" + QString::number(kBaseFontPixels * scale, 'g', 6) + "px ");
+    setBaseFont();
+    setStyleSheet("font:" + QString::number(kBaseText * scale, 'g', 6) + "px ");
     build();
 }
 
@@ -165,9 +159,13 @@ void NacelleBench::build()
     pageButtons->addButton(ui.pushButton_2);
     connect(ui.pushButton_1, &QPushButton::toggled, this, &NacelleBench::SelectDataPacketAnalysis);
     connect(ui.pushButton_2, &QPushButton::toggled, this, &NacelleBench::SelectFlowAnalysis);
+    // The sizes in the form are those of a screen with 1080 lines, as everywhere.
     ui.widgetTop->setFixedHeight(scaled(50));
-    for (QPushButton *button : {ui.pushButton_1, ui.pushButton_2})
+    for (QPushButton *button : {ui.pushButton_1, ui.pushButton_2}) {
         button->setFixedSize(scaled(240), scaled(50));
+        recolour(button);
+        scaleText(button);
+    }
     ui.menuButton->setFixedSize(scaled(32), scaled(32));
 
     m_panel = new connectDevice(ui.widget_1);
@@ -281,6 +279,7 @@ void NacelleBench::SelectDataPacketAnalysis(bool isSelected)
     makePacketPage();
     currentPageIndex = 0;
     m_panel->setPageMode(0);
+    fillHosts();
 }
 
 void NacelleBench::SelectFlowAnalysis(bool isSelected)
@@ -291,6 +290,7 @@ void NacelleBench::SelectFlowAnalysis(bool isSelected)
     makeFlowPage();
     currentPageIndex = 1;
     m_panel->setPageMode(1);
+    fillHosts();
 }
 
 /// Takes every page out of the window at once; the event loop deletes them later. A console's run
@@ -330,9 +330,29 @@ void NacelleBench::makeFlowPage()
     m_flowPage->show();
 }
 
-/// Panel and page aren't in a layout: they follow their hosts here.
+/// The hosts stand 1 to 2. On a screen that is nearly square the buttons of one side would lie over
+/// each other then: it takes what the other side can spare.
+void NacelleBench::shareWidth()
+{
+    const int width = ui.widget_1->width() + ui.widget_2->width();
+    const int panel = m_panel->buttonRowWidth();
+    const int page = scaled(currentPageIndex == 0 ? kWorkbenchWidth : kConsoleWidth);
+    const int third = width / 3;
+    const int share = panel + page <= width ? qBound(panel, third, width - page) : third;
+    ui.horizontalLayout_2->setStretch(0, share == third ? 1 : share);
+    ui.horizontalLayout_2->setStretch(1, share == third ? 2 : width - share);
+    ui.horizontalLayout_2->activate();
+}
+
 void NacelleBench::resizeEvent(QResizeEvent *)
 {
+    fillHosts();
+}
+
+/// Panel and page aren't in a layout: they follow their hosts here.
+void NacelleBench::fillHosts()
+{
+    shareWidth();
     m_panel->setFixedSize(ui.widget_1->size());
     for (QWidget *page : pagesIn<QWidget>(ui.widget_2))
         page->setFixedSize(ui.widget_2->size());

@@ -92,6 +92,8 @@ private:
     void retranslatePage();
     void giveUpPages();
     void placePage(QWidget *page);
+    void shareWidth();
+    void fillHosts();
     void makePacketPage();
     void makeFlowPage();
     bool showGroup(int index);

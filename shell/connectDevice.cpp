@@ -3,6 +3,7 @@
 #include "foundation/PopFrame.h"
 #include "foundation/QGlobal.h"
 #include "foundation/digitfont.h"
+#include "foundation/formlook.h"
 #include "foundation/scale.h"
 #include "protocol/entryrules.h"
 #include "shell/NacelleBench.h"
@@ -49,6 +50,7 @@ bool isPort(const QString &text)
 connectDevice::connectDevice(QWidget *parent) : QWidget(parent)
 {
     ui.setupUi(this);
+    dressForm(this);
     ui.textEdit->verticalScrollBar()->setStyleSheet(QLatin1String(kScrollBarStyle));
     connectSlots();
     setEntryRules();

@@ -34,6 +34,9 @@ public:
     /// False while the history view is shown.
     bool consoleInFront() const { return m_consoleInFront; }
 
+    /// What the buttons below the log need.
+    int buttonRowWidth() const { return ui.widget_3->layout()->minimumSize().width(); }
+
     /// Renews all texts in the current language.
     void retranslate();
 

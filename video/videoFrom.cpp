@@ -2,6 +2,7 @@
 
 #include "foundation/PopFrame.h"
 #include "foundation/QGlobal.h"
+#include "foundation/formlook.h"
 #include "shell/NacelleBench.h"
 #include "shell/videolink.h"
 #include "video/VLCWidget.h"
@@ -15,8 +16,6 @@ namespace {
 constexpr int kPictureWidth = 16;
 constexpr int kPictureHeight = 9;
 constexpr int kPipSteps = 4;
-/// The form's sizes are the same on every screen: a larger text would not fit.
-constexpr int kLargestFontPixels = 18;
 constexpr char kNoValue[] = "-";
 
 QString surfaceName()
@@ -45,10 +44,8 @@ quint16 valueOf(const QLabel *readout)
 videoFrom::videoFrom(QWidget *parent) : QWidget(parent)
 {
     ui.setupUi(this);
+    recolour(this);
     setAttribute(Qt::WA_StyledBackground);
-    QFont small = font();
-    small.setPixelSize(qMin(fontInfo().pixelSize(), kLargestFontPixels));
-    setFont(small);
     auto *picks = new QButtonGroup(this);
     picks->setExclusive(true);
     for (QPushButton *button : {ui.pushButton_Pointing, ui.pushButton_Tracking,

@@ -1,0 +1,17 @@
+#pragma once
+
+class QWidget;
+
+/// Windows whose sizes are the same on every screen have text of one size too, whatever the desktop
+/// says: a larger one would be cut.
+void setBaseFont();
+
+/// Gives a form whose sizes follow the screen the rules that all forms share, and a
+/// text to scale. In the window's own sheet a size that isn't whole is passed over.
+void dressForm(QWidget *form);
+
+/// Gives a widget with a style sheet of its own a text to scale.
+void scaleText(QWidget *widget);
+
+/// Shows a widget's own style sheet in the colours of the palette.
+void recolour(QWidget *widget);
