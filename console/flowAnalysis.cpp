@@ -138,7 +138,7 @@ flowAnalysis::flowAnalysis(QWidget *parent)
     : QWidget(parent), m_flags(std::make_shared<SendFlags>())
 {
     ui.setupUi(this);
-    dressForm(this);
+    recolour(this);
     for (QWidget *widget : findChildren<QWidget *>())
         m_objects.insert(widget->objectName(), widget);
     connectSlots();

@@ -6,6 +6,19 @@
 #include <QApplication>
 #include <QWidget>
 
+namespace {
+
+void changeSheet(QWidget *widget, const QString &sheet)
+{
+    if (sheet == widget->styleSheet())
+        return;
+    // Of a second sheet that comes before this, the toolkit loses the font.
+    widget->ensurePolished();
+    widget->setStyleSheet(sheet);
+}
+
+} // namespace
+
 void setBaseFont()
 {
     QFont font = QApplication::font();
@@ -16,17 +29,15 @@ void setBaseFont()
 void dressForm(QWidget *form)
 {
     const QGlobal *global = QGlobal::instance();
-    // Of a second sheet that comes before this, the toolkit loses the font.
-    form->ensurePolished();
-    form->setStyleSheet(formSheet(form->styleSheet(), *global->palette, global->scaleFactor));
+    changeSheet(form, formSheet(form->styleSheet(), *global->palette, global->scaleFactor));
 }
 
 void scaleText(QWidget *widget)
 {
-    widget->setStyleSheet(widget->styleSheet() + textRule(QGlobal::instance()->scaleFactor));
+    changeSheet(widget, widget->styleSheet() + textRule(QGlobal::instance()->scaleFactor));
 }
 
 void recolour(QWidget *widget)
 {
-    widget->setStyleSheet(recoloured(widget->styleSheet(), *QGlobal::instance()->palette));
+    changeSheet(widget, recoloured(widget->styleSheet(), *QGlobal::instance()->palette));
 }

@@ -6,8 +6,8 @@ class QWidget;
 /// says: a larger one would be cut.
 void setBaseFont();
 
-/// Gives a form whose sizes follow the screen the rules that all forms share, and a
-/// text to scale. In the window's own sheet a size that isn't whole is passed over.
+/// Gives a window, or the host of pages, the rules that all forms share, and a text to scale: in
+/// the main window's own sheet a size that isn't whole is passed over.
 void dressForm(QWidget *form);
 
 /// Gives a widget with a style sheet of its own a text to scale.

@@ -5,9 +5,10 @@
 namespace {
 
 constexpr int kSmallestText = 10; ///< in pixels; below, Chinese can't be read any more
+constexpr int kThinnestBar = 10;
 
 /// What all forms share. %1 is the side of an arrow, %2 the width of its box, %3 the side of a
-/// check box.
+/// check box, %4 the width of a scroll bar.
 const char *const kCommonRules = R"(QLabel{background-color:#283142;color:#A9A9A9;}
 QLineEdit{background-color:#202835;color:#FFFFFF;border:1px solid #323E52;padding:0px 6px;selection-background-color:#397AF7;selection-color:#FFFFFF;}
 QLineEdit:hover{border-bottom:1px solid #397AF7;}
@@ -27,8 +28,8 @@ QPushButton:pressed{background-color:#202835;}
 QPushButton:disabled{color:#777777;border:1px solid #323E52;}
 QPlainTextEdit,QTextEdit{background-color:#202835;color:#FFFFFF;border:1px solid #323E52;selection-background-color:#397AF7;selection-color:#FFFFFF;}
 QPlainTextEdit:hover,QTextEdit:hover,QPlainTextEdit:focus,QTextEdit:focus{border:1px solid #397AF7;}
-QScrollBar:vertical{background-color:#202835;width:10px;margin:0px;border:none;}
-QScrollBar:horizontal{background-color:#202835;height:10px;margin:0px;border:none;}
+QScrollBar:vertical{background-color:#202835;width:%4px;margin:0px;border:none;}
+QScrollBar:horizontal{background-color:#202835;height:%4px;margin:0px;border:none;}
 QScrollBar::handle{background-color:#4A5A76;border-radius:3px;margin:2px;}
 QScrollBar::handle:vertical{min-height:24px;}
 QScrollBar::handle:horizontal{min-width:24px;}
@@ -149,6 +150,7 @@ QString formSheet(const QString &own, const QMap<QString, QString> &palette, dou
     const QString common = QString::fromLatin1(kCommonRules)
                                .arg(int(12 * scale))
                                .arg(int(20 * scale))
-                               .arg(int(16 * scale));
+                               .arg(int(16 * scale))
+                               .arg(qMax(kThinnestBar, int(10 * scale)));
     return recoloured(textRule(scale) + common + own, palette);
 }

@@ -119,7 +119,7 @@ const char *frameFault(const QString &digits, const Field &header)
 dataPacketAnalysis::dataPacketAnalysis(QWidget *parent) : QWidget(parent)
 {
     ui.setupUi(this);
-    dressForm(this);
+    recolour(this);
     m_hostForm = bindForm(kHostRows);
     m_gcuForm = bindForm(kGcuRows);
     connectSlots();

@@ -168,6 +168,7 @@ void NacelleBench::build()
     }
     ui.menuButton->setFixedSize(scaled(32), scaled(32));
 
+    dressForm(ui.widgetContent);
     m_panel = new connectDevice(ui.widget_1);
     m_panel->setMainWindow(this);
     m_panel->show();

@@ -50,7 +50,8 @@ bool isPort(const QString &text)
 connectDevice::connectDevice(QWidget *parent) : QWidget(parent)
 {
     ui.setupUi(this);
-    dressForm(this);
+    for (QWidget *widget : std::initializer_list<QWidget *>{this, ui.label, ui.label_5})
+        recolour(widget);
     ui.textEdit->verticalScrollBar()->setStyleSheet(QLatin1String(kScrollBarStyle));
     connectSlots();
     setEntryRules();

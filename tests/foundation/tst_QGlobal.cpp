@@ -199,6 +199,11 @@ void tst_QGlobal::styleSheetsTakeTheirColours()
              QStringLiteral("QPushButton{background-color:#111111; border-radius:4px; color:; "
                             "font:21px;}QPushButton:pressed{ border:2px solid  "
                             "rgba(17,159,236,255);}"));
+    // A form's own; what the palette lacks, and what is none of its colours, stays.
+    QCOMPARE(
+        formSheet("Q{a:#FFFFFF;b:#202835;c:#99FFFFFF}", {{"main", "red"}}, 2).section('\n', -1),
+        QString("Q{a:#FFFFFF;b:red;c:#99FFFFFF}"));
+    QVERIFY(formSheet("", {{"hover", "red"}}, 2).startsWith("QWidget{font-size:24px;}"));
 }
 
 /// Walks every text literal of the sources that is looked up against the language file.
