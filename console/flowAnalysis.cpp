@@ -5,6 +5,7 @@
 #include "foundation/QGlobal.h"
 #include "foundation/formlook.h"
 #include "foundation/poolsleep.h"
+#include "foundation/readout.h"
 #include "foundation/scale.h"
 #include "protocol/codec.h"
 #include "protocol/entryrules.h"
@@ -100,6 +101,20 @@ constexpr BaseSize kSizes[] = {
     {"label_2", 100, 0},
     {"label_7", 100, 0},
     {"label_8", 100, 0},
+};
+
+/// Read-outs and fields whose caption isn't a label of their own: caption of the row, and of the
+/// column where there is one.
+constexpr struct
+{
+    const char *object;
+    const char *row;
+    const char *column;
+} kNamed[] = {
+    {"comboBox", "运行模式", ""},     {"lineEdit_ratio", "指定倍率", ""},
+    {"lineEdit_color", "调色盘", ""}, {"lineEdit_addlight", "补光", ""},
+    {"label", "偏航", "输入量"},      {"label_2", "俯仰", "输入量"},
+    {"label_7", "偏航", "百分比"},    {"label_8", "俯仰", "百分比"},
 };
 
 /// Height of a control panel: a scaled title above rows of a fixed size.
@@ -385,5 +400,10 @@ void flowAnalysis::retranslate()
         setWidgetText(caption.object, translated(caption.key));
     for (const CarrierField &field : kCarrierFields)
         setWidgetText(field.label, translated(carrierKey(field)));
+    for (const auto &named : kNamed) {
+        const QString column =
+            *named.column ? QLatin1Char(' ') + translated(named.column) : QString();
+        nameReadout(m_objects.value(QLatin1String(named.object)), translated(named.row) + column);
+    }
     ui.pushButton_start->setText(translated(m_flags->running ? "停止" : "启动"));
 }

@@ -1,6 +1,7 @@
 #include "foundation/About.h"
 
 #include "foundation/QGlobal.h"
+#include "foundation/readout.h"
 #include "foundation/scale.h"
 
 #include <QScreen>
@@ -20,9 +21,10 @@ QString colour(const char *key)
 }
 
 /// Text and looks of one of the read-only lines; the font size grows with the screen.
-void fillLine(QLineEdit *line, const char *key, double fontSize)
+void fillLine(QLineEdit *line, const char *name, const char *key, double fontSize)
 {
     const int pixels = int(fontSize * QGlobal::instance()->scaleFactor + 1.5);
+    nameReadout(line, translated(name));
     line->setText(translated(key));
     line->setMinimumHeight(scaled(kLineHeight));
     line->setStyleSheet("QLineEdit{ background-color:" + colour("main") +
@@ -51,9 +53,9 @@ void About::styleChildren()
     ui.widgetTop->setStyleSheet("background-color:" + colour("control"));
     setTitleBar(ui.widgetTop);
 
-    fillLine(ui.lineEdit, "云台报文工作台项目组", kCompanyFont);
-    fillLine(ui.lineEdit_2, "nacellebench.example", kLineFont);
-    fillLine(ui.lineEdit_4, "仅供台架测试使用，不得用于飞行操作。", kLineFont);
+    fillLine(ui.lineEdit, "单位名称", "云台报文工作台项目组", kCompanyFont);
+    fillLine(ui.lineEdit_2, "网址", "nacellebench.example", kLineFont);
+    fillLine(ui.lineEdit_4, "声明", "仅供台架测试使用，不得用于飞行操作。", kLineFont);
 
     ui.pushButton_Close->setFixedSize(scaled(kTitleHeight), scaled(kTitleHeight));
     ui.pushButton_Close->setStyleSheet(

@@ -3,6 +3,7 @@
 #include "foundation/QGlobal.h"
 #include "foundation/digitfont.h"
 #include "foundation/formlook.h"
+#include "foundation/readout.h"
 #include "foundation/scale.h"
 #include "protocol/codec.h"
 #include "protocol/commands.h"
@@ -170,6 +171,8 @@ controlCmd::controlCmd(QWidget *parent) : QWidget(parent)
     ui.label->setText(translated("连接设备"));
     ui.label_2->setText(translated("原始值"));
     ui.label_3->setText(translated("16进制"));
+    nameReadout(ui.comboBox_Cmd, windowTitle());
+    nameReadout(ui.textEdit_16, ui.label_3->text());
     ui.pushButton_Cancel->setText(translated("取消"));
     ui.pushButton_Ok->setText(translated("确定"));
     for (QLabel *label : m_labels)

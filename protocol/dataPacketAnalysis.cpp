@@ -4,6 +4,7 @@
 #include "foundation/QGlobal.h"
 #include "foundation/digitfont.h"
 #include "foundation/formlook.h"
+#include "foundation/readout.h"
 #include "foundation/scale.h"
 #include "protocol/codec.h"
 #include "protocol/commands.h"
@@ -343,9 +344,19 @@ void dataPacketAnalysis::retranslate()
     for (const Form *form : {&m_hostForm, &m_gcuForm}) {
         for (const FieldWidgets &row : *form) {
             row.bytes->setText(translated(row.field->bytes));
-            setTextOf(row.name, translated(row.field->key));
+            const QString name = translated(row.field->key);
+            setTextOf(row.name, name);
+            for (QLabel *label : row.name->parentWidget()->findChildren<QLabel *>()) {
+                const QVariant column = label->property("column");
+                if (column == QLatin1String("value"))
+                    nameReadout(label, name);
+                else if (column == QLatin1String("hex"))
+                    nameReadout(label, name + QLatin1Char(' ') + translated("16进制"));
+            }
         }
     }
+    nameReadout(ui.textEdit_Send, ui.label_Host->text());
+    nameReadout(ui.textEdit_Rev, ui.label_Gcu->text());
     const QGlobal *global = QGlobal::instance();
     for (QLabel *label : {ui.label293, ui.label303, ui.label303_2, ui.label313_2})
         label->setText(global->translate(label->text()));

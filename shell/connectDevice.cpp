@@ -4,6 +4,7 @@
 #include "foundation/QGlobal.h"
 #include "foundation/digitfont.h"
 #include "foundation/formlook.h"
+#include "foundation/readout.h"
 #include "foundation/scale.h"
 #include "protocol/entryrules.h"
 #include "shell/NacelleBench.h"
@@ -304,6 +305,10 @@ void connectDevice::retranslate()
                   {ui.label_9, "停止位"}, {ui.label_11, "奇偶校验"}, {ui.label_5, "数据显示区"}};
     for (const auto &row : labels)
         row.label->setText(translated(row.key));
+    const QString port = QLatin1Char(' ') + translated("端口");
+    nameReadout(ui.LineEdit_Port1, ui.label_3->text() + port);
+    nameReadout(ui.LineEdit_Port2, ui.label_4->text() + port);
+    nameReadout(ui.textEdit, ui.label_5->text());
     ui.pushButton_Clear->setText(translated("清空显示区"));
     ui.pushButton_up->setText(translated("上一组"));
     ui.pushButton_next->setText(translated("下一组"));

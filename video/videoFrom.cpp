@@ -3,6 +3,7 @@
 #include "foundation/PopFrame.h"
 #include "foundation/QGlobal.h"
 #include "foundation/formlook.h"
+#include "foundation/readout.h"
 #include "shell/NacelleBench.h"
 #include "shell/videolink.h"
 #include "video/VLCWidget.h"
@@ -59,6 +60,12 @@ videoFrom::videoFrom(QWidget *parent) : QWidget(parent)
     connect(ui.pushButton_Quit, &QPushButton::clicked, this, &videoFrom::quit);
     connect(ui.pushButton_Refresh, &QPushButton::clicked, this, &videoFrom::refreshURL);
     connect(ui.pushButton_Switch, &QPushButton::clicked, this, &videoFrom::switchMode);
+    const std::pair<QLabel *, QLabel *> readouts[] = {{ui.label_X0, ui.label_1},
+                                                      {ui.label_Y0, ui.label_2},
+                                                      {ui.label_X1, ui.label_3},
+                                                      {ui.label_Y1, ui.label_4}};
+    for (const auto &[readout, caption] : readouts)
+        nameReadout(readout, caption->text());
     retranslate();
 }
 

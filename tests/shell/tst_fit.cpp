@@ -7,8 +7,10 @@
 #include "tests/support/strictmain.h"
 #include "tests/support/videobench.h"
 
+#include <QAccessible>
 #include <QCheckBox>
 #include <QScreen>
+#include <QSlider>
 #include <QStyleOptionButton>
 #include <QStyleOptionComboBox>
 #include <QStyleOptionFrame>
@@ -108,6 +110,23 @@ bool isCovered(const QWidget *widget)
     return false;
 }
 
+/// Whether a screen reader has nothing to say of a field.
+bool isNameless(QWidget *widget)
+{
+    static const QStringList readouts{"value", "hex", "readout"};
+    const bool isReadout = readouts.contains(widget->property("column").toString()) ||
+                           widget->objectName().contains(QRegularExpression("^label_[XY]"));
+    const bool isField = qobject_cast<QLineEdit *>(widget) || qobject_cast<QComboBox *>(widget) ||
+                         qobject_cast<QPlainTextEdit *>(widget) ||
+                         qobject_cast<QTextEdit *>(widget) || qobject_cast<QSlider *>(widget);
+    if (!isReadout && !isField)
+        return false;
+    const QAccessibleInterface *spoken = QAccessible::queryAccessibleInterface(widget);
+    const QString name = spoken->text(QAccessible::Name);
+    return name.isEmpty() ||
+           (isReadout && spoken->text(QAccessible::Value) != widget->property("text").toString());
+}
+
 /// Collects what doesn't fit in the windows that it is shown.
 class Look
 {
@@ -117,7 +136,11 @@ public:
         QVERIFY(QTest::qWaitForWindowExposed(window->window()));
         QCoreApplication::processEvents();
         for (QWidget *widget : window->findChildren<QWidget *>()) {
-            if (!widget->isVisible() || isFolded(widget) || textArea(widget).isNull())
+            if (!widget->isVisible() || isFolded(widget))
+                continue;
+            if (widget->isEnabled() && isNameless(widget))
+                faults << widget->objectName() + " has no name";
+            if (textArea(widget).isNull())
                 continue;
             ++seen;
             const QString text = cutTextOf(widget);

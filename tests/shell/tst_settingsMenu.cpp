@@ -44,11 +44,12 @@ QStringList titles(const QMenu *menu)
     return list;
 }
 
-/// What can be read on a window, one text a widget; of a selection all its items.
+/// What can be read or heard on a window, one text a widget; of a selection all its items.
 QStringList textsOf(const QWidget *window)
 {
     QStringList texts{window->windowTitle()};
     for (const QWidget *widget : window->findChildren<QWidget *>()) {
+        texts << widget->accessibleName();
         if (qobject_cast<const QLabel *>(widget) || qobject_cast<const QAbstractButton *>(widget))
             texts << widget->property("text").toString();
         if (const auto *box = qobject_cast<const QComboBox *>(widget)) {
