@@ -141,6 +141,18 @@ QString sliderStyle()
         .arg(QString::number(kGroove), handle);
 }
 
+/// What has no height must not take the keyboard: what is typed there would go out as a control
+/// input. It isn't disabled, since a slider that is held would never be let go of then, and keep
+/// its rate.
+void setKeyboard(std::initializer_list<QWidget *> fields, bool takes)
+{
+    for (QWidget *field : fields) {
+        field->setFocusPolicy(takes ? Qt::StrongFocus : Qt::NoFocus);
+        if (!takes)
+            field->clearFocus();
+    }
+}
+
 void showRate(int value, QLabel *readout, QLabel *percent)
 {
     readout->setText(QString::number(value));
@@ -157,8 +169,7 @@ flowAnalysis::flowAnalysis(QWidget *parent)
     for (QWidget *widget : findChildren<QWidget *>())
         m_objects.insert(widget->objectName(), widget);
     connectSlots();
-    ui.widget_3->setFixedHeight(0);
-    ui.widget_14->setFixedHeight(0);
+    showPanel(ControlPanel::None);
     setEntryRules();
     groupButtons();
     setUpSliders();
@@ -286,11 +297,20 @@ void flowAnalysis::setPodMode(qint8 mode)
     podMode = mode;
     const ConsoleCommand *row = modeCommand(mode);
     const ControlPanel panel = row ? row->panel : ControlPanel::None;
-    ui.widget_3->setFixedHeight(panel == ControlPanel::Angles ? panelHeight(182) : 0);
-    ui.widget_14->setFixedHeight(panel == ControlPanel::Rates ? panelHeight(152) : 0);
+    showPanel(panel);
     const std::size_t index = row ? std::size_t(row - kConsoleCommands.data()) : 0;
     QAbstractButton *button = row ? m_buttons[index] : ui.pushButton_null_2;
     button->setChecked(true);
+}
+
+void flowAnalysis::showPanel(ControlPanel panel)
+{
+    const bool angles = panel == ControlPanel::Angles;
+    const bool rates = panel == ControlPanel::Rates;
+    ui.widget_3->setFixedHeight(angles ? panelHeight(182) : 0);
+    ui.widget_14->setFixedHeight(rates ? panelHeight(152) : 0);
+    setKeyboard({ui.lineEdit_312, ui.lineEdit_313, ui.lineEdit_314}, angles);
+    setKeyboard({ui.horizontalSlider, ui.horizontalSlider_2}, rates);
 }
 
 void flowAnalysis::clearPendingCommand()

@@ -75,6 +75,7 @@ private:
     void groupButtons();
     void setUpSliders();
     void setFixedSizes();
+    void showPanel(ControlPanel panel);
     void sendFrame(bool idle);
     void startWorker();
     void releaseSlider(const QString &name);

@@ -1,3 +1,4 @@
+#include "console/flowAnalysis.h"
 #include "foundation/QGlobal.h"
 #include "shell/connectDevice.h"
 #include "tests/support/bench.h"
@@ -21,6 +22,7 @@ private slots:
     void faults();
     void typedPortsUpTo99999();
     void pressOnTheListRenewsIt();
+    void tabStopsAreSeen();
     void retranslateKeepsChoices();
     void logFollows_data();
     void logFollows();
@@ -143,6 +145,39 @@ void tst_connectDevice::pressOnTheListRenewsIt()
     // What was typed is overwritten; it is the program's way.
     QCOMPARE(edit("LineEdit_Port1")->text(), QStringLiteral("2337"));
     QCOMPARE(m_bench->find<QComboBox>("comboBox_s1")->currentText(), QStringLiteral("115200"));
+}
+
+/// The Tab key, once around the window: what it comes to is seen, whatever link and mode.
+void tst_connectDevice::tabStopsAreSeen()
+{
+    links()->addItem(QStringLiteral("port"));
+    m_bench->click("pushButton_2");
+    auto *console = m_bench->find<flowAnalysis>("CurrentPage");
+    const auto hasNoKeyboard = [](const QWidget *unseen) {
+        return !unseen->isAncestorOf(QApplication::focusWidget());
+    };
+    const QList<QWidget *> folding = {
+        m_bench->find<QWidget>("widget_9"), m_bench->find<QWidget>("widget_11"),
+        console->findChild<QWidget *>("widget_3"), console->findChild<QWidget *>("widget_14")};
+    QVERIFY(QTest::qWaitForWindowActive(m_bench->window()));
+    for (const auto &[link, mode, stops] :
+         {std::tuple{"UDP", 0x14, 46}, {"port", 0x11, 45}, {"UDP", 0, 43}}) {
+        links()->setCurrentText(link);
+        // In use when the pod changes its mode.
+        console->findChild<QWidget *>(mode ? "lineEdit_s_1" : "horizontalSlider1")->setFocus();
+        console->setPodMode(qint8(mode));
+        QCoreApplication::processEvents();
+        links()->setFocus();
+        int seen = 0;
+        do {
+            for (const QWidget *part : folding)
+                QVERIFY2((part->height() && part->width()) || hasNoKeyboard(part),
+                         qPrintable(QApplication::focusWidget()->objectName()));
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            ++seen;
+        } while (QApplication::focusWidget() != links());
+        QCOMPARE(seen, stops);
+    }
 }
 
 void tst_connectDevice::retranslateKeepsChoices()
