@@ -56,6 +56,15 @@ private:
         }
         return texts.join(' ');
     }
+    /// The captions of the fields, from top to bottom.
+    QString captions()
+    {
+        QStringList texts;
+        for (const char *row : {"4", "5", "6", "7", "10", "11"})
+            texts << find<QLabel>(QString("label_") + row)->text();
+        texts.removeAll(QString());
+        return texts.join(' ');
+    }
     QString form(const char *label) { return m_page->findChild<QLabel *>(label)->text(); }
     void pick(int index)
     {
@@ -148,6 +157,21 @@ void tst_controlCmd::eachItem()
     QCOMPARE(items()->currentText(), QString(QTest::currentDataTag()));
     QCOMPARE(fields(false), texts[0]);
     QCOMPARE(fields(), texts[0]);
+    const QMap<QString, QString> expected = {
+        {"补光", "TT（DEC）:"},
+        {"调色盘", "TT（DEC）:"},
+        {"连续放大", "KK:"},
+        {"连续缩小", "KK:"},
+        {"停止变倍", "KK:"},
+        {"指定倍率", "KK: ZZ ZZ（DEC）:"},
+        {"凝视(地理坐标引导)", "经度: 纬度: 高度(m):"},
+        {"跟踪", "TT: XO X0（DEC）: Y0 Y0（DEC）: X1 X1（DEC）: Y1 Y1（DEC）:"},
+        {"区域测温", "KK: TT: XO X0（DEC）: Y0 Y0（DEC）: X1 X1（DEC）: Y1 Y1（DEC）:"},
+        {"温度报警", "KK: TT: 上限(DEC): 下限(DEC):"},
+        {"等温线", "KK: TT: 上限(DEC): 下限(DEC):"},
+        {"指点测温", "KK: TT: XO X0（DEC）: Y0 Y0（DEC）:"},
+        {"指点平移", "XO X0（DEC）: Y0 Y0（DEC）:"}};
+    QCOMPARE(captions(), expected.value(items()->currentText(), texts[0].isEmpty() ? "" : "TT:"));
     QCOMPARE(preview(), texts[1]);
     QCOMPARE(items()->count(), 35);
     if (texts[2].isEmpty())

@@ -145,6 +145,12 @@ void tst_connectDevice::pressOnTheListRenewsIt()
     // What was typed is overwritten; it is the program's way.
     QCOMPARE(edit("LineEdit_Port1")->text(), QStringLiteral("2337"));
     QCOMPARE(m_bench->find<QComboBox>("comboBox_s1")->currentText(), QStringLiteral("115200"));
+    // A chosen port that is gone leaves the first link.
+    links()->addItem(QStringLiteral("unplugged"));
+    links()->setCurrentText(QStringLiteral("unplugged"));
+    QTest::mouseClick(links(), Qt::LeftButton);
+    links()->hidePopup();
+    QCOMPARE(links()->currentText(), QStringLiteral("TCP Client"));
 }
 
 /// The Tab key, once around the window: what it comes to is seen, whatever link and mode.

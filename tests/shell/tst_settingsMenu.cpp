@@ -194,7 +194,8 @@ void tst_settingsMenu::whatWasTypedStays()
 {
     m_bench = std::make_unique<VideoBench>();
     auto *bench = static_cast<VideoBench *>(m_bench.get());
-    bench->find<QComboBox>("comboBox")->setCurrentIndex(1);
+    auto *mode = bench->find<QWidget>("CurrentPage")->findChild<QComboBox *>("comboBox");
+    mode->setCurrentIndex(1);
     bench->find<QLineEdit>("lineEdit_315")->setText("0A");
     bench->find<QLineEdit>("LineEdit_RemoteIp")->setText("10.1.2.3");
     bench->part<QLineEdit>("lineEdit")->setText("rtsp://10.1.2.3/pod");
@@ -203,7 +204,7 @@ void tst_settingsMenu::whatWasTypedStays()
     chooseEnglish();
     QCOMPARE(bench->video()->windowTitle(), QString("Video"));
     QCOMPARE(chineseOf(textsOf(bench->video())), QStringList());
-    QCOMPARE(bench->find<QComboBox>("comboBox")->currentIndex(), 1);
+    QCOMPARE(mode->currentText(), QString("Learning"));
     QCOMPARE(bench->find<QLineEdit>("lineEdit_315")->text(), QString("0A"));
     QCOMPARE(bench->find<QLineEdit>("LineEdit_RemoteIp")->text(), QString("10.1.2.3"));
     QCOMPARE(bench->part<QLineEdit>("lineEdit")->text(), QString("rtsp://10.1.2.3/pod"));
