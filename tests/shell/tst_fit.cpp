@@ -110,6 +110,12 @@ bool isCovered(const QWidget *widget)
     return false;
 }
 
+bool isHexadecimal(const QWidget *widget)
+{
+    return widget->property("column") == "hex" || qobject_cast<const QTextEdit *>(widget) ||
+           qobject_cast<const QPlainTextEdit *>(widget);
+}
+
 /// Whether a screen reader has nothing to say of a field.
 bool isNameless(QWidget *widget)
 {
@@ -135,11 +141,15 @@ public:
     {
         QVERIFY(QTest::qWaitForWindowExposed(window->window()));
         QCoreApplication::processEvents();
+        if (window->isWindow() && window->windowIcon().isNull())
+            faults << "no icon";
         for (QWidget *widget : window->findChildren<QWidget *>()) {
             if (!widget->isVisible() || isFolded(widget))
                 continue;
             if (widget->isEnabled() && isNameless(widget))
                 faults << widget->objectName() + " has no name";
+            if (isHexadecimal(widget) && !widget->fontInfo().fixedPitch())
+                faults << widget->objectName() + " has digits of any width";
             if (textArea(widget).isNull())
                 continue;
             ++seen;
@@ -166,6 +176,10 @@ QByteArray answer(quint8 code)
 void lookAtWorkbench(VideoBench &bench, Look &look)
 {
     bench.click("pushButton_1");
+    for (const char *box : {"textEdit_Send", "textEdit_Rev"}) {
+        const QImage picture = bench.find<QWidget>(box)->grab().toImage();
+        QVERIFY(picture.pixelColor(0, 9).lightness() > 2 * picture.pixelColor(9, 9).lightness());
+    }
     for (const CommandRow &command : kCommands) {
         bench->receiveData(answer(command.code), {});
         look.at(bench.window());
@@ -215,6 +229,9 @@ void lookAtVideo(VideoBench &bench, Look &look)
     bench.press("pushButton_Region");
     bench.video()->showCoordinates(65535, 65535, 65535, 65535);
     look.at(bench.video());
+    const QPalette colours = bench.part("pushButton_Send")->palette();
+    QVERIFY(colours.color(QPalette::Active, QPalette::ButtonText).lightness() >
+            2 * colours.color(QPalette::Disabled, QPalette::ButtonText).lightness());
 }
 
 void lookAtAbout(VideoBench &bench, Look &look)
@@ -277,6 +294,10 @@ void tst_fit::sizesFollowTheScreen()
         if (size.height)
             QCOMPARE(widget->height(), int(size.height * scale));
     }
+    const auto *box = bench.find<QCheckBox>("checkBox_1");
+    const auto option = optionOf<QStyleOptionButton>(box);
+    const QRect mark = box->style()->subElementRect(QStyle::SE_CheckBoxIndicator, &option, box);
+    QCOMPARE(mark.width(), int(16 * scale) + 2); // and its edge
     QCOMPARE(bench.find<QWidget>("label52")->width(), int(int((scale - 1) * 20 + 162) * scale));
     // A fractional size in the window's sheet is passed over; this one holds, and is legible.
     for (const char *text : {"label52", "pushButton_1", "label_5"})
