@@ -150,8 +150,7 @@ void tst_dataPacketAnalysis::returnPassesThroughTheWire_data()
     };
     row("lineEdit43", "200", "-56", "C8 ");
     row("lineEdit53", "-18000", "-18000", "B0 B9 ");
-    row("lineEdit53", "1,5", "15", "0F 00 "); // no groups
-    row("lineEdit133", "1,5", "15", "DC 05 ");
+    row("lineEdit133", "1,5", "15", "DC 05 "); // no groups
     row("lineEdit63", "18000", "18000", "50 46 ");
     row("lineEdit73", "-1", "-1", "FF FF ");
     row("lineEdit93", "-0.07", "-0.07", "F9 FF ");
