@@ -141,7 +141,7 @@ public:
     {
         QVERIFY(QTest::qWaitForWindowExposed(window->window()));
         QCoreApplication::processEvents();
-        if (window->isWindow() && window->windowIcon().isNull())
+        if (window->isWindow() && window->windowIcon().pixmap(16).isNull())
             faults << "no icon";
         for (QWidget *widget : window->findChildren<QWidget *>()) {
             if (!widget->isVisible() || isFolded(widget))
