@@ -15,11 +15,6 @@ constexpr double kLineHeight = 32;
 constexpr double kCompanyFont = 15;
 constexpr double kLineFont = 14;
 
-QString colour(const char *key)
-{
-    return QGlobal::instance()->palette->value(QLatin1String(key), QLatin1String(""));
-}
-
 /// Text and looks of one of the read-only lines; the font size grows with the screen.
 void fillLine(QLineEdit *line, const char *name, const char *key, double fontSize)
 {
@@ -27,8 +22,8 @@ void fillLine(QLineEdit *line, const char *name, const char *key, double fontSiz
     nameReadout(line, translated(name));
     line->setText(translated(key));
     line->setMinimumHeight(scaled(kLineHeight));
-    line->setStyleSheet("QLineEdit{ background-color:" + colour("main") +
-                        "; color:" + colour("bright") + ";border:0px solid" + colour("monitor") +
+    line->setStyleSheet("QLineEdit{ background-color:" + colourOf("main") + "; color:" +
+                        colourOf("bright") + ";border:0px solid" + colourOf("monitor") +
                         ";font:" + QString::number(pixels) + "px}QLineEdit:disabled{color: gray;}");
 }
 
@@ -43,14 +38,14 @@ About::About(QWidget *parent) : FramelessWidget(parent)
     setAttribute(Qt::WA_DeleteOnClose, true);
     setWindowModality(Qt::ApplicationModal);
     setWindowIcon(QIcon(QStringLiteral(":/NacelleDesk/Resources/Skylark.ico")));
-    setStyleSheet("background-color:" + colour("main"));
+    setStyleSheet("background-color:" + colourOf("main"));
     placeOnScreen();
 }
 
 void About::styleChildren()
 {
     ui.widgetTop->setMaximumHeight(scaled(kTitleHeight));
-    ui.widgetTop->setStyleSheet("background-color:" + colour("control"));
+    ui.widgetTop->setStyleSheet("background-color:" + colourOf("control"));
     setTitleBar(ui.widgetTop);
 
     fillLine(ui.lineEdit, "单位名称", "云台报文工作台项目组", kCompanyFont);

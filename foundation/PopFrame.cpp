@@ -14,15 +14,14 @@ PopFrame::PopFrame(QWidget *parent) : QWidget(parent)
     ui.pushButtonCancel->setText(translated("取消"));
     setWindowFlags(Qt::FramelessWindowHint);
 
-    const auto c = [](const char *key) {
-        return QGlobal::instance()->palette->value(QLatin1String(key), QLatin1String(""));
-    };
-    setStyleSheet("background-color:" + c("main"));
-    ui.label_1->setStyleSheet("color:" + c("bright"));
-    ui.pushButtonOK->setStyleSheet("QPushButton{background-color:" + c("main") + ";color:" +
-                                   c("bright") + ";border:1px solid" + c("monitor") + ";}");
-    ui.pushButtonCancel->setStyleSheet("QPushButton{background-color:" + c("monitor") + "; color:" +
-                                       c("bright") + "; border:1px solid" + c("monitor") + "; }");
+    setStyleSheet("background-color:" + colourOf("main"));
+    ui.label_1->setStyleSheet("color:" + colourOf("bright"));
+    ui.pushButtonOK->setStyleSheet("QPushButton{background-color:" + colourOf("main") +
+                                   ";color:" + colourOf("bright") + ";border:1px solid" +
+                                   colourOf("monitor") + ";}");
+    ui.pushButtonCancel->setStyleSheet("QPushButton{background-color:" + colourOf("monitor") +
+                                       "; color:" + colourOf("bright") + "; border:1px solid" +
+                                       colourOf("monitor") + "; }");
 
     connect(ui.pushButtonOK, &QPushButton::clicked, this, &PopFrame::ok);
     connect(ui.pushButtonCancel, &QPushButton::clicked, this, &PopFrame::close);

@@ -1,11 +1,5 @@
 #include "foundation/QGlobal.h"
 
-#include "foundation/FileUtils.h"
-#include "foundation/stylesheets.h"
-#include "foundation/textfiles.h"
-
-#include <QMutexLocker>
-
 namespace {
 
 struct DefaultKey
@@ -40,30 +34,6 @@ constexpr DefaultKey kDefaultKeys[] = {
 };
 
 } // namespace
-
-std::atomic<QGlobal *> QGlobal::s_instance{nullptr};
-QMutex QGlobal::s_mutex;
-
-QGlobal *QGlobal::instance()
-{
-    if (QGlobal *made = s_instance)
-        return made;
-    const QMutexLocker locker(&s_mutex);
-    if (QGlobal *made = s_instance)
-        return made;
-
-    auto *global = new QGlobal;
-    s_instance = global; // what loads the tables may ask for the instance itself
-    global->spareMap1 = new QMap<QString, QString>;
-    global->spareMap2 = new QMap<QString, QString>;
-    global->spareMap3 = new QMap<QString, QString>;
-    if (!FileUtils().loadControlConfig())
-        global->makeDefaultRows();
-    readTextFiles(*global);
-    global->styleSheets =
-        new QMap<QString, QString>(buildStyleSheets(*global->palette, global->scaleFactor));
-    return global;
-}
 
 std::unique_ptr<QGlobal> QGlobal::atFirstStart()
 {
@@ -107,9 +77,4 @@ void QGlobal::makeDefaultRows()
         keyRows.append(row);
     }
     dataFolder = QStringLiteral("/LocalData/");
-}
-
-QString translated(const char *key)
-{
-    return QGlobal::instance()->translate(QString::fromUtf8(key));
 }

@@ -135,3 +135,6 @@ private:
 
 /// `QGlobal::translate` of a literal.
 QString translated(const char *key);
+
+/// Colour of a role in the palette, empty for one that it doesn't have.
+QString colourOf(const char *role);

@@ -90,7 +90,6 @@ void restAfterErrors(QSerialPort *port)
 
 QString menuStyle()
 {
-    const QMap<QString, QString> &palette = *QGlobal::instance()->palette;
     return QStringLiteral(
                " QMenu {background-color:%1;color:#ffffff; font-family:'Microsoft Yahei';"
                "font-size:%2px} QMenu::item {height:%3px; width:%4px;padding-left:%5px;"
@@ -98,12 +97,12 @@ QString menuStyle()
                "                        padding-left:%5px;border: 1px solid %6;} "
                "QMenu::separator{height:1px;background-color:20FFFFFF;margin-left:0px;"
                "margin-right:0px;}")
-        .arg(palette.value(QStringLiteral("main")))
+        .arg(colourOf("main"))
         .arg(int(14 * QGlobal::instance()->scaleFactor + 1.5))
         .arg(scaled(42))
         .arg(scaled(140))
         .arg(scaled(20))
-        .arg(palette.value(QStringLiteral("hover")));
+        .arg(colourOf("hover"));
 }
 
 /// Hands a document beside the program to the desktop; one that is missing gives no message, which

@@ -68,8 +68,7 @@ VLCWidget::VLCWidget(QWidget *parent)
     : QFrame(parent), m_timer(new QTimer(this)), m_closing(std::make_shared<EmissionGate>())
 {
     // The rule is left open at its end, and stays so.
-    setStyleSheet("QFrame{background-color:" +
-                  QGlobal::instance()->palette->value(QStringLiteral("player"), QLatin1String("")));
+    setStyleSheet("QFrame{background-color:" + colourOf("player"));
     // The surface has no such slot, and no periodic work: the timer runs for nobody.
     connect(m_timer, SIGNAL(timeout()), this, SLOT(slotTimeOut()));
     m_timer->start(kTimerMs);
