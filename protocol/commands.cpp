@@ -3,7 +3,6 @@
 #include "foundation/QGlobal.h"
 #include "protocol/codec.h"
 #include "protocol/fields.h"
-#include "protocol/hostframe.h"
 
 #include <QTextCodec>
 
@@ -16,26 +15,10 @@ using P = ParamKind;
 constexpr quint8 kGuidanceCode = 0x15;
 constexpr quint8 kGeoLockCode = 0x16;
 
-constexpr quint8 kFirstMode = 0x10;
-// By code from 0x10 on; the commands between that enter no mode have no name.
-constexpr std::array<const char *, 13> kModes = {"角度控制模式",
-                                                 "指向锁定模式",
-                                                 "指向跟随模式",
-                                                 "俯拍模式",
-                                                 "欧拉角控制模式",
-                                                 "",
-                                                 "凝视模式",
-                                                 "跟踪模式",
-                                                 "",
-                                                 "",
-                                                 "",
-                                                 "",
-                                                 "FPV模式"};
-
-const CommandRow *findCommand(quint8 code)
+template <typename Predicate>
+const CommandRow *firstWhere(Predicate predicate)
 {
-    const auto row = std::find_if(kCommands.begin(), kCommands.end(),
-                                  [code](const CommandRow &r) { return r.code == code; });
+    const auto row = std::find_if(kCommands.begin(), kCommands.end(), predicate);
     return row == kCommands.end() ? nullptr : &*row;
 }
 
@@ -64,38 +47,6 @@ QByteArray paramBytes(ParamKind kind, const QString &text)
         return encodeI32(scaledDouble(text, kThousandths.k));
     }
     return {};
-}
-
-constexpr std::array<quint8 HostFrame::*, 2> kParams = {&HostFrame::param0, &HostFrame::param1};
-constexpr std::array<quint16 HostFrame::*, 4> kWords = {&HostFrame::word0, &HostFrame::word1,
-                                                        &HostFrame::word2, &HostFrame::word3};
-constexpr std::array<qint32 HostFrame::*, 3> kLongs = {&HostFrame::long0, &HostFrame::long1,
-                                                       &HostFrame::long2};
-
-/// Calls `visit(offset, member)` for each element of a command's payload in wire order. A byte
-/// that follows a word has no param of its own: it takes the next word's place.
-template <typename Visitor>
-void walkPayload(const CommandRow &row, Visitor visit)
-{
-    std::size_t param = 0, word = 0, longWord = 0;
-    int offset = kFixedSize + 1;
-    const auto element = [&](int size) {
-        if (size == 4)
-            visit(offset, kLongs[longWord++]);
-        else if (size == 2)
-            visit(offset, kWords[word++]);
-        else if (word > 0)
-            visit(offset, kWords[word++], 1);
-        else
-            visit(offset, kParams[param++]);
-        offset += size;
-    };
-    if (row.fixedByte != kNoFixedByte)
-        element(1);
-    for (const ParamKind kind : row.params) {
-        if (kind != P::None)
-            element(paramSize(kind));
-    }
 }
 
 } // namespace
@@ -141,6 +92,16 @@ const std::array<CommandRow, kCommandCount> kCommands = {{
 }};
 // clang-format on
 
+const CommandRow *findCommand(quint8 code)
+{
+    return firstWhere([code](const CommandRow &row) { return row.code == code; });
+}
+
+const CommandRow *findCommand(const QString &name)
+{
+    return firstWhere([&name](const CommandRow &row) { return translated(row.name) == name; });
+}
+
 QString commandName(quint8 code)
 {
     const CommandRow *row = findNamed(code);
@@ -154,19 +115,11 @@ QByteArray commandNameGbk(quint8 code)
     return row && gbk ? gbk->fromUnicode(QString::fromUtf8(row->name)) : QByteArray();
 }
 
-QString modeName(quint8 code)
-{
-    const std::size_t index = quint8(code - kFirstMode);
-    const char *name = index < kModes.size() ? kModes[index] : "";
-    return *name ? translated(name) : QString();
-}
-
 QByteArray commandBytes(const QString &name, const QString &p1, const QString &p2,
                         const QString &p3, const QString &p4, const QString &p5, const QString &p6)
 {
-    const auto row = std::find_if(kCommands.begin(), kCommands.end(),
-                                  [&](const CommandRow &r) { return translated(r.name) == name; });
-    if (row == kCommands.end())
+    const CommandRow *row = findCommand(name);
+    if (!row)
         return {};
 
     QByteArray bytes(1, char(row->code));
@@ -176,29 +129,4 @@ QByteArray commandBytes(const QString &name, const QString &p1, const QString &p
     for (std::size_t i = 0; i < row->params.size(); ++i)
         bytes.append(paramBytes(row->params[i], *texts[i]));
     return bytes;
-}
-
-void readPayload(const QByteArray &frame, HostFrame &record)
-{
-    const CommandRow *row = findCommand(quint8(record.commandCode));
-    if (!row)
-        return;
-    walkPayload(*row, [&](int offset, auto member, int size = 0) {
-        using T = std::remove_reference_t<decltype(record.*member)>;
-        record.*member = T(decodeU32(frame.mid(offset, size ? size : int(sizeof(T)))));
-    });
-}
-
-void writePayload(const HostFrame &record, QByteArray &frame)
-{
-    const CommandRow *row = findCommand(quint8(record.commandCode));
-    if (!row)
-        return;
-    walkPayload(*row, [&](int offset, auto member, int size = 0) {
-        using T = std::remove_cv_t<std::remove_reference_t<decltype(record.*member)>>;
-        const QByteArray bytes = encodeU32(quint32(record.*member));
-        const int wanted = size ? size : int(sizeof(T));
-        for (int i = 0; i < wanted && offset + i < frame.size(); ++i)
-            frame[offset + i] = bytes.at(i);
-    });
 }

@@ -5,8 +5,6 @@
 
 #include <array>
 
-struct HostFrame;
-
 // The command set: what stands in the command area of a host frame, one row a command.
 
 /// How one parameter of a payload is parsed and stored.
@@ -51,15 +49,17 @@ constexpr int paramSize(ParamKind kind)
     }
 }
 
-/// Name of a command code in the current language, empty for an unknown code. Code 0x16 bears the
-/// name of code 0x15: feedback for the geographic lock reads as guidance, and is meant to.
+/// The row of a code, or of a name in the current language; null where there is none.
+const CommandRow *findCommand(quint8 code);
+const CommandRow *findCommand(const QString &name);
+
+/// Name of a command code in the current language, empty for an unknown code. Code 0x16 has the
+/// name of code 0x15, so that feedback for the geographic lock reads as guidance: operators know it
+/// so, and the dialog that opens on 0x16 would otherwise look for an item that it doesn't offer.
 QString commandName(quint8 code);
 
 /// The same name as 8-bit text in GBK without language lookup, null for an unknown code.
 QByteArray commandNameGbk(quint8 code);
-
-/// Name of a pod work mode in the current language, empty for a code that is no mode.
-QString modeName(quint8 code);
 
 /// The command area (code byte and payload) of the command named `name` in the current language.
 /// Parameter texts stand in payload order without the fixed byte; those beyond the command's own
@@ -67,11 +67,3 @@ QString modeName(quint8 code);
 QByteArray commandBytes(const QString &name, const QString &p1 = {}, const QString &p2 = {},
                         const QString &p3 = {}, const QString &p4 = {}, const QString &p5 = {},
                         const QString &p6 = {});
-
-/// Reads the payload of `record.commandCode` from offset 70 of `frame` into the record's `param`,
-/// `word` and `long` members: single bytes go to the params in order, words and longs to theirs; a
-/// byte behind a word takes the next word's place.
-void readPayload(const QByteArray &frame, HostFrame &record);
-
-/// The inverse: stores the record's payload into `frame`, as far as it reaches.
-void writePayload(const HostFrame &record, QByteArray &frame);

@@ -114,14 +114,6 @@ constexpr Prompts kPrompts[] = {
     {0x81, {kTt}},
 };
 
-/// The row of the command whose name reads `name` in the current language, or null.
-const CommandRow *commandNamed(const QString &name)
-{
-    const auto row = std::find_if(kCommands.begin(), kCommands.end(),
-                                  [&name](const auto &r) { return translated(r.name) == name; });
-    return row == kCommands.end() ? nullptr : &*row;
-}
-
 Prompt promptOf(quint8 code, std::size_t row)
 {
     const auto prompts = std::find_if(std::begin(kPrompts), std::end(kPrompts),
@@ -212,7 +204,7 @@ void controlCmd::blankRows()
 void controlCmd::indexChange(int)
 {
     blankRows();
-    if (const CommandRow *command = commandNamed(ui.comboBox_Cmd->currentText())) {
+    if (const CommandRow *command = findCommand(ui.comboBox_Cmd->currentText())) {
         for (std::size_t i = 0; i < m_edits.size(); ++i) {
             if (command->params[i] == ParamKind::None)
                 continue;
@@ -230,7 +222,7 @@ void controlCmd::setCommandText(const QString &text)
     const QByteArray bytes = hexTextToBytes(text);
     const QString name = commandName(byteAt(bytes, 0));
     ui.comboBox_Cmd->setCurrentIndex(ui.comboBox_Cmd->findText(name));
-    if (const CommandRow *command = commandNamed(name)) {
+    if (const CommandRow *command = findCommand(name)) {
         int offset = command->fixedByte == kNoFixedByte ? 1 : 2;
         for (std::size_t i = 0; i < m_edits.size(); ++i) {
             const ParamKind kind = command->params[i];

@@ -10,6 +10,7 @@
 #include "protocol/commands.h"
 #include "protocol/controlCmd.h"
 #include "protocol/entryrules.h"
+#include "protocol/modes.h"
 #include "shell/NacelleBench.h"
 #include "shell/videolink.h"
 

@@ -1,7 +1,7 @@
 #include "protocol/fields.h"
 
 #include "protocol/codec.h"
-#include "protocol/commands.h"
+#include "protocol/modes.h"
 
 namespace {
 

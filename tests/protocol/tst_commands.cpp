@@ -1,5 +1,6 @@
 #include "foundation/QGlobal.h"
 #include "protocol/commands.h"
+#include "protocol/modes.h"
 #include "tests/support/strictmain.h"
 
 class tst_commands : public QObject

@@ -5,6 +5,7 @@
 #include "protocol/commands.h"
 #include "protocol/gcuframe.h"
 #include "protocol/hostframe.h"
+#include "protocol/modes.h"
 #include "tools/protocoldoc/examples.h"
 
 #include <QVector>
@@ -207,12 +208,10 @@ QString commandTable(Notes &notes)
 QString modeTable(Notes &notes)
 {
     QList<QStringList> lines;
-    for (int mode = 0; mode <= 0xFF; ++mode) {
-        const QString name = modeName(quint8(mode));
-        if (!name.isEmpty())
-            lines << QStringList{
-                code(hexNumber(quint8(mode))), name,
-                notes.take(QStringLiteral("mode"), hexNumber(quint8(mode))).meaning};
+    for (const ModeRow &row : kModes) {
+        const QString number = hexNumber(row.code);
+        lines << QStringList{code(number), nameOf(row.name, notes),
+                             notes.take(QStringLiteral("mode"), number).meaning};
     }
     return pipeTable({kCode, kMode, kMeaning}, lines);
 }
