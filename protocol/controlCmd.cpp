@@ -114,6 +114,34 @@ constexpr Prompts kPrompts[] = {
     {0x81, {kTt}},
 };
 
+constexpr int rowCount(const Prompts &prompts)
+{
+    int count = 0;
+    for (const Prompt &prompt : prompts.rows)
+        count += *prompt.rest != '\0';
+    return count;
+}
+
+/// True when a command has as many labels as parameters; without parameters it has no row.
+constexpr bool promptsFit(const CommandRow &command)
+{
+    for (const Prompts &prompts : kPrompts) {
+        if (prompts.code == command.code)
+            return rowCount(prompts) == paramCount(command);
+    }
+    return paramCount(command) == 0;
+}
+
+constexpr bool allPromptsFit()
+{
+    for (const CommandRow &command : kCommands) {
+        if (!promptsFit(command))
+            return false;
+    }
+    return true;
+}
+static_assert(allPromptsFit(), "a command's labels aren't as many as its parameters");
+
 Prompt promptOf(quint8 code, std::size_t row)
 {
     const auto prompts = std::find_if(std::begin(kPrompts), std::end(kPrompts),
@@ -206,7 +234,7 @@ void controlCmd::indexChange(int)
     blankRows();
     if (const CommandRow *command = findCommand(ui.comboBox_Cmd->currentText())) {
         for (std::size_t i = 0; i < m_edits.size(); ++i) {
-            if (command->params[i] == ParamKind::None)
+            if (command->params[i].kind == ParamKind::None)
                 continue;
             const Prompt prompt = promptOf(command->code, i);
             m_labels[i]->setText(labelText(prompt));
@@ -225,7 +253,7 @@ void controlCmd::setCommandText(const QString &text)
     if (const CommandRow *command = findCommand(name)) {
         int offset = command->fixedByte == kNoFixedByte ? 1 : 2;
         for (std::size_t i = 0; i < m_edits.size(); ++i) {
-            const ParamKind kind = command->params[i];
+            const ParamKind kind = command->params[i].kind;
             if (kind == ParamKind::None)
                 continue;
             m_edits[i]->setText(paramText(*command, kind, bytes.mid(offset, paramSize(kind))));

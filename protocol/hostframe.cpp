@@ -41,10 +41,8 @@ void walkPayload(const CommandRow &row, Visitor visit)
     };
     if (row.fixedByte != kNoFixedByte)
         element(1);
-    for (const ParamKind kind : row.params) {
-        if (kind != ParamKind::None)
-            element(paramSize(kind));
-    }
+    for (int i = 0; i < paramCount(row); ++i)
+        element(paramSize(row.params[std::size_t(i)].kind));
 }
 
 /// Fills the record's payload members from `frame`.

@@ -17,11 +17,17 @@ constexpr bool isId(std::string_view id)
     return true;
 }
 
-/// True when each row has an id of its own; `idOf` gives the id of a row.
-template <typename Rows, typename IdOf>
-constexpr bool idsAreDistinct(const Rows &rows, IdOf idOf)
+template <typename Row>
+constexpr const char *idOf(const Row &row)
 {
-    for (std::size_t i = 0; i < rows.size(); ++i) {
+    return row.id;
+}
+
+/// True when each of the first `count` rows has an id of its own.
+template <typename Rows>
+constexpr bool idsAreDistinct(const Rows &rows, std::size_t count)
+{
+    for (std::size_t i = 0; i < count; ++i) {
         if (!isId(idOf(rows[i])))
             return false;
         for (std::size_t j = 0; j < i; ++j) {
@@ -35,7 +41,7 @@ constexpr bool idsAreDistinct(const Rows &rows, IdOf idOf)
 template <typename Rows>
 constexpr bool idsAreDistinct(const Rows &rows)
 {
-    return idsAreDistinct(rows, [](const auto &row) { return row.id; });
+    return idsAreDistinct(rows, rows.size());
 }
 
 /// True when each row's code is greater than that of the row before, so that no two are equal.

@@ -120,8 +120,6 @@ void tst_protocoldoc::refuses_data()
     note("orphan", "mode|0x10|", "mode|0x15||甲|a\nmode|0x10|", "explains nothing: mode|0x15");
     note("twice", "mode|0x10|", "mode|0x10||甲|a\nmode|0x10|", "explained twice: mode|0x10");
     note("one language", "聚焦|focuses", "聚焦|", "not in both languages");
-    note("parameters", "command|0x25|KK ZZ|", "command|0x25|KK|",
-         "wrong number of parameters: command|0x25");
     QTest::newRow("unknown table") << QByteArray() << QByteArray() << QByteArray("@HOST_FIELD@")
                                    << QByteArray("no such table: @HOST_FIELD@");
 }

@@ -10,8 +10,6 @@
 
 #include <QVector>
 
-#include <algorithm>
-
 namespace {
 
 struct Column
@@ -153,9 +151,10 @@ QString fieldTable(const QString &table, const Rows &rows, bool isWritten, Notes
     return pipeTable(columns + QVector<Column>{kUnit, kField, kMeaning}, lines);
 }
 
-QString paramText(const QString &name, ParamKind kind)
+QString paramText(const Param &param)
 {
-    switch (kind) {
+    const QString name = QLatin1String(param.symbol);
+    switch (param.kind) {
     case ParamKind::Byte:
         return name + QStringLiteral(" u8");
     case ParamKind::U16:
@@ -169,38 +168,24 @@ QString paramText(const QString &name, ParamKind kind)
     }
 }
 
-/// The payload in wire order; `names` are those of the parameters.
-QString payloadOf(const CommandRow &row, const QStringList &names, Notes &notes)
+/// The payload in wire order.
+QString payloadOf(const CommandRow &row)
 {
-    const auto end = std::find(row.params.begin(), row.params.end(), ParamKind::None);
-    if (end - row.params.begin() != names.size())
-        notes.complain(QStringLiteral("wrong number of parameters: command|") +
-                       hexNumber(row.code));
     QStringList parts;
     if (row.fixedByte != kNoFixedByte)
         parts << code(hexDigits(QByteArray(1, char(row.fixedByte))));
-    for (int i = 0; i < names.size() && i < int(row.params.size()); ++i)
-        parts << paramText(names.at(i), row.params[std::size_t(i)]);
+    for (int i = 0; i < paramCount(row); ++i)
+        parts << paramText(row.params[std::size_t(i)]);
     return parts.join(QStringLiteral(", "));
-}
-
-int areaSize(const CommandRow &row)
-{
-    int size = row.fixedByte == kNoFixedByte ? 1 : 2;
-    for (const ParamKind kind : row.params)
-        size += paramSize(kind);
-    return size;
 }
 
 QString commandTable(Notes &notes)
 {
     QList<QStringList> lines;
     for (const CommandRow &row : kCommands) {
-        const Note note = notes.take(QStringLiteral("command"), hexNumber(row.code));
-        const QStringList names = note.detail.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-        lines << QStringList{code(hexNumber(row.code)), nameOf(row.name, notes),
-                             QString::number(areaSize(row)), payloadOf(row, names, notes),
-                             note.meaning};
+        const QString number = hexNumber(row.code);
+        lines << QStringList{code(number), nameOf(row.name, notes), QString::number(areaSize(row)),
+                             payloadOf(row), notes.take(QStringLiteral("command"), number).meaning};
     }
     return pipeTable({kCode, kCommand, kCount, kPayload, kMeaning}, lines);
 }
