@@ -342,9 +342,10 @@ void dataPacketAnalysis::retranslate()
 {
     for (const FixedText &text : kFixedTexts)
         setTextOf(findChild<QWidget *>(QLatin1String(text.object)), translated(text.key));
+    const QGlobal *global = QGlobal::instance();
     for (const Form *form : {&m_hostForm, &m_gcuForm}) {
         for (const FieldWidgets &row : *form) {
-            row.bytes->setText(translated(row.field->bytes));
+            row.bytes->setText(global->translate(byteLabel(*row.field)));
             const QString name = translated(row.field->key);
             setTextOf(row.name, name);
             for (QLabel *label : row.name->parentWidget()->findChildren<QLabel *>()) {
@@ -358,7 +359,6 @@ void dataPacketAnalysis::retranslate()
     }
     nameReadout(ui.textEdit_Send, ui.label_Host->text());
     nameReadout(ui.textEdit_Rev, ui.label_Gcu->text());
-    const QGlobal *global = QGlobal::instance();
     for (QLabel *label : {ui.label293, ui.label303, ui.label303_2, ui.label313_2})
         label->setText(global->translate(label->text()));
     ui.label293->setText(commandName(byteAt(hexTextToBytes(ui.label294->text()), 0)));

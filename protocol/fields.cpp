@@ -62,6 +62,18 @@ int saidLength(const QByteArray &frame)
     return decodeI16(frame.mid(2, 2));
 }
 
+QString byteLabel(const Field &field)
+{
+    if (field.kind == FieldKind::Crc)
+        return QStringLiteral("S-2～S-1");
+    const QString first = QString::number(field.offset);
+    if (field.size == 0)
+        return first + QStringLiteral("～S-3");
+    if (field.size == 1)
+        return first;
+    return first + QStringLiteral("～") + QString::number(field.offset + field.size - 1);
+}
+
 QByteArray fieldSlice(const Field &field, const QByteArray &frame)
 {
     const int areaSize = saidLength(frame) - kFrameOverhead;

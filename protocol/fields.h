@@ -71,7 +71,8 @@ struct Field
     int size = 0;   ///< in bytes; 0 for the variable area
     FieldKind kind = FieldKind::Byte;
     Scale scale = kPlain;
-    const char *bytes = "";       ///< text of the form's first column
+    const char *id = "";          ///< name for other programs
+    const char *unit = "";        ///< of the engineering value, in ASCII
     const char *key = "";         ///< name of the field, before the language lookup
     const char *nameObject = "";  ///< label or button that shows the name
     const char *valueObject = ""; ///< line edit or label that shows the value, "" for none
@@ -88,7 +89,7 @@ struct BytePair
     quint8 Record::*second;
 };
 
-/// Where a typed record keeps a field; nothing where the record's own rule tells.
+/// Where a typed record keeps a field; nothing where the record has a rule of its own.
 template <typename Record>
 using Member = std::variant<std::monostate, BytePair<Record>, quint8 Record::*, qint16 Record::*,
                             quint16 Record::*, qint32 Record::*, quint32 Record::*,
@@ -102,25 +103,18 @@ struct FieldRow
     Member<Record> member = {};
 };
 
-/// True when the rows of a frame follow one another without gap or overlap up to the variable
-/// area at offset 69, which the CRC ends.
-template <typename Record, std::size_t N>
-constexpr bool tilesFrame(const std::array<FieldRow<Record>, N> &rows)
+template <typename Record>
+constexpr const char *idOf(const FieldRow<Record> &row)
 {
-    int offset = 0;
-    for (std::size_t i = 0; i + 2 < N; ++i) {
-        if (rows[i].field.offset != offset || rows[i].field.size <= 0)
-            return false;
-        offset += rows[i].field.size;
-    }
-    const Field &area = rows[N - 2].field;
-    return offset == kFixedSize && area.offset == kFixedSize && area.size == 0 &&
-           (area.kind == FieldKind::Command || area.kind == FieldKind::Feedback) &&
-           rows[N - 1].field.kind == FieldKind::Crc;
+    return row.field.id;
 }
 
 /// S, the length that a frame says of itself: the signed bytes 2 and 3.
 int saidLength(const QByteArray &frame);
+
+/// Where the field stands, as a form's first column shows it before the language lookup: "4",
+/// "12～13", for the variable area "69～S-3", for the CRC "S-2～S-1".
+QString byteLabel(const Field &field);
 
 /// The field's own bytes. The variable area and the CRC go by the frame's own length field, not
 /// by the size of the array; of what isn't there nothing is taken. Where S is below 71 the command
@@ -138,7 +132,7 @@ QByteArray fieldBytes(const Field &field, const QString &text);
 bool crcMatches(const QByteArray &frame);
 
 /// Computes the checksum over the first `record.length` - 2 bytes and compares it with the two
-/// behind them, which must be there: fills `crcHigh`, `crcLow` and `crcValid`.
+/// after them, which must be there: fills `crcHigh`, `crcLow` and `crcValid`.
 template <typename Record>
 void computeCrc(const QByteArray &frame, Record &record);
 

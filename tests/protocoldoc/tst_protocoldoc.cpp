@@ -65,18 +65,23 @@ void tst_protocoldoc::makesRows_data()
             << QByteArray(language) << QByteArray(placeholder) << QByteArray(expected);
     };
     row("en", "HOST_FIELDS",
-        "| 16–17 | 2 | u16 | 100 | single | ° | Carrier yaw | yaw (heading) of the carrier, "
-        "0 to 360, unsigned |");
-    row("zh", "HOST_FIELDS", "| 42～45 | 4 | i32 | 10⁷ | 双 | ° | 载机纬度 | 北纬为正，−90～90 |");
-    row("zh", "GCU_FIELDS", "| 43～46 | 4 | i32 | 10 | m | 目标距离 | 测距结果 |");
+        "| 16–17 | `carrier_yaw` | 2 | u16 | 100 | single | ° | Carrier yaw | "
+        "yaw (heading) of the carrier, 0 to 360, unsigned |");
+    row("zh", "HOST_FIELDS",
+        "| 42～45 | `latitude` | 4 | i32 | 10⁷ | 双 | ° | 载机纬度 | 北纬为正，−90～90 |");
+    row("zh", "GCU_FIELDS",
+        "| 28～29 | `rate_z` | 2 | i16 | 10 | °/s | 相机Z轴绝对角速度 | 同上 |");
+    row("zh", "HOST_FIELDS",
+        "| 22～23 | `accel_up` | 2 | i16 | 100 | 单 | m/s² | 载机天向加速度 | 向上为正 |");
     row("en", "GCU_FIELDS",
-        "| 69–S−3 | N | bytes |  |  | Command feedback | N ≥ 0, see \"Feedback\" |");
+        "| 69–S−3 | `feedback` | N | bytes |  |  | Command feedback | N ≥ 0, see \"Feedback\" |");
     row("en", "COMMANDS",
-        "| `0x17` | Tracking | 11 | `01`, TT u8, X0 u16, Y0 u16, X1 u16, Y1 u16 | TT: 01 starts, "
-        "00 ends; two opposite corners of the box around the target |");
+        "| `0x17` | `track` | Tracking | 11 | `01`, TT u8, X0 u16, Y0 u16, X1 u16, Y1 u16 | "
+        "TT: 01 starts, 00 ends; two opposite corners of the box around the target |");
     // Shown by the name of 0x15, but listed by its own.
-    row("zh", "COMMANDS", "| `0x16` | 凝视(地理坐标锁定) | 1 |  | 视轴锁定当前所指的地理位置 |");
-    row("zh", "MODES", "| `0x13` | 俯拍模式 | 视轴垂直向下；工作台控制量为 0 |");
+    row("zh", "COMMANDS",
+        "| `0x16` | `stare_lock` | 凝视(地理坐标锁定) | 1 |  | 视轴锁定当前所指的地理位置 |");
+    row("zh", "MODES", "| `0x13` | `look_down` | 俯拍模式 | 视轴垂直向下；工作台控制量为 0 |");
     row("en", "POINTING_CHANGES",
         "| 69–S−3 | Control command | `1A 01 88 13 88 13` | Slew to point |");
     row("en", "ANSWER_FIELDS", "| 69–S−3 | Command feedback | `20 00` | Photo succeeded |");
@@ -117,8 +122,8 @@ void tst_protocoldoc::refuses_data()
                             << QByteArray(reason);
     };
     note("missing", "command|0x26|", "# ", "no explanation: command|0x26");
-    note("orphan", "mode|0x10|", "mode|0x15||甲|a\nmode|0x10|", "explains nothing: mode|0x15");
-    note("twice", "mode|0x10|", "mode|0x10||甲|a\nmode|0x10|", "explained twice: mode|0x10");
+    note("orphan", "mode|0x10|", "mode|0x15|甲|a\nmode|0x10|", "explains nothing: mode|0x15");
+    note("twice", "mode|0x10|", "mode|0x10|甲|a\nmode|0x10|", "explained twice: mode|0x10");
     note("one language", "聚焦|focuses", "聚焦|", "not in both languages");
     QTest::newRow("unknown table") << QByteArray() << QByteArray() << QByteArray("@HOST_FIELD@")
                                    << QByteArray("no such table: @HOST_FIELD@");

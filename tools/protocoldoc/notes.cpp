@@ -31,17 +31,17 @@ Notes::Notes(const QString &path, bool chinese)
 void Notes::readLine(const QString &line, bool chinese)
 {
     const QStringList parts = line.split(QLatin1Char('|'));
-    if (parts.size() != 5 || parts.at(3).isEmpty() || parts.at(4).isEmpty()) {
-        complain(QStringLiteral("not in both languages, or not five parts: ") + line);
+    if (parts.size() != 4 || parts.at(2).isEmpty() || parts.at(3).isEmpty()) {
+        complain(QStringLiteral("not in both languages, or not four parts: ") + line);
         return;
     }
     const QString key = noteKey(parts.at(0), parts.at(1));
     if (m_notes.contains(key))
         complain(QStringLiteral("explained twice: ") + key);
-    m_notes.insert(key, {parts.at(2), parts.at(chinese ? 3 : 4)});
+    m_notes.insert(key, parts.at(chinese ? 2 : 3));
 }
 
-Note Notes::take(const QString &table, const QString &row)
+QString Notes::take(const QString &table, const QString &row)
 {
     const QString key = noteKey(table, row);
     if (!m_notes.contains(key))

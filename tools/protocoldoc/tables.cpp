@@ -20,6 +20,7 @@ struct Column
 };
 
 constexpr Column kBytes{"字节", "Bytes", 11};
+constexpr Column kId{"标识", "Id", 18};
 constexpr Column kSize{"长度", "Size", 7};
 constexpr Column kKind{"类型", "Kind", 7};
 constexpr Column kFactor{"K", "K", 6};
@@ -86,7 +87,7 @@ QString code(const QString &text)
 /// Where a field stands. The form's own text, in English with its own signs.
 QString placeOf(const Field &field)
 {
-    QString place = QString::fromUtf8(field.bytes);
+    QString place = byteLabel(field);
     if (!isChinese())
         place.replace(QChar(0xFF5E), QChar(0x2013));
     return place.replace(QLatin1Char('-'), QChar(0x2212));
@@ -123,6 +124,14 @@ QString factorOf(const Scale &scale)
     return scale.k == kGeoDegrees.k ? QString::fromUtf8("10⁷") : QString::number(scale.k);
 }
 
+/// A unit as it is printed: the tables have it in ASCII.
+QString unitOf(const Field &field)
+{
+    return QString(QLatin1String(field.unit))
+        .replace(QStringLiteral("deg"), QStringLiteral("°"))
+        .replace(QStringLiteral("s2"), QStringLiteral("s²"));
+}
+
 /// What a scaled value is computed in on its way to the wire.
 QString precisionOf(const Scale &scale)
 {
@@ -137,15 +146,15 @@ QString fieldTable(const QString &table, const Rows &rows, bool isWritten, Notes
     QList<QStringList> lines;
     for (const auto &row : rows) {
         const Field &field = row.field;
-        const Note note = notes.take(table, QString::fromUtf8(field.key));
-        QStringList cells{placeOf(field),
+        QStringList cells{placeOf(field), code(QLatin1String(field.id)),
                           field.size == 0 ? QStringLiteral("N") : QString::number(field.size),
                           kindOf(field.kind), factorOf(field.scale)};
         if (isWritten)
             cells << precisionOf(field.scale);
-        lines << cells + QStringList{note.detail, nameOf(field.key, notes), note.meaning};
+        lines << cells + QStringList{unitOf(field), nameOf(field.key, notes),
+                                     notes.take(table, QString::fromUtf8(field.key))};
     }
-    QVector<Column> columns{kBytes, kSize, kKind, kFactor};
+    QVector<Column> columns{kBytes, kId, kSize, kKind, kFactor};
     if (isWritten)
         columns << kPrecision;
     return pipeTable(columns + QVector<Column>{kUnit, kField, kMeaning}, lines);
@@ -184,10 +193,14 @@ QString commandTable(Notes &notes)
     QList<QStringList> lines;
     for (const CommandRow &row : kCommands) {
         const QString number = hexNumber(row.code);
-        lines << QStringList{code(number), nameOf(row.name, notes), QString::number(areaSize(row)),
-                             payloadOf(row), notes.take(QStringLiteral("command"), number).meaning};
+        lines << QStringList{code(number),
+                             code(QLatin1String(row.id)),
+                             nameOf(row.name, notes),
+                             QString::number(areaSize(row)),
+                             payloadOf(row),
+                             notes.take(QStringLiteral("command"), number)};
     }
-    return pipeTable({kCode, kCommand, kCount, kPayload, kMeaning}, lines);
+    return pipeTable({kCode, kId, kCommand, kCount, kPayload, kMeaning}, lines);
 }
 
 QString modeTable(Notes &notes)
@@ -195,10 +208,10 @@ QString modeTable(Notes &notes)
     QList<QStringList> lines;
     for (const ModeRow &row : kModes) {
         const QString number = hexNumber(row.code);
-        lines << QStringList{code(number), nameOf(row.name, notes),
-                             notes.take(QStringLiteral("mode"), number).meaning};
+        lines << QStringList{code(number), code(QLatin1String(row.id)), nameOf(row.name, notes),
+                             notes.take(QStringLiteral("mode"), number)};
     }
-    return pipeTable({kCode, kMode, kMeaning}, lines);
+    return pipeTable({kCode, kId, kMode, kMeaning}, lines);
 }
 
 /// A frame's bytes, sixteen a line.
