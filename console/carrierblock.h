@@ -23,7 +23,8 @@ struct CarrierField
 
 constexpr const char *kSevenDecimals =
     "^[-+]?((180(\\.\\d{1,7})?)|((1[0-7]\\d)|([1-9]\\d?))(\\.\\d{1,7})?)$";
-/// The rule that would fit a latitude. The page builds it and installs it nowhere; it is meant so.
+/// The rule that would fit a latitude. The page builds it and installs it nowhere: with it,
+/// latitudes that operators enter today would be refused.
 constexpr const char *kLatitudePattern = "^[-+]?((90(\\.\\d{1,7})?)|([1-8]?\\d(\\.\\d{1,7})?))$";
 
 /// Accelerations and velocities can't be typed negative although they are signed on the wire. The
@@ -33,8 +34,8 @@ constexpr Limit kAltitudeLimit{Limit::Real, 0, 100, 3};
 
 constexpr int kCarrierFieldCount = 15;
 
-/// The carrier form in the order of the frame. The latitude takes the longitude's rule, so that it
-/// accepts up to 180 degrees; it is meant to.
+/// The carrier form in the order of the frame. The latitude takes the longitude's rule and so
+/// accepts up to 180 degrees, which lets a bench send a place that can't be.
 inline constexpr std::array<CarrierField, kCarrierFieldCount> kCarrierFields = {{
     {12, "lineEdit_s_1", "label_123",
      matching("^[-+]?((180(\\.\\d{1,2})?)|((1[0-7]\\d)|([1-9]\\d?))(\\.\\d{1,2})?)$")},

@@ -2,6 +2,7 @@
 
 #include "protocol/codec.h"
 #include "protocol/fields.h"
+#include "protocol/frametext.h"
 
 #include <algorithm>
 
@@ -9,9 +10,9 @@ namespace {
 
 constexpr quint8 kIdleSize = kFrameOverhead + 1;
 constexpr int kAnswerSize = kFrameOverhead + 2;
-constexpr const char *kIdleCode = " 00";
-constexpr const char *kInertialValid = "01 ";
-constexpr const char *kControlAndInertialValid = "05 ";
+constexpr const char *kIdleCode = "00";
+constexpr const char *kInertialValid = "01";
+constexpr const char *kControlAndInertialValid = "05";
 
 constexpr int pieceSize(PieceKind kind)
 {
@@ -20,19 +21,10 @@ constexpr int pieceSize(PieceKind kind)
     return kind == PieceKind::I16 || kind == PieceKind::Limit ? 2 : 1;
 }
 
-/// Number of bytes in a text of blanks and pairs of digits.
-constexpr int literalSize(const char *text)
-{
-    int digits = 0;
-    for (; *text; ++text)
-        digits += *text != ' ';
-    return digits / 2;
-}
-
 constexpr bool sizesFit()
 {
     for (const ConsoleCommand &row : kConsoleCommands) {
-        int size = kFrameOverhead + literalSize(row.code);
+        int size = kFrameOverhead + hexTextSize(row.code);
         for (const Piece &piece : row.pieces)
             size += pieceSize(piece.kind);
         if (size != row.frameSize)
@@ -118,14 +110,11 @@ QByteArray consoleFrame(const ConsoleState &state, bool idle)
 {
     const ConsoleCommand *row = idle ? nullptr : chosenCommand(state);
     const Controls control = controls(state);
-    const QByteArray size = encodeU16(row ? row->frameSize : kIdleSize);
-    QByteArray frame =
-        hexTextToBytes(QLatin1String("A8 E5 ") + toHexText(size) + state.textOf(kVersionObject) +
-                       QLatin1Char(' ') + control.text +
-                       QLatin1String(control.any ? kControlAndInertialValid : kInertialValid) +
-                       state.carrier + (row ? commandText(*row, state) : QLatin1String(kIdleCode)));
-    appendCrc(frame);
-    return frame;
+    return frameFromText(row ? row->frameSize : kIdleSize,
+                         {state.textOf(kVersionObject), control.text,
+                          QLatin1String(control.any ? kControlAndInertialValid : kInertialValid),
+                          state.carrier,
+                          row ? commandText(*row, state) : QLatin1String(kIdleCode)});
 }
 
 bool isAnswer(const QByteArray &sent, const QByteArray &received)

@@ -9,9 +9,7 @@
 #include <functional>
 
 // The frames of the flow console: one host frame at a time, composed as hexadecimal text from what
-// the form says. Raw texts of the form stand in it unfilled and untested: an empty one leaves the
-// frame a byte short, an odd number of digits moves everything in front by half a byte. The console
-// is a bench tool and is meant to send what the form says.
+// the form says.
 
 /// How a piece of a command's text is made from the form.
 enum class PieceKind : quint8 {

@@ -1,24 +1,40 @@
 #include "video/pickframe.h"
 
 #include "protocol/codec.h"
+#include "protocol/fields.h"
+#include "protocol/frametext.h"
 
 namespace {
 
 /// One row for each kind of pick, in the order of `Pick`.
 struct PickCommand
 {
-    const char *size;   ///< length field
+    quint8 size;        ///< S of the frame
     const char *code;   ///< command byte
-    const char *camera; ///< byte behind it, null for that of the console page
-    bool hasFlag;       ///< a byte that tells start from end
+    const char *camera; ///< byte after it, null for that of the console page
+    bool hasFlag;       ///< a byte that says start or end
     int values;         ///< number of coordinates
 };
 constexpr PickCommand kPickCommands[] = {
-    {"4D 00", "1A", "01", false, 2},
-    {"4E 00", "33", nullptr, true, 2},
-    {"52 00", "30", nullptr, true, 4},
-    {"52 00", "17", "01", true, 4},
+    {0x4D, "1A", "01", false, 2},
+    {0x4E, "33", nullptr, true, 2},
+    {0x52, "30", nullptr, true, 4},
+    {0x52, "17", "01", true, 4},
 };
+
+constexpr bool sizesFit()
+{
+    for (const PickCommand &row : kPickCommands) {
+        const int camera = row.camera ? hexTextSize(row.camera) : 1;
+        if (row.size != kFrameOverhead + hexTextSize(row.code) + camera + (row.hasFlag ? 1 : 0) +
+                            row.values * 2)
+            return false;
+    }
+    return true;
+}
+static_assert(sizesFit(), "a frame size disagrees with its command");
+
+constexpr quint8 kPictureInPictureSize = kFrameOverhead + 2;
 
 constexpr double kFullScale = 10000.0;
 
@@ -27,13 +43,10 @@ const PickCommand &commandOf(Pick pick)
     return kPickCommands[int(pick)];
 }
 
-QByteArray frameOf(const char *size, const QString &command, const FrameTexts &texts)
+QByteArray frameOf(quint8 size, const QString &command, const FrameTexts &texts)
 {
-    QByteArray frame =
-        hexTextToBytes(QLatin1String("A8 E5 ") + QLatin1String(size) + texts.version +
-                       QLatin1String(" 00 00 00 00 00 00 01 ") + texts.carrier + command);
-    appendCrc(frame);
-    return frame;
+    return frameFromText(size, {texts.version, QStringLiteral("00 00 00 00 00 00"),
+                                QStringLiteral("01"), texts.carrier, command});
 }
 
 } // namespace
@@ -62,5 +75,5 @@ QByteArray pickFrame(Pick pick, bool start, const PickCorners &corners, const Fr
 
 QByteArray pictureInPictureFrame(int step, const FrameTexts &texts)
 {
-    return frameOf("49 00", QLatin1String("740") + QString::number(step), texts);
+    return frameOf(kPictureInPictureSize, QLatin1String("740") + QString::number(step), texts);
 }
