@@ -19,14 +19,14 @@ struct Column
     int width; ///< in parts of the table's whole width
 };
 
-constexpr Column kBytes{"字节", "Bytes", 11};
-constexpr Column kId{"标识", "Id", 18};
-constexpr Column kSize{"长度", "Size", 7};
-constexpr Column kKind{"类型", "Kind", 7};
-constexpr Column kFactor{"K", "K", 6};
-constexpr Column kPrecision{"精度", "Prec.", 8};
-constexpr Column kUnit{"单位", "Unit", 7};
-constexpr Column kField{"字段", "Field", 21};
+constexpr Column kBytes{"字节", "Bytes", 15};
+constexpr Column kId{"标识", "Id", 23};
+constexpr Column kSize{"长度", "Size", 8};
+constexpr Column kKind{"类型", "Kind", 9};
+constexpr Column kFactor{"K", "K", 8};
+constexpr Column kPrecision{"精度", "Prec.", 11};
+constexpr Column kUnit{"单位", "Unit", 9};
+constexpr Column kField{"字段", "Field", 24};
 constexpr Column kMeaning{"含义", "Meaning", 44};
 constexpr Column kWire{"报文字节", "On the wire", 26};
 constexpr Column kValue{"值", "Value", 26};
