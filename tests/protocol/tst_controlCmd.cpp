@@ -30,6 +30,7 @@ private slots:
     }
     void eachItem_data();
     void eachItem();
+    void labels();
     void opensOnOddTexts_data();
     void opensOnOddTexts();
     void everyFieldRefreshesThePreview();
@@ -180,6 +181,36 @@ void tst_controlCmd::eachItem()
     QCOMPARE(items()->currentText(), QString(QTest::currentDataTag()));
     QCOMPARE(fields(), texts[3]);
     QCOMPARE(preview(), texts[2]);
+}
+
+/// The labels of each item that has any, by its place in the list.
+void tst_controlCmd::labels()
+{
+    const QString box = "XO X0（DEC）:,Y0 Y0（DEC）:", corner = ",X1 X1（DEC）:,Y1 Y1（DEC）:";
+    const QString limits = "KK:,TT:,上限(DEC):,下限(DEC):";
+    QMap<int, QString> expected = {{12, "经度:,纬度:,高度(m):"},
+                                   {14, "TT:," + box + corner},
+                                   {15, box},
+                                   {21, "KK:,ZZ ZZ（DEC）:"},
+                                   {23, "TT（DEC）:"},
+                                   {29, "TT（DEC）:"},
+                                   {31, "KK:,TT:," + box + corner},
+                                   {32, limits},
+                                   {33, limits},
+                                   {34, "KK:,TT:," + box}};
+    for (const int item : {3, 4, 5, 24, 25, 26, 27, 28, 30})
+        expected[item] = "TT:";
+    for (const int item : {18, 19, 20})
+        expected[item] = "KK:";
+    for (int item = 0; item < items()->count(); ++item) {
+        items()->setCurrentIndex(item);
+        QStringList texts;
+        for (const char *row : {"4", "5", "6", "7", "10", "11"})
+            texts << find<QLabel>(QString("label_") + row)->text();
+        texts.removeAll(QString());
+        QCOMPARE(items()->itemText(item) + ": " + texts.join(','),
+                 items()->itemText(item) + ": " + expected.value(item));
+    }
 }
 
 void tst_controlCmd::opensOnOddTexts_data()

@@ -158,10 +158,11 @@ void tst_dataPacketAnalysis::returnPassesThroughTheWire_data()
     row("lineEdit113", "359.99", "359.99", "9F 8C ");
     row("lineEdit123", "400", "-255.36", "40 9C ");
     row("lineEdit133", "1.5", "1.5", "96 00 ");
-    row("lineEdit143", "-1.5", "-1.5", "6A FF ");
-    row("lineEdit153", "2.12", "2.11", "D3 00 ");
+    // A third decimal isn't taken: 2.129 would give 212.
+    row("lineEdit143", "2.129", "2.11", "D3 00 ");
+    row("lineEdit153", "2.129", "2.11", "D3 00 ");
     row("lineEdit163", "0.29", "0.29", "1D 00 ");
-    row("lineEdit173", "7", "7", "BC 02 ");
+    row("lineEdit173", "-7", "-7", "44 FD ");
     row("lineEdit183", "9", "9", "09 ");
     row("lineEdit213", "-122.5", "-122.5000000", "C0 FB FB B6 ");
     row("lineEdit223", "89.9999999", "89.9999999", "FF E8 A4 35 ");
@@ -170,7 +171,7 @@ void tst_dataPacketAnalysis::returnPassesThroughTheWire_data()
     row("lineEdit253", "4294967295", "4294967295", "FF FF FF FF ");
     row("lineEdit253", "4294967296", "0", "00 00 00 00 ");
     row("lineEdit263", "-32767", "-32767", "01 80 ");
-    row("lineEdit273", "1234.567", "1234.57", "87 D6 12 00 ");
+    row("lineEdit273", "0.251", "0.25", "FA 00 00 00 "); // 251 in double precision
 }
 
 void tst_dataPacketAnalysis::returnPassesThroughTheWire()

@@ -1,30 +1,26 @@
 #include "foundation/QGlobal.h"
-#include "protocol/codec.h"
-#include "protocol/commands.h"
 #include "protocol/hostframe.h"
 #include "tests/support/strictmain.h"
 
 namespace {
 
-/// A frame whose every field differs from its neighbours, command area and CRC appended.
-QByteArray sampleFrame(const QByteArray &command)
+/// A frame whose every field differs from its neighbours: its length, command area and CRC in
+/// hexadecimal, divided by blanks.
+QByteArray sampleFrame(const char *lengthAreaCrc)
 {
+    const QList<QByteArray> parts = QByteArray(lengthAreaCrc).split(' ');
     // clang-format off
-    QByteArray frame = QByteArray::fromHex("A8E5") + encodeU16(quint16(71 + command.size())) +
-                       QByteArray::fromHex("01"               // version
-                                           "B80B48F40100"     // 3000, -3000, 1
-                                           "05"               // both flags
-                                           "D204 2EFB 9F8C"   // 1234, -1234, 35999
-                                           "0100 FEFF 0300"   // accelerations
-                                           "F401 0CFE 0700"   // velocities
-                                           "02 A1A2A3A4A5A6 01"
-                                           "24F2DF65 C0FBFBB6 A3A00000"
-                                           "0F B00C0615 E608 10270000"
-                                           "B1B2B3B4B5B6B7B8");
+    return QByteArray::fromHex("A8E5" + parts[0] + "00 01" // version
+                               "B80B48F40100"              // 3000, -3000, 1
+                               "05"                        // both flags
+                               "D204 2EFB 9F8C"            // 1234, -1234, 35999
+                               "0100 FEFF 0300"            // accelerations
+                               "F401 0CFE 0700"            // velocities
+                               "02 A1A2A3A4A5A6 01"
+                               "24F2DF65 C0FBFBB6 A3A00000"
+                               "0F B00C0615 E608 10270000"
+                               "B1B2B3B4B5B6B7B8" + parts[1] + parts[2]);
     // clang-format on
-    frame += command;
-    appendCrc(frame);
-    return frame;
 }
 
 } // namespace
@@ -37,76 +33,60 @@ private slots:
     void parse();
     void packKeepsEveryByte_data();
     void packKeepsEveryByte();
+    void payloadMembers();
     void parseCutFrames();
     void buildFromTexts();
     void saidLengthDecidesSlices();
+    void byteLabels();
 };
 
 void tst_hostframe::parse()
 {
-    HostFrame record;
-    parseHostFrame(sampleFrame(QByteArray::fromHex("2001")), record);
-    QCOMPARE(int(record.header0), 0xA8);
-    QCOMPARE(int(record.header1), 0xE5);
-    QCOMPARE(int(record.length), 73);
-    QCOMPARE(int(record.version), 1);
-    QCOMPARE(int(record.rollControl), 3000);
-    QCOMPARE(int(record.pitchControl), -3000);
-    QCOMPARE(int(record.yawControl), 1);
-    QVERIFY(record.controlValid && record.inertialValid);
-    QCOMPARE(int(record.carrierRoll), 1234);
-    QCOMPARE(int(record.carrierPitch), -1234);
-    QCOMPARE(int(record.carrierYaw), 35999);
-    QCOMPARE(int(record.accelNorth), 1);
-    QCOMPARE(int(record.accelEast), -2);
-    QCOMPARE(int(record.accelUp), 3);
-    QCOMPARE(int(record.velocityNorth), 500);
-    QCOMPARE(int(record.velocityEast), -500);
-    QCOMPARE(int(record.velocityUp), 7);
-    QCOMPARE(int(record.subFrameRequest), 2);
-    QCOMPARE(int(record.reserved1[5]), 0xA6);
-    QCOMPARE(int(record.subFrameHeader), 1);
-    QCOMPARE(record.longitude, 1709175332);
-    QCOMPARE(record.latitude, -1225000000);
-    QCOMPARE(record.altitude, 41123);
-    QCOMPARE(int(record.satellites), 15);
-    QCOMPARE(record.gnssMilliseconds, 352718000u);
-    QCOMPARE(int(record.gnssWeek), 2278);
-    QCOMPARE(record.relativeHeight, 10000);
-    QCOMPARE(int(record.reserved2[0]), 0xB1);
-    QCOMPARE(record.commandCode, 0x20u);
-    QCOMPARE(record.commandName, QByteArray::fromHex("C5C4D5D5")); // "拍照" in GBK
-    QCOMPARE(int(record.param0), 1);
-    QVERIFY(record.crcValid);
+    HostFrame r;
+    parseHostFrame(sampleFrame("49 2001 8E5F"), r);
+    const QVector<qint64> values = {
+        r.header0,        r.header1,          r.length,          r.version,
+        r.rollControl,    r.pitchControl,     r.yawControl,      r.controlValid,
+        r.inertialValid,  r.carrierRoll,      r.carrierPitch,    r.carrierYaw,
+        r.accelNorth,     r.accelEast,        r.accelUp,         r.velocityNorth,
+        r.velocityEast,   r.velocityUp,       r.subFrameRequest, r.reserved1[5],
+        r.subFrameHeader, r.longitude,        r.latitude,        r.altitude,
+        r.satellites,     r.gnssMilliseconds, r.gnssWeek,        r.relativeHeight,
+        r.reserved2[0],   r.commandCode,      r.param0};
+    const QVector<qint64> expected = {
+        0xA8,        0xE5,  73, 1,         3000, -3000, 1,    1,    1,    1234, -1234,
+        35999,       1,     -2, 3,         500,  -500,  7,    2,    0xA6, 1,    1709175332,
+        -1225000000, 41123, 15, 352718000, 2278, 10000, 0xB1, 0x20, 1};
+    QCOMPARE(values, expected);
+    QCOMPARE(r.commandName, QByteArray::fromHex("C5C4D5D5")); // "拍照" in GBK
+    QVERIFY(r.crcValid);
 
-    QByteArray broken = sampleFrame(QByteArray::fromHex("2001"));
-    broken[40] = 0;
-    parseHostFrame(broken, record);
-    QVERIFY(!record.crcValid);
+    parseHostFrame(sampleFrame("49 2001 8E5E"), r);
+    QVERIFY(!r.crcValid);
 }
 
 void tst_hostframe::packKeepsEveryByte_data()
 {
-    QTest::addColumn<QByteArray>("command");
     // clang-format off
-    const char *commands[] = {"00", "01", "03", "0605", "0701", "08F8", "10", "11", "12", "13", "14",
-                              "1524F2DF6516EEAA16A3A00000", "16", "17010101020304050607080910",
-                              "1A0164 00C800", "1B02FF7F018003", "1C", "2001", "2101", "2201",
-                              "2302", "2401", "2501F6FF", "2601", "2A0203", "2B0101",
-                              "300101 0102030405060708", "310101C8003200", "320102C8003200",
-                              "33010188138813", "7301", "7404", "7501", "7601", "80FF", "8102",
-                              "02", "FF"};
+    const char *const frames[] = {
+        "48 00 ABFC", "48 01 BBDD", "48 03 9B9F", "49 0605 629B", "49 0701 112E",
+        "49 08F8 7F26", "48 10 B9CD", "48 11 A9EC", "48 12 998F", "48 13 89AE", "48 14 F949",
+        "54 1524F2DF6516EEAA16A3A00000 84A7", "48 16 D90B", "52 1701010203040506070809 6285",
+        "4D 1A01640000C8 5FB6", "4E 1B02FF7F018003 B776", "48 1C 7841", "49 2001 8E5F",
+        "49 2101 BD6E", "49 2201 E83D", "49 2302 EB6F", "49 2401 429B", "4B 2501F6FF 881A",
+        "49 2601 24F9", "4A 2A0203 135D", "4A 2B0101 517C", "52 3001010102030405060708 5FB5",
+        "4E 310101C8003200 CB10", "4E 320102C8003200 FD40", "4E 33010188138813 0CC8",
+        "49 7301 D5B3", "49 7404 1C81", "49 7501 7F15", "49 7601 2A46", "49 80FF 9DF0",
+        "49 8102 9073", "48 02 8BBE", "48 FF B50C"};
     // clang-format on
-    for (const char *command : commands)
-        QTest::newRow(command) << QByteArray::fromHex(command);
+    QTest::addColumn<QByteArray>("frame");
+    for (const char *frame : frames)
+        QTest::newRow(frame) << sampleFrame(frame);
 }
 
 void tst_hostframe::packKeepsEveryByte()
 {
-    QFETCH(QByteArray, command);
-    // Tracking's eleventh byte: the table ends its payload at offset 79.
-    const QByteArray area = quint8(command.at(0)) == 0x17 ? command.left(11) : command;
-    const QByteArray frame = sampleFrame(area);
+    QFETCH(QByteArray, frame);
     HostFrame record;
     parseHostFrame(frame, record);
     QVERIFY(record.crcValid);
@@ -115,9 +95,26 @@ void tst_hostframe::packKeepsEveryByte()
     QCOMPARE(packed, frame);
 }
 
+/// Where the record keeps a payload: both ways of it could be wrong in the same way.
+void tst_hostframe::payloadMembers()
+{
+    HostFrame r;
+    parseHostFrame(sampleFrame("52 1701010203040506070809 6285"), r);
+    QCOMPARE((QVector<int>{r.param0, r.param1, r.word0, r.word1, r.word2, r.word3}),
+             (QVector<int>{1, 1, 0x0302, 0x0504, 0x0706, 0x0908}));
+    parseHostFrame(sampleFrame("4E 1B02FF7F018003 B776"), r);
+    QCOMPARE((QVector<int>{r.param0, r.word0, r.word1, r.word2}),
+             (QVector<int>{2, 0x7FFF, 0x8001, 3}));
+    parseHostFrame(sampleFrame("54 1524F2DF6516EEAA16A3A00000 84A7"), r);
+    QCOMPARE((QVector<int>{r.long0, r.long1, r.long2}),
+             (QVector<int>{1709175332, 380300822, 41123}));
+    parseHostFrame(sampleFrame("4A 2A0203 135D"), r);
+    QCOMPARE((QVector<int>{r.param0, r.param1}), (QVector<int>{2, 3}));
+}
+
 void tst_hostframe::parseCutFrames()
 {
-    const QByteArray whole = sampleFrame(QByteArray::fromHex("1524F2DF6516EEAA16A3A00000"));
+    const QByteArray whole = sampleFrame("54 1524F2DF6516EEAA16A3A00000 84A7");
     for (int size = 0; size <= whole.size(); ++size) {
         const QByteArray cut = whole.left(size);
         HostFrame record;
@@ -144,17 +141,18 @@ void tst_hostframe::buildFromTexts()
     // clang-format off
     const QStringList values = {"", "72", "1", "0", "0", "0", "", "0", "0", "0", "0", "0", "0", "0",
                                 "0", "0", "1", "", "1", "170.9175332", "38.0300822", "41.123", "15",
-                                "352718000", "2278", "10", "", "", ""};
+                                "352718000", "2278", "0.251", "", "", ""};
     // clang-format on
     for (int i = 0; i < values.size(); ++i)
         texts.values[std::size_t(i)] = values.at(i);
     texts.inertialValid = true;
     texts.command = QStringLiteral("00 ");
+    // In double precision the relative height would be 251.
     const QByteArray expected =
         QByteArray::fromHex("A8E5480001 000000000000 01") + QByteArray(18, '\0') +
         QByteArray::fromHex(
-            "01000000000000 01 24F2DF65 16EEAA16 A3A00000 0F B00C0615 E608 10270000") +
-        QByteArray(9, '\0') + QByteArray::fromHex("7B70");
+            "01000000000000 01 24F2DF65 16EEAA16 A3A00000 0F B00C0615 E608 FA000000") +
+        QByteArray(9, '\0') + QByteArray::fromHex("5E1F");
     QCOMPARE(buildHostFrame(texts), expected);
 
     // The length is what the form says, and what doesn't parse is 0.
@@ -172,7 +170,7 @@ void tst_hostframe::saidLengthDecidesSlices()
 {
     const Field &area = kHostRows[kHostRows.size() - 2].field;
     const Field &crc = kHostRows.back().field;
-    QByteArray frame = sampleFrame(QByteArray::fromHex("2001"));
+    QByteArray frame = sampleFrame("49 2001 8E5F");
     QCOMPARE(fieldSlice(area, frame), QByteArray::fromHex("2001"));
     QCOMPARE(fieldSlice(crc, frame), frame.right(2));
     QVERIFY(crcMatches(frame));
@@ -187,6 +185,14 @@ void tst_hostframe::saidLengthDecidesSlices()
     frame[2] = 70;
     QCOMPARE(fieldSlice(area, frame), frame.mid(69));
     QCOMPARE(fieldSlice(crc, frame), frame.mid(68, 2));
+}
+
+void tst_hostframe::byteLabels()
+{
+    QStringList labels;
+    for (const std::size_t row : {0, 2, 19, 27, 28})
+        labels << byteLabel(kHostRows[row].field);
+    QCOMPARE(labels, (QStringList{"0～1", "4", "38～41", "69～S-3", "S-2～S-1"}));
 }
 
 NACELLE_TEST_MAIN(tst_hostframe)
