@@ -9,7 +9,7 @@ namespace {
 /// One row for each kind of pick, in the order of `Pick`.
 struct PickCommand
 {
-    quint8 size;        ///< S of the frame
+    int size;           ///< S of the frame
     const char *code;   ///< command byte
     const char *camera; ///< byte after it, null for that of the console page
     bool hasFlag;       ///< a byte that says start or end
@@ -34,7 +34,7 @@ constexpr bool sizesFit()
 }
 static_assert(sizesFit(), "a frame size disagrees with its command");
 
-constexpr quint8 kPictureInPictureSize = kFrameOverhead + 2;
+constexpr int kPictureInPictureSize = kFrameOverhead + 2;
 
 constexpr double kFullScale = 10000.0;
 
@@ -43,10 +43,10 @@ const PickCommand &commandOf(Pick pick)
     return kPickCommands[int(pick)];
 }
 
-QByteArray frameOf(quint8 size, const QString &command, const FrameTexts &texts)
+QByteArray frameOf(int size, const QString &command, const FrameTexts &texts)
 {
-    return frameFromText(size, {texts.version, QStringLiteral("00 00 00 00 00 00"),
-                                QStringLiteral("01"), texts.carrier, command});
+    return frameFromText(quint16(size), {texts.version, QStringLiteral("00 00 00 00 00 00"),
+                                         QStringLiteral("01"), texts.carrier, command});
 }
 
 } // namespace

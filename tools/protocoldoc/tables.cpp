@@ -33,7 +33,7 @@ constexpr Column kValue{"值", "Value", 26};
 constexpr Column kCode{"代码", "Code", 8};
 constexpr Column kCommand{"命令", "Command", 22};
 constexpr Column kCount{"N", "N", 5};
-constexpr Column kPayload{"命令码之后的内容", "Behind the code", 30};
+constexpr Column kPayload{"命令码之后的内容", "After the code", 30};
 constexpr Column kMode{"工作模式", "Work mode", 22};
 
 bool isChinese()
