@@ -7,8 +7,9 @@ namespace {
 constexpr int kSmallestText = 10; ///< in pixels; below, Chinese can't be read any more
 constexpr int kThinnestBar = 10;
 
-/// What all forms share. %1 is the side of an arrow, %2 the width of its box, %3 the side of a
-/// check box, %4 the width of a scroll bar.
+/// What all forms share; a bar with a sheet of its own takes from it what it doesn't set, so that
+/// the log's narrow handle would have no width left between margins. %1 is the side of an arrow, %2
+/// the width of its box, %3 the side of a check box, %4 the width of a scroll bar.
 const char *const kCommonRules = R"(QLabel{background-color:#283142;color:#A9A9A9;}
 QLineEdit{background-color:#202835;color:#FFFFFF;border:1px solid #323E52;padding:0px 6px;selection-background-color:#397AF7;selection-color:#FFFFFF;}
 QLineEdit:hover{border-bottom:1px solid #397AF7;}
@@ -30,7 +31,8 @@ QPlainTextEdit,QTextEdit{background-color:#202835;color:#FFFFFF;border:1px solid
 QPlainTextEdit:hover,QTextEdit:hover,QPlainTextEdit:focus,QTextEdit:focus{border:1px solid #397AF7;}
 QScrollBar:vertical{background-color:#202835;width:%4px;margin:0px;border:none;}
 QScrollBar:horizontal{background-color:#202835;height:%4px;margin:0px;border:none;}
-QScrollBar::handle{background-color:#4A5A76;border-radius:3px;margin:2px;}
+QScrollBar::handle{background-color:#4A5A76;border-radius:3px;}
+QScrollArea QScrollBar::handle,QTextEdit QScrollBar::handle,QAbstractItemView QScrollBar::handle{margin:2px;}
 QScrollBar::handle:vertical{min-height:24px;}
 QScrollBar::handle:horizontal{min-width:24px;}
 QScrollBar::handle:hover,QScrollBar::handle:pressed{background-color:#397AF7;}
@@ -59,8 +61,10 @@ constexpr struct
 QString paletteColour(const QString &drawn, const QMap<QString, QString> &palette)
 {
     for (const auto &colour : kDrawnColours) {
-        if (drawn == QLatin1String(colour.drawn))
-            return palette.value(QLatin1String(colour.key), drawn);
+        if (drawn != QLatin1String(colour.drawn))
+            continue;
+        const QString chosen = palette.value(QLatin1String(colour.key));
+        return chosen.isEmpty() ? drawn : chosen;
     }
     return drawn;
 }

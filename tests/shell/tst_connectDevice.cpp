@@ -235,6 +235,11 @@ void tst_connectDevice::logFollows()
         QCOMPARE(m_bench->log(), lines.join('\n'));
         QTRY_VERIFY(log->viewport()->rect().contains(log->cursorRect().center()));
         QVERIFY(log->verticalScrollBar()->maximum() - log->verticalScrollBar()->value() <= 1);
+        // The bar is white but for its handle.
+        const QImage bar = log->verticalScrollBar()->grab().toImage();
+        QImage white(bar.size(), bar.format());
+        white.fill(Qt::white);
+        QVERIFY(bar != white);
         if (!isTouched)
             QTest::mouseClick(log->viewport(), Qt::LeftButton, {}, {5, 5});
     }
