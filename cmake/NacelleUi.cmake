@@ -7,6 +7,7 @@ add_library(nacelle_ui STATIC
     foundation/digitfont.h
     foundation/PopFrame.cpp foundation/PopFrame.h foundation/PopFrame.ui
     foundation/formlook.cpp foundation/formlook.h
+    foundation/relabel.cpp foundation/relabel.h
     foundation/readout.cpp foundation/readout.h
     console/flowAnalysis.cpp console/flowAnalysis.h console/flowAnalysis.ui
     protocol/HexLabel.cpp protocol/HexLabel.h

@@ -32,6 +32,10 @@ enum class ControlPanel : quint8 { None, Angles, Rates };
 
 constexpr qint8 kNoMode = 0;
 
+/// How a run of the console takes the pod's answer, by the index of its selector: the default run
+/// goes back to the empty command, a learning run ends.
+enum RunMode { kDefaultRun = 0, kLearningRun = 1 };
+
 /// One button of the console and the command that its frames carry.
 struct ConsoleCommand
 {

@@ -6,6 +6,7 @@
 #include "foundation/formlook.h"
 #include "foundation/poolsleep.h"
 #include "foundation/readout.h"
+#include "foundation/relabel.h"
 #include "foundation/scale.h"
 #include "protocol/codec.h"
 #include "protocol/entryrules.h"
@@ -20,18 +21,12 @@
 
 namespace {
 
-constexpr int kLearningMode = 1;
 constexpr unsigned long kPeriodMs = 30;
 constexpr int kFullRate = 1500;
 
 constexpr Limit kHexByteLimit = matching("[0-9A-Fa-f]{1,2}");
 
 /// Labels and buttons that bear no command, and the keys of their texts.
-struct Caption
-{
-    const char *object;
-    const char *key;
-};
 constexpr Caption kCaptions[] = {
     {"pushButton_video", "视频"},
     {"label_103", "模拟载机数据"},
@@ -55,8 +50,6 @@ constexpr Caption kCaptions[] = {
     {"label_5", "百分比"},
     {"label_6", "百分比"},
 };
-
-constexpr const char *kRunModes[] = {"默认模式", "学习模式"};
 
 /// A base size in pixels, multiplied by the interface scale; 0 leaves a dimension free.
 struct BaseSize
@@ -215,7 +208,7 @@ void flowAnalysis::groupButtons()
     modeGroup = new QButtonGroup(this);
     for (std::size_t i = 0; i < kConsoleCommands.size(); ++i) {
         const ConsoleCommand &row = kConsoleCommands[i];
-        m_buttons[i] = qobject_cast<QAbstractButton *>(m_objects.value(QLatin1String(row.button)));
+        m_buttons[i] = qobject_cast<QAbstractButton *>(object(row.button));
         (row.mode == kNoMode ? commandGroup : modeGroup)->addButton(m_buttons[i]);
     }
     commandGroup->addButton(ui.pushButton_null);
@@ -237,7 +230,7 @@ void flowAnalysis::setFixedSizes()
 {
     const double scale = QGlobal::instance()->scaleFactor;
     for (const BaseSize &size : kSizes) {
-        QWidget *widget = m_objects.value(QLatin1String(size.object));
+        QWidget *widget = object(size.object);
         if (size.width)
             widget->setFixedWidth(int(size.width * scale + size.extra));
         if (size.height)
@@ -256,9 +249,18 @@ void flowAnalysis::openVideo()
     openVideoWindow(mainWindow, this);
 }
 
-QLineEdit *flowAnalysis::lineEdit(const char *object) const
+QWidget *flowAnalysis::object(const char *name) const
 {
-    return static_cast<QLineEdit *>(m_objects.value(QLatin1String(object)));
+    QWidget *widget = m_objects.value(QLatin1String(name));
+    Q_ASSERT_X(widget, "flowAnalysis", name);
+    return widget;
+}
+
+QLineEdit *flowAnalysis::lineEdit(const char *name) const
+{
+    auto *edit = qobject_cast<QLineEdit *>(object(name));
+    Q_ASSERT_X(edit, "flowAnalysis", name);
+    return edit;
 }
 
 QByteArray flowAnalysis::buildCommandFrame(bool idle) const
@@ -268,9 +270,7 @@ QByteArray flowAnalysis::buildCommandFrame(bool idle) const
     state.carrier = carrierBlockText();
     for (std::size_t i = 0; i < m_buttons.size(); ++i)
         state.selected[i] = m_buttons[i]->isChecked();
-    state.textOf = [this](const char *object) {
-        return m_objects.value(QLatin1String(object))->property("text").toString();
-    };
+    state.textOf = [this](const char *name) { return textOf(object(name)); };
     return consoleFrame(state, idle);
 }
 
@@ -336,7 +336,7 @@ void flowAnalysis::start()
         ui.pushButton_start->setText(translated("启动"));
         return;
     }
-    if (ui.comboBox->currentIndex() == kLearningMode)
+    if (ui.comboBox->currentIndex() == kLearningRun)
         mainWindow->clearLog();
     m_flags->running = true;
     mainWindow->emptyHistory();
@@ -371,7 +371,7 @@ void flowAnalysis::slotsSendCmd()
         return;
     }
     ui.pushButton_start->setText(translated("启动"));
-    if (ui.comboBox->currentIndex() == kLearningMode)
+    if (ui.comboBox->currentIndex() == kLearningRun)
         sendFrame(true);
 }
 
@@ -401,29 +401,19 @@ void flowAnalysis::releaseSlider(const QString &name)
     showRate(ui.horizontalSlider_2->value(), ui.label_2, ui.label_8);
 }
 
-void flowAnalysis::setWidgetText(const char *object, const QString &text)
-{
-    m_objects.value(QLatin1String(object))->setProperty("text", text);
-}
-
 void flowAnalysis::retranslate()
 {
-    const int mode = ui.comboBox->currentIndex();
-    ui.comboBox->clear();
-    for (const char *key : kRunModes)
-        ui.comboBox->addItem(translated(key));
-    ui.comboBox->setCurrentIndex(mode);
-
+    relabelItems(ui.comboBox, {"默认模式", "学习模式"}); // in the order of RunMode
     for (const ConsoleCommand &row : kConsoleCommands)
-        setWidgetText(row.button, translated(row.key));
+        setTextOf(object(row.button), translated(row.key));
     for (const Caption &caption : kCaptions)
-        setWidgetText(caption.object, translated(caption.key));
+        setTextOf(object(caption.object), translated(caption.key));
     for (const CarrierField &field : kCarrierFields)
-        setWidgetText(field.label, translated(carrierKey(field)));
+        setTextOf(object(field.label), translated(carrierKey(field)));
     for (const auto &named : kNamed) {
         const QString column =
             *named.column ? QLatin1Char(' ') + translated(named.column) : QString();
-        nameReadout(m_objects.value(QLatin1String(named.object)), translated(named.row) + column);
+        nameReadout(object(named.object), translated(named.row) + column);
     }
     ui.pushButton_start->setText(translated(m_flags->running ? "停止" : "启动"));
 }

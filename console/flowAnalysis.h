@@ -79,8 +79,8 @@ private:
     void sendFrame(bool idle);
     void startWorker();
     void releaseSlider(const QString &name);
-    QLineEdit *lineEdit(const char *object) const;
-    void setWidgetText(const char *object, const QString &text);
+    QWidget *object(const char *name) const;
+    QLineEdit *lineEdit(const char *name) const;
 
     NacelleBench *mainWindow = nullptr;
     std::shared_ptr<SendFlags> m_flags;

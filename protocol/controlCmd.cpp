@@ -4,6 +4,7 @@
 #include "foundation/digitfont.h"
 #include "foundation/formlook.h"
 #include "foundation/readout.h"
+#include "foundation/relabel.h"
 #include "foundation/scale.h"
 #include "protocol/codec.h"
 #include "protocol/commands.h"
@@ -177,6 +178,12 @@ QString paramText(const CommandRow &command, ParamKind kind, const QByteArray &b
     return {};
 }
 
+constexpr Caption kCaptions[] = {{"label", "连接设备"},
+                                 {"label_2", "原始值"},
+                                 {"label_3", "16进制"},
+                                 {"pushButton_Cancel", "取消"},
+                                 {"pushButton_Ok", "确定"}};
+
 } // namespace
 
 controlCmd::controlCmd(QWidget *parent) : QWidget(parent)
@@ -188,13 +195,9 @@ controlCmd::controlCmd(QWidget *parent) : QWidget(parent)
     m_edits = {ui.lineEdit_4, ui.lineEdit_5,  ui.lineEdit_6,
                ui.lineEdit_7, ui.lineEdit_10, ui.lineEdit_11};
     setWindowTitle(translated("命令"));
-    ui.label->setText(translated("连接设备"));
-    ui.label_2->setText(translated("原始值"));
-    ui.label_3->setText(translated("16进制"));
+    relabel(this, kCaptions);
     nameReadout(ui.comboBox_Cmd, windowTitle());
     nameReadout(ui.textEdit_16, ui.label_3->text());
-    ui.pushButton_Cancel->setText(translated("取消"));
-    ui.pushButton_Ok->setText(translated("确定"));
     for (QLabel *label : m_labels)
         label->setFixedWidth(scaled(90));
     ui.comboBox_Cmd->clear();

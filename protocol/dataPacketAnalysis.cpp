@@ -5,6 +5,7 @@
 #include "foundation/digitfont.h"
 #include "foundation/formlook.h"
 #include "foundation/readout.h"
+#include "foundation/relabel.h"
 #include "foundation/scale.h"
 #include "protocol/codec.h"
 #include "protocol/commands.h"
@@ -34,14 +35,8 @@ const char *const kEmptyCommand =
     "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
     "00 00 00 00 00 00 00 00 28 B2";
 
-struct FixedText
-{
-    const char *object;
-    const char *key;
-};
-
 /// The fixed texts that belong to no field.
-constexpr FixedText kFixedTexts[] = {
+constexpr Caption kFixedTexts[] = {
     {"label_Host", "上位机发送数据"},
     {"label11", "字节"},
     {"label12", "内容"},
@@ -60,22 +55,6 @@ constexpr FixedText kFixedTexts[] = {
     {"label14_2", "16进制"},
     {"pushButton_AnalysisRev", "解析数据包"},
 };
-
-QString textOf(const QWidget *widget)
-{
-    return widget ? widget->property("text").toString() : QString();
-}
-
-/// Value and hexadecimal widgets are labels, buttons or line edits; a row may lack one.
-void setTextOf(QWidget *widget, const QString &text)
-{
-    if (auto *edit = qobject_cast<QLineEdit *>(widget))
-        edit->setText(text);
-    else if (auto *label = qobject_cast<QLabel *>(widget))
-        label->setText(text);
-    else if (auto *button = qobject_cast<QAbstractButton *>(widget))
-        button->setText(text);
-}
 
 bool hasLongWord(const QString &text)
 {
@@ -143,9 +122,7 @@ dataPacketAnalysis::dataPacketAnalysis(QWidget *parent) : QWidget(parent)
 template <typename Rows>
 dataPacketAnalysis::Form dataPacketAnalysis::bindForm(const Rows &rows)
 {
-    const auto find = [this](const char *name) {
-        return *name ? findChild<QWidget *>(QLatin1String(name)) : nullptr;
-    };
+    const auto find = [this](const char *name) { return *name ? widgetOf(this, name) : nullptr; };
     Form form;
     for (const auto &row : rows) {
         const Field &field = row.field;
@@ -340,8 +317,7 @@ bool dataPacketAnalysis::eventFilter(QObject *watched, QEvent *event)
 
 void dataPacketAnalysis::retranslate()
 {
-    for (const FixedText &text : kFixedTexts)
-        setTextOf(findChild<QWidget *>(QLatin1String(text.object)), translated(text.key));
+    relabel(this, kFixedTexts);
     const QGlobal *global = QGlobal::instance();
     for (const Form *form : {&m_hostForm, &m_gcuForm}) {
         for (const FieldWidgets &row : *form) {

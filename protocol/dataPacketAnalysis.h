@@ -20,6 +20,7 @@ class dataPacketAnalysis : public QWidget
     Q_OBJECT
 
 public:
+    static constexpr int kWholeView = 0;
     static constexpr int kHistoryView = 1;
 
     explicit dataPacketAnalysis(QWidget *parent = nullptr);

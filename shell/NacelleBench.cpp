@@ -6,6 +6,7 @@
 #include "foundation/PopFrame.h"
 #include "foundation/QGlobal.h"
 #include "foundation/formlook.h"
+#include "foundation/relabel.h"
 #include "foundation/scale.h"
 #include "foundation/stylesheets.h"
 #include "protocol/codec.h"
@@ -48,8 +49,6 @@ constexpr int kEvenParityIndex = 2;
 /// calls again for those that wait.
 constexpr int kReadTurnMs = 5;
 constexpr int kErrorRestMs = 100;
-constexpr int kDefaultRun = 0;
-constexpr int kLearningRun = 1;
 
 QString pageName()
 {
@@ -276,9 +275,9 @@ void NacelleBench::SelectDataPacketAnalysis(bool isSelected)
     if (!isSelected)
         return;
     giveUpPages();
-    makePacketPage();
-    currentPageIndex = 0;
-    m_panel->setPageMode(0);
+    makePacketPage(dataPacketAnalysis::kWholeView);
+    currentPageIndex = kPacketPage;
+    m_panel->setPageMode(kPacketPage);
     fillHosts();
 }
 
@@ -288,8 +287,8 @@ void NacelleBench::SelectFlowAnalysis(bool isSelected)
         return;
     giveUpPages();
     makeFlowPage();
-    currentPageIndex = 1;
-    m_panel->setPageMode(1);
+    currentPageIndex = kFlowPage;
+    m_panel->setPageMode(kFlowPage);
     fillHosts();
 }
 
@@ -301,11 +300,7 @@ void NacelleBench::giveUpPages()
     m_flowPage = nullptr;
     for (flowAnalysis *page : pagesIn<flowAnalysis>(ui.widget_2))
         page->giveUp();
-    for (QWidget *page : pagesIn<QWidget>(ui.widget_2)) {
-        if (page->parent())
-            page->setParent(nullptr);
-        page->deleteLater();
-    }
+    giveUpChildren(ui.widget_2, pageName());
 }
 
 void NacelleBench::placePage(QWidget *page)
@@ -314,11 +309,12 @@ void NacelleBench::placePage(QWidget *page)
     page->setGeometry(0, 0, ui.widget_2->width(), ui.widget_2->height());
 }
 
-void NacelleBench::makePacketPage()
+void NacelleBench::makePacketPage(int view)
 {
     m_packetPage = new dataPacketAnalysis(ui.widget_2);
     placePage(m_packetPage);
     m_packetPage->setMainWindow(this);
+    m_packetPage->setHistoryView(view);
     m_packetPage->show();
 }
 
@@ -336,7 +332,7 @@ void NacelleBench::shareWidth()
 {
     const int width = ui.widget_1->width() + ui.widget_2->width();
     const int panel = m_panel->buttonRowWidth();
-    const int page = scaled(currentPageIndex == 0 ? kWorkbenchWidth : kConsoleWidth);
+    const int page = scaled(currentPageIndex == kPacketPage ? kWorkbenchWidth : kConsoleWidth);
     const int third = width / 3;
     const int share = panel + page <= width ? qBound(panel, third, width - page) : third;
     ui.horizontalLayout_2->setStretch(0, share == third ? 1 : share);
@@ -375,8 +371,7 @@ void NacelleBench::rebuildPage(bool console)
         makeFlowPage();
         return;
     }
-    makePacketPage();
-    m_packetPage->setHistoryView(dataPacketAnalysis::kHistoryView);
+    makePacketPage(dataPacketAnalysis::kHistoryView);
     showGroup(historyIndex);
 }
 
@@ -548,10 +543,10 @@ void NacelleBench::takeFrame(const QByteArray &frame, quint8 mode)
     recordReceived(frame, entry.size());
     m_panel->appendLog(entry);
 
-    if (currentPageIndex == 0 && m_packetPage)
+    if (currentPageIndex == kPacketPage && m_packetPage)
         m_packetPage->showReceivedFrame(frame);
     // In the history view the flow page is chosen but gone.
-    if (currentPageIndex == 1 && m_flowPage) {
+    if (currentPageIndex == kFlowPage && m_flowPage) {
         m_flowPage->setPodMode(qint8(mode));
         takeAnswer(frame);
     }

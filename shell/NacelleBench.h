@@ -1,5 +1,6 @@
 #pragma once
 
+#include "console/commandframe.h"
 #include "shell/FrameHistory.h"
 
 #include "ui_NacelleBench.h"
@@ -20,6 +21,9 @@ class videoFrom;
 
 /// Value of `NacelleBench::connectType`: which link was asked for last.
 enum LinkType { kNoLink = -1, kTcpLink = 0, kUdpLink = 1, kSerialLink = 2 };
+
+/// Value of `NacelleBench::currentPageIndex`.
+enum PageIndex { kPacketPage = 0, kFlowPage = 1 };
 
 /// The one main window. It owns the connection panel, the one page in front, the link, the frame
 /// history and the reassembly cache. Everything in it runs on the main thread; link objects have
@@ -48,9 +52,18 @@ public:
     void retranslate();
 
     // Pages and panel read and write these.
-    int currentPageIndex = 0;         ///< 0 packet page chosen, 1 flow page chosen
-    int flowRunMode = 0;              ///< mode selector of the console at the start of its last run
-    videoFrom *videoWindow = nullptr; ///< the open one; closing it clears the pointer
+    int currentPageIndex = kPacketPage; ///< the page chosen with the top bar
+    int flowRunMode = kDefaultRun;      ///< mode of the console at the start of its last run
+    videoFrom *videoWindow = nullptr;   ///< the open one; closing it clears the pointer
+
+private slots:
+    void SelectDataPacketAnalysis(bool isSelected);
+    void SelectFlowAnalysis(bool isSelected);
+    void help();
+    void protocol();
+    void about();
+    void switchChinese();
+    void switchEnglish();
 
 public slots:
     void CreateTCP(QString ip, int port1, int port2, bool isFrist = false);
@@ -75,15 +88,6 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
 
-private slots:
-    void SelectDataPacketAnalysis(bool isSelected);
-    void SelectFlowAnalysis(bool isSelected);
-    void help();
-    void protocol();
-    void about();
-    void switchChinese();
-    void switchEnglish();
-
 private:
     void build();
     void buildMenu();
@@ -94,7 +98,7 @@ private:
     void placePage(QWidget *page);
     void shareWidth();
     void fillHosts();
-    void makePacketPage();
+    void makePacketPage(int view);
     void makeFlowPage();
     bool showGroup(int index);
     int selectGroup(int index);

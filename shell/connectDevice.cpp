@@ -5,6 +5,7 @@
 #include "foundation/digitfont.h"
 #include "foundation/formlook.h"
 #include "foundation/readout.h"
+#include "foundation/relabel.h"
 #include "foundation/scale.h"
 #include "protocol/entryrules.h"
 #include "shell/NacelleBench.h"
@@ -19,11 +20,19 @@ namespace {
 
 enum LinkIndex { kTcpIndex = 0, kUdpIndex = 1 };
 
-constexpr int kFlowPage = 1;
 constexpr int kLogBlockLimit = 50000;
 constexpr int kShownWidth = 10000000;
 constexpr int kHighestPort = 65535;
 constexpr Limit kPortLimit{Limit::Integer, 0, 99999};
+
+constexpr Caption kCaptions[] = {
+    {"label", "连接设备"},       {"label_2", "连接方式"},
+    {"label_3", "远程"},         {"label_4", "本地"},
+    {"label_8", "波特率"},       {"label_10", "数据位"},
+    {"label_9", "停止位"},       {"label_11", "奇偶校验"},
+    {"label_5", "数据显示区"},   {"pushButton_Clear", "清空显示区"},
+    {"pushButton_up", "上一组"}, {"pushButton_next", "下一组"},
+};
 
 const char *const kAddressPattern =
     "((2[0-4]\\d|25[0-5]|[01]?\\d\\d?)\\.){3}(2[0-4]\\d|25[0-5]|[01]?\\d\\d?)";
@@ -296,28 +305,12 @@ void connectDevice::nextData()
 
 void connectDevice::retranslate()
 {
-    const struct
-    {
-        QLabel *label;
-        const char *key;
-    } labels[] = {{ui.label, "连接设备"}, {ui.label_2, "连接方式"},  {ui.label_3, "远程"},
-                  {ui.label_4, "本地"},   {ui.label_8, "波特率"},    {ui.label_10, "数据位"},
-                  {ui.label_9, "停止位"}, {ui.label_11, "奇偶校验"}, {ui.label_5, "数据显示区"}};
-    for (const auto &row : labels)
-        row.label->setText(translated(row.key));
+    relabel(this, kCaptions);
     const QString port = QLatin1Char(' ') + translated("端口");
     nameReadout(ui.LineEdit_Port1, ui.label_3->text() + port);
     nameReadout(ui.LineEdit_Port2, ui.label_4->text() + port);
     nameReadout(ui.textEdit, ui.label_5->text());
-    ui.pushButton_Clear->setText(translated("清空显示区"));
-    ui.pushButton_up->setText(translated("上一组"));
-    ui.pushButton_next->setText(translated("下一组"));
     ui.pushButton_Switch->setText(translated(m_consoleInFront ? "数据解析" : "控制命令"));
     ui.pushButton_Conn->setText(translated(ui.pushButton_Conn->isChecked() ? "断开" : "连接"));
-
-    const int parity = ui.comboBox_s4->currentIndex();
-    ui.comboBox_s4->clear();
-    for (const char *key : {"无", "奇校验", "偶校验"})
-        ui.comboBox_s4->addItem(translated(key));
-    ui.comboBox_s4->setCurrentIndex(parity);
+    relabelItems(ui.comboBox_s4, {"无", "奇校验", "偶校验"});
 }

@@ -4,6 +4,7 @@
 #include "foundation/QGlobal.h"
 #include "foundation/formlook.h"
 #include "foundation/readout.h"
+#include "foundation/relabel.h"
 #include "shell/NacelleBench.h"
 #include "shell/videolink.h"
 #include "video/VLCWidget.h"
@@ -18,6 +19,17 @@ constexpr int kPictureWidth = 16;
 constexpr int kPictureHeight = 9;
 constexpr int kPipSteps = 4;
 constexpr char kNoValue[] = "-";
+
+constexpr Caption kCaptions[] = {
+    {"pushButton_Refresh", "播放"},
+    {"pushButton_Switch", "画中画切换"},
+    {"pushButton_Cursor", "光标测温坐标生成"},
+    {"pushButton_Pointing", "指点坐标生成"},
+    {"pushButton_Tracking", "跟踪坐标生成"},
+    {"pushButton_Region", "区域测温坐标生成"},
+    {"pushButton_Send", "发送"},
+    {"pushButton_Quit", "命令退出"},
+};
 
 QString surfaceName()
 {
@@ -102,18 +114,7 @@ void videoFrom::showCoordinates(quint16 x0, quint16 y0, quint16 x1, quint16 y1)
 void videoFrom::retranslate()
 {
     setWindowTitle(translated("视频"));
-    const std::pair<QPushButton *, const char *> captions[] = {
-        {ui.pushButton_Refresh, "播放"},
-        {ui.pushButton_Switch, "画中画切换"},
-        {ui.pushButton_Cursor, "光标测温坐标生成"},
-        {ui.pushButton_Pointing, "指点坐标生成"},
-        {ui.pushButton_Tracking, "跟踪坐标生成"},
-        {ui.pushButton_Region, "区域测温坐标生成"},
-        {ui.pushButton_Send, "发送"},
-        {ui.pushButton_Quit, "命令退出"},
-    };
-    for (const auto &[button, key] : captions)
-        button->setText(translated(key));
+    relabel(this, kCaptions);
 }
 
 /// The button that is let go at a change of the selection tells of it too, and changes nothing.
@@ -182,14 +183,7 @@ void videoFrom::refreshURL()
         showNotice("URL不能为空！");
         return;
     }
-    QList<QWidget *> surfaces = findChildren<QWidget *>(surfaceName());
-    std::reverse(surfaces.begin(), surfaces.end());
-    for (QWidget *surface : surfaces) {
-        // It leaves the picture at once, its player later.
-        if (surface->parent())
-            surface->setParent(nullptr);
-        surface->deleteLater();
-    }
+    giveUpChildren(this, surfaceName()); // its player goes later
     auto *surface = new VLCWidget(ui.widget);
     surface->setOwner(this);
     surface->setObjectName(surfaceName());

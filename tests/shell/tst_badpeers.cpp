@@ -29,8 +29,8 @@ const QByteArray kOther = frameOf('\x10');
 
 constexpr int kBurst = 100000;
 constexpr int kFloodSize = 2 * 1000 * 1000; ///< some thirty reads of a TCP link
-constexpr int kFlowingFrames = 3; ///< before and behind the operator's turn
-constexpr int kFloodMs = 60000;   ///< to be through with a flood, also on a busy machine
+constexpr int kFlowingFrames = 3;           ///< before and behind the operator's turn
+constexpr int kFloodMs = 60000;             ///< to be through with a flood, also on a busy machine
 constexpr int kRepeatMs = 20;
 
 List singleBytes(const QByteArray &bytes)
