@@ -30,7 +30,8 @@ public slots:
     void setTitleBar(QWidget *titleBar);
 
 signals:
-    /// Never emitted, which is meant.
+    /// Never emitted: the double click itself reaches the window, which would act twice if this
+    /// came too.
     void titleDblClick();
     void windowStateChange(bool max);
 

@@ -23,8 +23,8 @@ struct Level
     int expandedKey;
 };
 
-/// By the values of `QAESEncryption::Aes`. The 209 is meant: one byte more than the schedule has.
-/// It is 0, and nothing reads it.
+/// By the values of `QAESEncryption::Aes`. The 209 is one byte more than the schedule has. The
+/// last is 0 and nothing here reads it, but callers know `expandKey`'s result by this size.
 constexpr Level kLevels[] = {{4, 16, 10, 176}, {6, 24, 12, 209}, {8, 32, 14, 240}};
 
 const Level &levelOf(int level)
@@ -167,7 +167,8 @@ QByteArray QAESEncryption::encode(const QByteArray &text, const QByteArray &key,
     if (!vectorFits(vector))
         return {};
     const QByteArray keys = expandKey(key);
-    // The keys in the debug log are meant.
+    // The keys go to the debug log: whoever brings up a device compares them with what it uses.
+    // They are no secret, being built into every copy of the program.
     qDebug("%s %s", keys.toHex().constData(), key.toHex().constData());
     const QByteArray padded = text + paddingFor(text.size());
     QByteArray chain = vector;

@@ -97,7 +97,8 @@ MessageAction messageAction(quint32 message, quint64 wParam)
         return MessageAction::Pass;
     if (message == kPowerBroadcast && wParam == kSuspend)
         return MessageAction::Minimise;
-    // Any message that carries the number of a resume restores the window, which is meant.
+    // Any message that carries the number of a resume restores the window: which one announces the
+    // resume differs between systems, and a window minimised for a sleep must come back.
     return wParam == kResume ? MessageAction::Restore : MessageAction::Pass;
 }
 

@@ -34,9 +34,9 @@ bool within(const QByteArray &bytes, int offset, int count)
 }
 
 /// True when the checksum over the L + 8 bytes of the record at `start` is the one that stands at
-/// L + 10, high byte first. That place is counted from the start of `plain`, not of the record, and
-/// is meant to be: a later record passes only where the bytes there happen to hold its checksum.
-/// The length of what is covered goes by the one byte that `crc16` takes.
+/// L + 10, high byte first. That place is counted from the start of `plain`, not of the record, as
+/// devices in use put it there: a later record passes only where the bytes there happen to hold its
+/// checksum. The length of what is covered goes by the one byte that `crc16` takes.
 bool recordMatches(const QByteArray &plain, int start, int length)
 {
     const auto covered = quint8(length + kCoveredOverhead);

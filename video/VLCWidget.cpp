@@ -146,7 +146,8 @@ void VLCWidget::attachEvents()
         vlc::libvlc_event_attach(manager, event, &VLCWidget::handleEvent, this);
 }
 
-/// Nobody shows the separate window: with it, what libVLC plays isn't seen. It is meant so.
+/// Nobody shows the separate window: with it, what libVLC plays isn't seen. Shown, it would cover
+/// the main window's controls, and it takes no picks.
 void VLCWidget::bindWindow()
 {
     QWidget *target = m_ownWindow ? this : m_videoWindow;

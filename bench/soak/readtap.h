@@ -4,7 +4,8 @@
 
 /// Watches the reads of the window's TCP and serial links. A read that finds more than podsim
 /// writes at a time is one for which the window came late: the frame cut takes one frame out of it
-/// and passes over the rest, as is meant. GUI thread; filters the events of the application.
+/// and passes over the rest, since pods write one frame at a time. GUI thread; filters the events
+/// of the application.
 class ReadTap : public QObject
 {
 public:

@@ -187,7 +187,7 @@ void tst_dataPacketAnalysis::returnPassesThroughTheWire()
     QCOMPARE(text("label303"), QStringLiteral("通过"));
 }
 
-/// A refresh isn't idempotent and is not meant to be.
+/// A refresh isn't idempotent: the form shows what the wire holds, which is truncated each time.
 void tst_dataPacketAnalysis::refreshCreeps()
 {
     typeInto("lineEdit123", QStringLiteral("2.12"));
@@ -372,7 +372,7 @@ void tst_dataPacketAnalysis::languageSwitch()
     QCOMPARE(text("lineEdit53_2"), english("指向锁定模式"));
     QCOMPARE(text("label303"), english("通过"));
     QCOMPARE(text("label313_2"), english("不通过"));
-    // What was still executing reads as failed from here on, and is meant to.
+    // What was still executing reads as failed from here on: a renewed text knows two words only.
     QCOMPARE(text("label303_2"), english("拍照") + english("失败"));
 
     QGlobal::instance()->languageChinese = true;

@@ -141,7 +141,8 @@ std::unique_ptr<Peer> makePeer(const QString &kind)
     return std::make_unique<PtyPeer>();
 }
 
-/// Announces that a link asks for a slot which the window doesn't have, as is meant.
+/// Announces that a link asks for a slot which the window doesn't have: with one, it would connect
+/// again by itself.
 void announceMissingSlot(const QString &kind)
 {
     const char *slot = kind == QLatin1String("TCP")      ? "CreateTCP"
