@@ -17,11 +17,11 @@ class BareDecoder : public QThread
 
 public:
     explicit BareDecoder(const QString &url) : m_url(url) {}
-    /// Ends the thread behind the packet in hand.
+    /// Ends the thread after the packet in hand.
     ~BareDecoder() override;
 
 signals:
-    /// A picture of `QImage::Format_RGB32` with pixels of its own.
+    /// A picture of `QImage::Format_RGB32` that owns its pixels.
     void decoded(QImage picture);
 
 protected:

@@ -81,7 +81,7 @@ struct Row
     LinkType kind;
     bool console;
     Pieces (*pieces)();
-    int pauseMs = 0; ///< behind each piece
+    int pauseMs = 0; ///< after each piece
 };
 
 constexpr Row kRows[] = {

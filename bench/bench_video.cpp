@@ -110,7 +110,7 @@ void reportProcessor(StreamPlayer &player, int duration)
 }
 
 /// Adds the milliseconds from each picture's sending to its painting. Reading a picture back costs
-/// time, behind the moment that counts, and the same for whoever is watched.
+/// time, after the moment that counts, and the same for whoever is watched.
 void collectDelays(PaintWatch &watch, int milliseconds, std::vector<double> &delays)
 {
     watch.painted = [&] {

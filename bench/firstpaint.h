@@ -8,7 +8,7 @@
 
 #include <cstdio>
 
-/// Ends the program at the first paint of a window, telling its resident memory in kilobytes.
+/// Ends the program at the first paint of a window, and prints its resident memory in kilobytes.
 class FirstPaint : public QObject
 {
 public:

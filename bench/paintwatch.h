@@ -28,7 +28,7 @@ public:
         widget->window()->installEventFilter(this);
     }
 
-    /// What the widget's picture tells of itself. Costs a picture's drawing.
+    /// Time and number that the widget's picture shows. Costs a picture's drawing.
     std::optional<podsim::PictureStamp> stamp()
     {
         m_isGrabbing = true;

@@ -29,7 +29,7 @@ public:
         m_watch.follow(surface());
     }
 
-    /// When the first picture was on the screen that was sent behind that moment of `stampClock`.
+    /// When the first picture that was sent after that moment of `stampClock` was on the screen.
     qint64 awaitPicture(quint32 sentAfter = 0)
     {
         constexpr int kLimitMs = 30000;

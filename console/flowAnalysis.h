@@ -48,7 +48,7 @@ public:
     /// Clears the selected command.
     void clearPendingCommand();
 
-    /// Ends a run; the worker's last emission tells the page.
+    /// Ends a run; the page learns it from the worker's last emission.
     void stopRunning();
 
     /// Ends a run for good: nothing is emitted or sent any more.

@@ -11,7 +11,7 @@
 class QMouseEvent;
 
 /// A window without the system's frame that the window manager still treats like a framed one: its
-/// edges resize it, and a title bar of its own moves it. On Windows it answers the native hit test;
+/// edges resize it, and its title bar moves it. On Windows it answers the native hit test;
 /// elsewhere a press in the same zones starts the system's move or resize.
 class FramelessWidget : public QWidget
 {

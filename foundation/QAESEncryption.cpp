@@ -45,7 +45,7 @@ constexpr quint8 multiply(unsigned a, unsigned b)
     return quint8(product);
 }
 
-/// The S-box's step behind the inverse, section 5.1.1: the byte and four rotations of it.
+/// The S-box's step after the inverse, section 5.1.1: the byte and four rotations of it.
 constexpr quint8 affine(unsigned byte)
 {
     const unsigned twice = byte << 8 | byte;

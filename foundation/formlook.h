@@ -10,7 +10,7 @@ void setBaseFont();
 /// the main window's own sheet a size that isn't whole is passed over.
 void dressForm(QWidget *form);
 
-/// Gives a widget with a style sheet of its own a text to scale.
+/// Scales the text of a widget that has its own style sheet.
 void scaleText(QWidget *widget);
 
 /// Shows a widget's own style sheet in the colours of the palette.

@@ -10,7 +10,7 @@
 
 // The enciphered datagram; and the walk of its records, in the clear and enciphered here, which
 // must come to the same. No fuzzer would come upon a checksum: that of one record is put right, and
-// the first byte, which nothing else reads, tells of which.
+// the first byte, which nothing else reads, says which.
 
 namespace {
 
@@ -84,8 +84,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     readingOf(readDeviceRecords, input);
 
     const QByteArray sealed = withChecksum(input.left(kMostPlain));
-    // A copy that nothing stands behind, as with the input itself; and one amid other bytes, which
-    // tells of what Qt reads beyond the end: it isn't built with the sanitizers.
+    // A copy that nothing follows, as with the input itself; and one amid other bytes, which shows
+    // what Qt reads beyond the end: it isn't built with the sanitizers.
     const std::vector<std::uint8_t> exact(sealed.cbegin(), sealed.cend());
     const QByteArray amid = sealed + QByteArray(kMostPlain, 'x');
     require(

@@ -6,7 +6,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-// The text files beside the program: the first byte of the input tells which, the others are in it.
+// The text files beside the program: the first byte of the input says which, the others are what
+// stands in it.
 
 namespace {
 

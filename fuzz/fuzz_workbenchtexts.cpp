@@ -7,7 +7,7 @@
 #include <QTextEdit>
 
 // Frame texts that an operator pasted, in one of the two boxes. Of the first byte, bit 0 makes a
-// text of the bytes behind it, with a right checksum, which no fuzzer would come upon; bit 1 takes
+// text of the bytes after it, with a right checksum, which no fuzzer would come upon; bit 1 takes
 // the right box.
 
 namespace {

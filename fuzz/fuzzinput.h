@@ -10,14 +10,14 @@
 /// What a fuzzer is: libFuzzer calls it with each of its inputs.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
 
-/// The input without a copy, and without the zero that a byte array of its own has behind it: a
-/// read beyond its end is seen.
+/// The input without a copy, and without the zero that follows the bytes of an ordinary byte array:
+/// a read beyond its end is seen.
 inline QByteArray inputOf(const std::uint8_t *data, std::size_t size)
 {
     return QByteArray::fromRawData(reinterpret_cast<const char *>(data), int(size));
 }
 
-/// The input as the chunks of a link: a byte that tells a chunk's size stands before each.
+/// The input as the chunks of a link: a byte with a chunk's size stands before each.
 inline std::vector<QByteArray> chunksOf(const std::uint8_t *data, std::size_t size)
 {
     const QByteArray input = inputOf(data, size);

@@ -37,7 +37,7 @@ for subject in "${subjects[@]}"; do
         cat "$log" >&2
         exit 1
     fi
-    # The last line of the run, and the figure of executions behind it.
+    # The last line of the run, and the number of executions after it.
     awk -v subject="$subject" '
         / cov: / { for (i = 1; i < NF; ++i) if ($i == "cov:") coverage = $(i + 1) }
         /^stat::number_of_executed_units/ { runs = $2 }

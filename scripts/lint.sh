@@ -18,7 +18,7 @@ echo "== permitted includes"
 scripts/check-edges.sh || failed=1
 
 echo "== clang-tidy"
-# A build folder of its own with all there is, of which only the generated sources are made.
+# A separate build folder with all there is, of which only the generated sources are made.
 cmake --preset dev -B build/lint -DNACELLE_BENCH=ON -DNACELLE_FUZZ=ON >/dev/null
 ninja -C build/lint -t targets all | sed -n 's/^\(.*_autogen\): phony$/\1/p' |
     xargs ninja -C build/lint --quiet

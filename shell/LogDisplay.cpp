@@ -10,8 +10,8 @@ constexpr int kLongBlock = 4096; ///< characters of a line that is wrapped into 
 
 } // namespace
 
-/// The plain display's own layout, which can be told of a number of appended entries at once.
-/// Blocks that it wasn't told of are laid out when they are looked at.
+/// The plain display's layout, which takes a number of appended entries at once. Blocks that
+/// weren't announced to it are laid out when they are looked at.
 class LogLayout : public QPlainTextDocumentLayout
 {
 public:

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kConnectTimeoutMs = 3000;
 // The socket tries every address twice under the session's limit, and a machine without an active
-// network configuration has no limit at all. The operator is told within three seconds all the
+// network configuration has no limit at all. The notice must come within three seconds all the
 // same, so this is a little less than that.
 constexpr int kConnectGuardMs = 2900;
 constexpr unsigned long kRetryDelayMs = 2000;

@@ -97,7 +97,7 @@ void connectDevice::setEntryRules()
     m_ports = QSerialPortInfo::availablePorts();
     appendPorts();
     // This rule takes the place of the pattern and lets ports up to 99999 be typed; the press of
-    // the connect button tells what is wrong with them.
+    // the connect button says what is wrong with them.
     for (QLineEdit *port : {ui.LineEdit_Port1, ui.LineEdit_Port2})
         setEntryRule(port, kPortLimit);
 }

@@ -25,7 +25,7 @@ constexpr int kBeforeText = 38;
 
 /// No record begins in the last 15 bytes of a plain text, which can be padding. A whole block of
 /// padding has one byte more, with which a record does begin; its bytes of value 16 make it one of
-/// another type, whose length leads out behind.
+/// another type, whose length ends the chain.
 constexpr int kWalkMargin = 15;
 
 bool within(const QByteArray &bytes, int offset, int count)

@@ -28,7 +28,7 @@ void cutChunk(QByteArray &cache, const QByteArray &chunk, Record record)
         }
         cache = chunk.mid(0, length);
         record(QByteArray(cache), byteAt(chunk, kModeOffset));
-        // What stands behind the frame isn't looked at now, even if it is a whole frame.
+        // What follows the frame isn't looked at now, even if it is a whole frame.
         cache = chunk.mid(length);
         return;
     }

@@ -158,7 +158,7 @@ void VLCWidget::bindWindow()
 #else
     if (QGuiApplication::platformName() == QLatin1String("xcb"))
         vlc::libvlc_media_player_set_xwindow(m_vlcPlayer.get(), uint32_t(target->winId()));
-    else // it would open a window of its own on the screen
+    else // it would open another window on the screen
         vlc::libvlc_media_add_option(m_vlcMedia.get(), ":no-video");
 #endif
 }
@@ -282,7 +282,7 @@ void VLCWidget::paintRubberBand(QPainter &painter)
 /// The next picture comes in the new size.
 void VLCWidget::resizeEvent(QResizeEvent *) {}
 
-/// There is none of its own; a painter finds the window's while the surface is being painted.
+/// The surface has none; a painter finds the window's while the surface is being painted.
 QPaintEngine *VLCWidget::paintEngine() const
 {
     return nullptr;

@@ -27,7 +27,7 @@ struct VlcReleaser
 /// The surface that the picture is on: plays one address by libVLC or, where the saved file says
 /// so, by a decoding thread whose pictures it paints, and reports what the mouse picks to its
 /// owner. It lives in the GUI thread from one press of the play button to the next. libVLC calls
-/// back from threads of its own; the reopening of a stopped stream comes from a pool task.
+/// back from its own threads; the reopening of a stopped stream comes from a pool task.
 class VLCWidget : public QFrame
 {
     Q_OBJECT
@@ -39,7 +39,7 @@ public:
 
     void setOwner(videoFrom *owner);
 
-    /// Plays `url`, unless it is empty. Without `ownWindow` libVLC draws into a window of its own.
+    /// Plays `url`, unless it is empty. Without `ownWindow` libVLC draws into a separate window.
     void setUrl(const QString &url, bool ownWindow, int index, bool unused);
     bool open();
     void play();
@@ -81,7 +81,7 @@ private:
     QString m_url;
     std::shared_ptr<EmissionGate> m_closing; ///< closed first thing in the destructor
     std::atomic<bool> m_reopening{false};    ///< a task sleeps before the next attempt
-    /// What the task that gives the engines up tells the thread that waits for it.
+    /// Set by the task that gives the engines up, for the thread that waits for it.
     std::atomic<bool> m_enginesGone{false};
     bool m_ownWindow = false;
     // In pixels of the surface.

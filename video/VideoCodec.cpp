@@ -68,7 +68,7 @@ void VideoCodec::requestStop()
     m_stop = true;
 }
 
-/// Each opening nests one call deeper: what runs in a call stands in functions of its own, so that
+/// Each opening nests one call deeper: what runs in a call stands in separate functions, so that
 /// a level costs the stack next to nothing.
 void VideoCodec::run()
 {

@@ -10,7 +10,7 @@
 #include <atomic>
 
 /// Opens an RTSP stream, decodes its video and hands every picture to the GUI thread. It waits for
-/// a camera that isn't up yet and opens a lost stream anew, without a word, until it is told to
+/// a camera that isn't up yet and opens a lost stream anew, without a word, until it is asked to
 /// stop. Nobody deletes it: a thread that still waits for its camera lives to the end of the
 /// process.
 class VideoCodec : public QThread
@@ -26,7 +26,7 @@ public:
     void restart(const QString &url, const QString &transport);
     /// Terminates the thread, wherever it is.
     void stopNow();
-    /// Lets the thread end behind the packet in hand, from any thread. While it waits for a camera
+    /// Lets the thread end after the packet in hand, from any thread. While it waits for a camera
     /// it doesn't look.
     void requestStop();
 

@@ -56,7 +56,7 @@ inline bool isThere()
            foreignFunction<Version>(kSwScale, "swscale_version");
 }
 
-/// Older versions had to be told to register their formats.
+/// Older versions register their formats only when they are asked to.
 inline void registerFormats()
 {
 #if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(58, 9, 100)

@@ -117,7 +117,7 @@ void videoFrom::retranslate()
     relabel(this, kCaptions);
 }
 
-/// The button that is let go at a change of the selection tells of it too, and changes nothing.
+/// The button that is let go at a change of the selection calls this too, and changes nothing.
 void videoFrom::SelectPointing(bool isSelected)
 {
     if (isSelected)

@@ -7,7 +7,7 @@
 namespace {
 
 constexpr int kHistorySteps = 5;
-constexpr int kQuietMs = 1000; // longer than podsim is told to wait with an answer
+constexpr int kQuietMs = 1000; // longer than podsim's options delay an answer
 
 bool isGood(const QByteArray &frame)
 {

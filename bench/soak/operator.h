@@ -23,7 +23,7 @@ public:
     void begin();
     /// Does the next thing.
     void act();
-    /// Stops the cycle, waits until nothing comes any more, and tells the traffic since `begin`.
+    /// Stops the cycle, waits until nothing comes any more, and returns the traffic since `begin`.
     Traffic end();
 
 private:

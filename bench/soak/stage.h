@@ -28,7 +28,7 @@ struct StageResult
     StageResult &operator+=(const StageResult &other);
 };
 
-/// Runs the cycle for so long over one link to a podsim of its own. `folder` takes the link to the
+/// Runs the cycle for so long over one link to a fresh podsim. `folder` takes the link to the
 /// pseudo-terminal.
 StageResult runStage(Operator &console, Link link, const Fault &fault, int milliseconds,
                      const QString &folder);

@@ -411,7 +411,7 @@ void tst_flowAnalysis::slidersSpringBackAndKeysStay()
     QCOMPARE(yaw->value(), 0);
     QCOMPARE(textOf("label"), QString("0"));
     QCOMPARE(textOf("label_7"), QString("0%"));
-    // What the keys made stays until a drag of its own handle.
+    // What the keys made stays until that slider's handle is dragged.
     QCOMPARE(pitch->value(), 1500);
     QCOMPARE(textOf("label_2"), QString("1500"));
 

@@ -15,7 +15,7 @@
 
 #include <memory>
 
-/// A pod on the loopback: keeps the frames that reach it and answers when it is told to.
+/// A pod on the loopback: keeps the frames that reach it and answers when it is asked to.
 class Pod : public QObject
 {
     Q_OBJECT
@@ -209,7 +209,7 @@ void tst_flowCycle::learningModeEndsWithAnIdleFrame()
     QCOMPARE(startText(), QString("停止")); // until the last emission
     finishRun();
     QCOMPARE(startText(), QString("启动"));
-    // The first frame, then one for each step: also the step that told of the end gave its frame.
+    // The first frame, then one for each step: also the step that announced the end gave its frame.
     QCOMPARE(sent().size(), steps + 1);
     QCOMPARE(sent().at(0).toHex(), kIdle.toHex());
     // As a rule it is the only one; a step that was queued at the moment of the answer gives one
@@ -296,7 +296,7 @@ void tst_flowCycle::restartWithinOneSleepKeepsTheOldWorker()
         click("pushButton_start");
         click("pushButton_start");
     };
-    // Right behind an emission, so that the old worker is in its sleep.
+    // Right after an emission, so that the old worker is in its sleep.
     connect(page(), &flowAnalysis::signals_sendCmd, this, restart);
     QTRY_VERIFY(restarted);
     const QMetaObject::Connection count = connect(

@@ -49,7 +49,7 @@ QByteArray count(quint32 value)
 
 } // namespace
 
-/// Runs in a folder of its own, because what lies there is the program's saved file.
+/// Runs in a folder that no other test uses, because what lies there is the program's saved file.
 class tst_FileUtils : public QObject
 {
     Q_OBJECT

@@ -170,7 +170,7 @@ void tst_FramelessWidget::resizingSwitchedOff()
     QCOMPARE(moved({3, 3}, {-40, -30}, expected), expected);
 }
 
-/// Also over a child with a shape of its own, which comes back behind the edge.
+/// Also over a child that has another shape, which comes back past the edge.
 void tst_FramelessWidget::shapesAtTheEdges()
 {
     const auto shapeAt = [this](const QPoint &point, Qt::CursorShape expected) {

@@ -178,7 +178,7 @@ void tst_QAESEncryption::schedules_data()
     QTest::addColumn<int>("level");
     QTest::addColumn<int>("size");
     QTest::addColumn<QByteArray>("end");
-    // Last words of FIPS 197, appendix A. Behind the second level's stands one byte more, a zero.
+    // Last words of FIPS 197, appendix A. One byte more follows the second level's, a zero.
     QTest::newRow("A.1") << int(Aes::AES_128) << 176 << hex("b6630ca6");
     QTest::newRow("A.2") << int(Aes::AES_192) << 209 << hex("0100220200");
     QTest::newRow("A.3") << int(Aes::AES_256) << 240 << hex("706c631e");
@@ -326,7 +326,7 @@ void tst_QAESEncryption::removal_data()
     row("count of nothing", Aes::PKCS7, "414200", "414200");
     row("mark and zeros", Aes::ISO, "4180000000", "41");
     row("mark, one of two", Aes::ISO, "418080", "4180");
-    row("mark behind nothing", Aes::ISO, "8000", "");
+    row("mark after nothing", Aes::ISO, "8000", "");
     row("no mark", Aes::ISO, "41000000", "41000000");
     row("no mark, zeros alone", Aes::ISO, "0000", "0000");
     for (const auto padding : {Aes::ZERO, Aes::PKCS7, Aes::ISO})
@@ -344,7 +344,7 @@ void tst_QAESEncryption::lastBlockCutShort_data()
 {
     QTest::addColumn<int>("mode");
     QTest::addColumn<QByteArray>("plain");
-    // Of the openssl command, for the same text with 11 zeros behind it; without the eleven bytes
+    // Of the openssl command, for the same text with 11 zeros after it; without the eleven bytes
     // they give where the cipher goes forward.
     QTest::newRow("ECB") << int(Aes::ECB)
                          << hex("500594e20d6d6c8c716b667c38f085f15db4a7d546152da8bc7d79210ebab4bd");

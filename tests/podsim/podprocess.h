@@ -21,7 +21,7 @@ public:
     /// All that the program has written so far.
     const QString &output() const { return m_output; }
     QString errorText();
-    /// The port that the line of an open link tells, for "tcp", "udp" or "rtsp".
+    /// The port that the line of an open link names, for "tcp", "udp" or "rtsp".
     quint16 port(const QString &kind);
 
     /// Sends a signal and waits for the end.

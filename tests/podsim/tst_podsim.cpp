@@ -154,7 +154,7 @@ void TestPodsim::answersPiecesOfAnySize()
 void TestPodsim::survivesBrokenFrames_data()
 {
     QTest::addColumn<QByteArray>("broken");
-    QTest::addColumn<int>("noise"); // bytes; 0 where a frame is told as broken
+    QTest::addColumn<int>("noise"); // bytes; 0 where a frame is reported as broken
     const auto row = [](const char *line, const QByteArray &broken, int noise = 0) {
         QTest::newRow(line) << broken << noise;
     };

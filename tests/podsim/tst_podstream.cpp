@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kMostPictures = 300; // ten seconds' worth; more than anything here takes
 
-/// A pod that streams, with a client of its own.
+/// A pod that streams, with a client.
 struct Rig
 {
     explicit Rig(const QStringList &options = {})
@@ -98,14 +98,14 @@ void TestPodStream::sizeChangesInFlight()
     }
 }
 
-/// No picture bears a time at which the stream was frozen.
+/// No picture shows a time at which the stream was frozen.
 void TestPodStream::freezesAndThaws()
 {
     Rig rig;
     QVERIFY(!rig.reader.next().isNull());
     QVERIFY(rig.tell("freeze"));
     const quint32 from = podsim::stampClock();
-    QTest::qWait(300); // nothing tells of pictures that don't come
+    QTest::qWait(300); // no signal announces pictures that don't come
     const quint32 to = podsim::stampClock();
     QVERIFY(rig.tell("thaw"));
     const QImage picture = awaitPicture(rig.reader, [from](const QImage &p) {

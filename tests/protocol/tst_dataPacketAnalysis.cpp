@@ -316,7 +316,7 @@ void tst_dataPacketAnalysis::framesOfAnyLength()
         m_page->showHostFrame(frame);
         m_page->showGcuFrame(frame);
     }
-    // Of a frame cut behind its length byte the rest reads as zero, and nothing is sliced.
+    // Of a frame cut after its length byte the rest reads as zero, and nothing is sliced.
     m_page->showGcuFrame(gcu.left(4));
     QCOMPARE(text("label33_2"), QStringLiteral("73"));
     QCOMPARE(text("lineEdit243_2"), QStringLiteral("0.0000000"));
@@ -337,7 +337,7 @@ void tst_dataPacketAnalysis::applyCommand()
     QCOMPARE(text("label293"), QStringLiteral("拍照"));
     QCOMPARE(text("label294"), QStringLiteral("20 01 "));
     QCOMPARE(text("label303"), QStringLiteral("通过"));
-    // A name that no command bears empties the area: 71 bytes without a code.
+    // A name that no command has empties the area: 71 bytes without a code.
     m_page->applyCommand(QStringLiteral("凝视(地理目标锁定)"), {}, {}, {}, {}, {}, {});
     QCOMPARE(text("label33"), QStringLiteral("71"));
     QCOMPARE(text("label294"), QString());

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// A whole GCU frame whose miss distance tells which one it is.
+/// A whole GCU frame whose miss distance says which one it is.
 QByteArray gcuFrame(int number, char code = 0x20)
 {
     return QByteArray::fromHex("8A5E49000111 0000") + char(number) + char(number >> 8) +

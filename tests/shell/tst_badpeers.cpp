@@ -29,7 +29,7 @@ const QByteArray kOther = frameOf('\x10');
 
 constexpr int kBurst = 100000;
 constexpr int kFloodSize = 2 * 1000 * 1000; ///< some thirty reads of a TCP link
-constexpr int kFlowingFrames = 3;           ///< before and behind the operator's turn
+constexpr int kFlowingFrames = 3;           ///< before and after the operator's turn
 constexpr int kFloodMs = 60000;             ///< to be through with a flood, also on a busy machine
 constexpr int kRepeatMs = 20;
 
@@ -139,7 +139,7 @@ void tst_badpeers::answersOperator()
     QCOMPARE(field->text(), QStringLiteral("7"));
 }
 
-/// A frame in a chunk of its own is taken as such, and is on screen.
+/// A frame that is alone in its chunk is taken as such, and is on screen.
 void tst_badpeers::showsNext(const FarEnd &end)
 {
     const QByteArray &frame = (*m_bench)->receivedFrames.value(0) == kFrame ? kOther : kFrame;
@@ -180,7 +180,7 @@ void tst_badpeers::chunks_data()
         QTest::addRow("%s, single bytes", link.name)
             << link.kind << singleBytes(kFrame) << pairsOf(kFrame);
         // Three bytes are a header whose length reads short, but right.
-        QTest::addRow("%s, single bytes behind a header", link.name)
+        QTest::addRow("%s, single bytes after a header", link.name)
             << link.kind << List{kFrame.left(3)} + singleBytes(kFrame.mid(3)) << List{kFrame};
     }
     // All that waits is one chunk, of which one frame is taken; the rest stands in the cache.
@@ -282,7 +282,7 @@ void tst_badpeers::floods()
     const Flood flood(end, pieces);
     QTRY_VERIFY_WITH_TIMEOUT(received() >= kFlowingFrames, kFloodMs);
     answersOperator();
-    // What was answered came between, not behind.
+    // What was answered came between, not at the end.
     const int answered = received();
     QTRY_VERIFY_WITH_TIMEOUT(received() >= answered + kFlowingFrames, kFloodMs);
     QTRY_VERIFY_WITH_TIMEOUT(flood.isOver(), kFloodMs);

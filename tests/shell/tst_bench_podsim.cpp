@@ -63,7 +63,7 @@ void tst_bench_podsim::cleanup()
     m_bench.reset();
 }
 
-/// By the dialog behind the command row, as the operator does it.
+/// By the dialog that the command row opens, as the operator does it.
 void tst_bench_podsim::sendCommand(const QString &name, const QString &parameter)
 {
     m_bench->click("pushButton_Cmd");

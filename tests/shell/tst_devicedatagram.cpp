@@ -53,7 +53,7 @@ void tst_devicedatagram::totals_data()
 {
     addColumns();
     QTest::newRow("exact") << kDatagram << true << kName;
-    QTest::newRow("bytes behind T") << kDatagram + "behind" << true << kName;
+    QTest::newRow("bytes after T") << kDatagram + "behind" << true << kName;
     QTest::newRow("above the datagram") << withTotal(32767) << true << kName;
     QTest::newRow("negative") << withTotal(-1) << true << kOldName;
     QTest::newRow("most negative") << withTotal(-32768) << true << kOldName;
@@ -93,8 +93,8 @@ void tst_devicedatagram::records_data()
     QTest::newRow("repeated") << kRecord + kRecord << true << kName;
     QTest::newRow("repeated, own CRC wrong") << kRecord + withByte(kRecord, 61, 0) << true << kName;
     QTest::newRow("second one different") << kRecord + recordOf("other") << false << kName;
-    QTest::newRow("behind another type") << other + recordOf("other") << false << kOldName;
-    QTest::newRow("behind one that holds its CRC") << other + kRecord << true << kName;
+    QTest::newRow("after another type") << other + recordOf("other") << false << kOldName;
+    QTest::newRow("after one that holds its CRC") << other + kRecord << true << kName;
     QTest::newRow("no text") << recordOf("text", '\0') << true << kOldName;
     QTest::newRow("flag below zero") << recordOf("text", '\xFF') << true << "text";
     QTest::newRow("empty first line") << recordOf("\nrest") << true << "";
@@ -110,7 +110,7 @@ void tst_devicedatagram::records_data()
 void tst_devicedatagram::records()
 {
     QFETCH(QByteArray, bytes);
-    // No zero stands behind the last byte: the address sanitizer sees what is read beyond it.
+    // No zero follows the last byte: the address sanitizer sees what is read beyond it.
     const std::vector<char> exact(bytes.cbegin(), bytes.cend());
     QString name = kOldName;
     QTEST(readDeviceRecords(QByteArray::fromRawData(exact.data(), int(exact.size())), name),
@@ -143,7 +143,8 @@ void tst_devicedatagram::lengths_data()
     QTest::newRow("type 0, -9, CRC right") << nine + "srrr" << true << "";
     QTest::newRow("type 0, -9, to the end") << nine + "s" << true << "";
     QTest::newRow("type 0, -9, a byte short") << nine << false << kOldName;
-    // Others are passed over, and may lead out behind, but neither out in front nor in a circle.
+    // Others are passed over, and may lead past the end, but neither before the start nor in a
+    // circle.
     for (const int length : {0, 38, 32767})
         QTest::addRow("another type, %d", length)
             << headOf(qint16(length), 1) + rest << true << kOldName;
@@ -151,7 +152,7 @@ void tst_devicedatagram::lengths_data()
         QTest::addRow("another type, %d", length)
             << headOf(qint16(length), 1) + rest << false << kOldName;
     QTest::newRow("circle of two") << headOf(0, 1) + headOf(-24, 1) + rest << false << kOldName;
-    QTest::newRow("circle behind the first")
+    QTest::newRow("circle after the first")
         << headOf(0, 1) + headOf(0, 1) + headOf(-24, 1) + rest << false << kOldName;
     QTest::newRow("back once, then out")
         << headOf(12, 1) + headOf(32767, 1) + headOf(-24, 1) + rest << true << kOldName;

@@ -33,7 +33,7 @@ void tst_framecut::splitAtEveryPosition()
         const auto record = [&frames](const QByteArray &frame, quint8) { frames << frame; };
         cutChunk(cache, kA.left(at), record);
         cutChunk(cache, kA.mid(at), record);
-        // Cut inside its header's length the frame comes out whole behind an empty one.
+        // Cut inside its header's length the frame comes out whole after an empty one.
         const QList<QByteArray> expected =
             at <= 2 ? QList<QByteArray>{QByteArray(), kA} : QList<QByteArray>{kA};
         QCOMPARE(frames, expected);
@@ -53,7 +53,7 @@ void tst_framecut::chunks_data()
     QTest::newRow("two in one chunk") << List{kA + kB} << List{kA} << kB;
     QTest::newRow("two in one chunk, then a header")
         << List{kA + kB, kA} << List{kA, kA} << QByteArray();
-    // The cached frame comes out at once, and of the new chunk only what lies behind S is kept.
+    // The cached frame comes out at once, and of the new chunk only what follows S is kept.
     QTest::newRow("two in one chunk, then a tail")
         << List{kA + kB, tail} << List{kA, kB} << QByteArray();
     QTest::newRow("two in one chunk, then a long tail")
@@ -62,7 +62,7 @@ void tst_framecut::chunks_data()
         << List{kA + kB + kA, tail} << List{kA, kB + kA + tail} << QByteArray();
     QTest::newRow("a frame and half of the next")
         << List{kA + kB.left(40), kB.mid(40)} << List{kA, kB} << QByteArray();
-    // Behind the completed frame the rest is cut at S = 73, not at S - 40: 40 of its bytes go.
+    // After the completed frame the rest is cut at S = 73, not at S - 40: 40 of its bytes go.
     QTest::newRow("asymmetry") << List{kA.left(40), kA.mid(40) + QByteArray(40, 'y') + tail}
                                << List{kA} << tail;
     QTest::newRow("asymmetry, rest shorter than S")

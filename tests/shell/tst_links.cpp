@@ -314,7 +314,7 @@ void tst_links::tcpRefused()
     QCOMPARE((*m_bench)->sentFrames.size(), 1);
 }
 
-/// A listener whose queue is full never answers. The operator is told once.
+/// A listener whose queue is full never answers. The operator sees one notice.
 void tst_links::tcpSilent()
 {
     FullListener listener;
@@ -354,7 +354,7 @@ void tst_links::udpLeavesFromAFreshPort()
     m_bench->click("pushButton_Send_Null");
     QTRY_COMPARE(peer.received, kEmptyCommand);
     QVERIFY(peer.senderPort != peer.benchPort());
-    // Each datagram is a chunk of its own.
+    // Each datagram is one chunk.
     peer.send(kAnswer.left(40));
     peer.send(kAnswer.mid(40));
     QTRY_COMPARE((*m_bench)->receivedFrames, QList<QByteArray>{kAnswer});

@@ -19,8 +19,8 @@ inline QByteArray makeClip(const QString &path, int seconds)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// A web server with one file for every request, in a thread of its own: libVLC may hold the
-/// other one up while it waits for an answer.
+/// A web server with one file for every request, in a separate thread: libVLC may hold the other
+/// one up while it waits for an answer.
 class ClipServer : public QThread
 {
 public:

@@ -18,7 +18,7 @@ QString run(const QStringList &words)
     return QString::fromLatin1(process.readAllStandardOutput());
 }
 
-/// Tells when a pointer event has come to a window and been dealt with.
+/// Notes when a pointer event has come to a window and been dealt with.
 class PointerLog : public QObject
 {
 public:

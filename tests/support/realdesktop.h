@@ -23,7 +23,7 @@ private:
     bool m_isDown = false;
 };
 
-/// Where the X server has a window. The program isn't told before a move has ended.
+/// Where the X server has a window. The program only learns it when a move has ended.
 QRect realGeometry(const QWidget &window);
 
 /// Presses at `from`, moves to `start`, goes on by `by` until the window is as expected or never

@@ -15,7 +15,7 @@ public:
 
     /// Whether the stream was there and holds pictures.
     bool isOpen() const;
-    /// Whether the stream tells of a sound track, and packets of it that have come so far.
+    /// Whether the stream announces a sound track, and packets of it that have come so far.
     bool hasSound() const;
     int soundPackets() const;
     /// The next picture, in its own size and `QImage::Format_RGB32`; a null one at the stream's

@@ -48,7 +48,7 @@ public:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
-    /// What a surface says: its timer has no receiver, and its rule has no end, which is told again
+    /// What a surface says: its timer has no receiver, and its rule has no end, which it says again
     /// when the next surface takes its place.
     void announceSurface()
     {

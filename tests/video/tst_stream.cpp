@@ -261,7 +261,7 @@ void tst_stream::badServers()
     QCOMPARE((*m_bench)->sentFrames.size(), 1);
 }
 
-/// The player goes on unseen, and the next window has one of its own.
+/// The player goes on unseen, and the next window starts another.
 void tst_stream::windowClosedWhilePlaying()
 {
     startPod();
