@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 /// Runs the real program with the real explanations, or with spoilt ones.
@@ -18,6 +19,8 @@ private slots:
     void refuses_data();
     void refuses();
     void leavesOutAPictureThatIsNotThere();
+    void committedDocumentIsFresh_data();
+    void committedDocumentIsFresh();
 
 private:
     QString at(const char *name) const { return m_folder.filePath(QLatin1String(name)); }
@@ -150,6 +153,27 @@ void tst_protocoldoc::leavesOutAPictureThatIsNotThere()
     lay("there.png", "");
     QCOMPARE(fill("en", "![a](there.png)\n![b](elsewhere.png)\n"), 0);
     QCOMPARE(contents(at("target.md")), QByteArray("![a](there.png)\n\n"));
+}
+
+void tst_protocoldoc::committedDocumentIsFresh_data()
+{
+    QTest::addColumn<QByteArray>("language");
+    QTest::newRow("en") << QByteArray("en");
+    QTest::newRow("zh") << QByteArray("zh");
+}
+
+void tst_protocoldoc::committedDocumentIsFresh()
+{
+    QFETCH(QByteArray, language);
+    const QString docs = QStringLiteral(REPOSITORY "/docs/");
+    const QString name = QStringLiteral("protocol.%1.md").arg(QLatin1String(language));
+    QCOMPARE(fill(language, contents(docs + QStringLiteral("templates/") + name)), 0);
+    QString filled = QString::fromUtf8(contents(at("target.md")));
+    static const QRegularExpression classOfAHeading(QStringLiteral("^(#.*) \\{\\.[a-z]+\\}$"),
+                                                    QRegularExpression::MultilineOption);
+    filled.replace(classOfAHeading, QStringLiteral("\\1"));
+    QVERIFY2(QString::fromUtf8(contents(docs + name)) == filled,
+             "stale: run scripts/protocol-documents.sh");
 }
 
 NACELLE_TEST_MAIN(tst_protocoldoc)
