@@ -25,7 +25,6 @@ bool canBeMade(const QString &path)
 ConfigFile failure(const QString &path, const QString &reason)
 {
     ConfigFile result;
-    result.code = kExitFailure;
     result.error = path + QStringLiteral(": ") + reason;
     return result;
 }
@@ -56,12 +55,10 @@ ConfigFile readConfigFile(const QString &path)
     QBuffer buffer(&result.bytes);
     buffer.open(QIODevice::ReadOnly);
     const BlockState state = readBlock(buffer, result.block);
-    if (state != BlockState::Whole) {
-        result.code = kExitDamaged;
+    if (state != BlockState::Whole)
         result.error = QStringLiteral("%1 is damaged: %2. It is left as it is; delete it to begin "
                                       "with the defaults.")
                            .arg(path, damage(state));
-    }
     return result;
 }
 

@@ -1,9 +1,9 @@
+#include "tools/commandline/commandline.h"
 #include "tools/config/choices.h"
 #include "tools/config/configfile.h"
 #include "tools/config/describe.h"
-#include "tools/config/speech.h"
+#include "tools/commandline/speech.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 
 namespace {
@@ -25,19 +25,9 @@ constexpr char kDescription[] =
     "changes\n"
     "nothing else of the file, not even what the program itself drops of it.\n"
     "\n"
-    "Ends with 0; with 1 for a wrong command line, or a file or an output that can't be opened or\n"
-    "written; with 2 for a damaged file.";
-
-int complain(const QString &text, int code)
-{
-    writeLine(stderr, QStringLiteral("nacelle-config: ") + text);
-    return code;
-}
-
-int complainOfUsage(const QString &text)
-{
-    return complain(text + QStringLiteral(" (see --help)"), kExitFailure);
-}
+    "Ends with 0; with 1 for a damaged file, or a file or an output that can't be opened or "
+    "written;\n"
+    "with 2 for a wrong command line.";
 
 void say(const QString &line)
 {
@@ -47,8 +37,8 @@ void say(const QString &line)
 int show(const QString &path)
 {
     const ConfigFile file = readConfigFile(path);
-    if (file.code != kExitDone)
-        return complain(file.error, file.code);
+    if (!file.error.isEmpty())
+        return complain(file.error);
     say(path +
         (file.isThere ? QStringLiteral(":") : QStringLiteral(" isn't there. A first start has:")));
     for (const QString &line : describe(file.block))
@@ -59,13 +49,13 @@ int show(const QString &path)
 int set(const QString &path, const Choice &choice, bool value)
 {
     ConfigFile file = readConfigFile(path);
-    if (file.code != kExitDone)
-        return complain(file.error, file.code);
+    if (!file.error.isEmpty())
+        return complain(file.error);
     // All other bytes stay as they are, also those that the program would write otherwise.
     file.bytes[byteOf(choice)] = char(value);
     const QString failure = replaceConfigFile(path, file.bytes);
     if (!failure.isEmpty())
-        return complain(failure, kExitFailure);
+        return complain(failure);
     say(QStringLiteral("%1 is now %2 in %3")
             .arg(QLatin1String(choice.name), QLatin1String(wordFor(choice, value)), path));
     return kExitDone;
@@ -89,22 +79,16 @@ int runCommand(const QString &path, const QStringList &words)
                            words.mid(1).join(QLatin1Char(' ')));
 }
 
-int run(const QStringList &arguments)
+int run()
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(kDescription));
-    parser.addOption(
-        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text.")});
     parser.addOption({QStringLiteral("file"),
                       QStringLiteral("The saved file: controlConfig.ncl beside this program."),
                       QStringLiteral("path"), savedFilePath()});
     parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("One of those above."));
-    if (!parser.parse(arguments))
-        return complainOfUsage(parser.errorText());
-    if (parser.isSet(QStringLiteral("help"))) {
-        say(parser.helpText());
-        return kExitDone;
-    }
+    if (const std::optional<int> code = readCommandLine(parser))
+        return *code;
     return runCommand(parser.value(QStringLiteral("file")), parser.positionalArguments());
 }
 
@@ -113,8 +97,8 @@ int run(const QStringList &arguments)
 int main(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
-    const int code = run(QCoreApplication::arguments());
+    const int code = run();
     if (std::fflush(stdout) != 0 || std::ferror(stdout))
-        return complain(QStringLiteral("the output can't be written"), kExitFailure);
+        return complain(QStringLiteral("the output can't be written"));
     return code;
 }

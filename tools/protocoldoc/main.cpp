@@ -1,5 +1,6 @@
 #include "foundation/QGlobal.h"
 #include "foundation/textfiles.h"
+#include "tools/commandline/commandline.h"
 #include "tools/protocoldoc/tables.h"
 
 #include <QCommandLineParser>
@@ -18,10 +19,10 @@ constexpr char kDescription[] =
     "that name, made from the program's own tables. A picture that isn't there is left out. Fails\n"
     "when a row of those tables has no explanation in the notes, or a note explains no row.";
 
-bool complain(const QStringList &problems)
+bool complainOfAll(const QStringList &problems)
 {
     for (const QString &problem : problems)
-        std::fprintf(stderr, "protocoldoc: %s\n", qUtf8Printable(problem));
+        complain(problem);
     return problems.isEmpty();
 }
 
@@ -43,9 +44,9 @@ QString filledLine(const QString &line, const QMap<QString, QString> &texts, con
 bool fill(QFile &source, QFile &target, const QMap<QString, QString> &texts)
 {
     if (!source.open(QIODevice::ReadOnly))
-        return complain({source.fileName() + QStringLiteral(": ") + source.errorString()});
+        return complainOfAll({source.fileName() + QStringLiteral(": ") + source.errorString()});
     if (!target.open(QIODevice::WriteOnly))
-        return complain({target.fileName() + QStringLiteral(": ") + target.errorString()});
+        return complainOfAll({target.fileName() + QStringLiteral(": ") + target.errorString()});
     QTextStream in(&source), out(&target);
     in.setCodec("utf-8");
     out.setCodec("utf-8");
@@ -57,7 +58,7 @@ bool fill(QFile &source, QFile &target, const QMap<QString, QString> &texts)
             unknown.append(QStringLiteral("no such table: ") + line);
         out << line << '\n';
     }
-    return complain(unknown);
+    return complainOfAll(unknown);
 }
 
 } // namespace
@@ -67,17 +68,17 @@ int main(int argc, char *argv[])
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(kDescription));
-    parser.addHelpOption();
     parser.addPositionalArgument(QStringLiteral("language"), QStringLiteral("zh or en"));
     parser.addPositionalArgument(QStringLiteral("data"),
                                  QStringLiteral("folder of the text files"));
     parser.addPositionalArgument(QStringLiteral("notes"), QStringLiteral("the explanations"));
     parser.addPositionalArgument(QStringLiteral("source"), QStringLiteral("Markdown to fill"));
     parser.addPositionalArgument(QStringLiteral("target"), QStringLiteral("Markdown to write"));
-    parser.process(application);
+    if (const std::optional<int> code = readCommandLine(parser))
+        return *code;
     const QStringList words = parser.positionalArguments();
     if (words.size() != 5)
-        parser.showHelp(1);
+        return complainOfUsage(QStringLiteral("five arguments are needed"));
 
     QGlobal &global = *QGlobal::instance();
     readTextFilesFrom(words.at(1), global);
@@ -85,5 +86,6 @@ int main(int argc, char *argv[])
     Notes notes(words.at(2), global.languageChinese);
     const QMap<QString, QString> texts = placeholderTexts(notes);
     QFile source(words.at(3)), target(words.at(4));
-    return complain(notes.problems()) && fill(source, target, texts) ? 0 : 1;
+    return complainOfAll(notes.problems()) && fill(source, target, texts) ? kExitDone
+                                                                          : kExitFailure;
 }

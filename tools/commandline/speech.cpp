@@ -1,4 +1,4 @@
-#include "tools/config/speech.h"
+#include "tools/commandline/speech.h"
 
 #ifdef Q_OS_WIN
 #include <io.h>
