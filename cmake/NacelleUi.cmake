@@ -33,6 +33,9 @@ target_link_libraries(nacelle_ui PUBLIC nacelle_core
 # The pages hold their generated forms by value.
 target_include_directories(nacelle_ui PUBLIC ${CMAKE_BINARY_DIR}/nacelle_ui_autogen/include)
 
+set_source_files_properties(foundation/About.cpp PROPERTIES
+    COMPILE_DEFINITIONS NACELLE_VERSION="${PROJECT_VERSION}")
+
 add_executable(NacelleBench WIN32 shell/main.cpp)
 target_link_libraries(NacelleBench PRIVATE nacelle_ui)
 
@@ -42,6 +45,3 @@ add_custom_target(nacelle_data ALL
     COMMAND ${CMAKE_COMMAND} -E copy_if_different ${NACELLE_DATA} ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}
     VERBATIM)
 add_dependencies(NacelleBench nacelle_data)
-
-install(TARGETS NacelleBench RUNTIME DESTINATION .)
-install(FILES ${NACELLE_DATA} DESTINATION .)

@@ -1,3 +1,4 @@
+#include "tools/commandline/commandline.h"
 #include "tools/podsim/podcontrol.h"
 #include "tools/podsim/podoptions.h"
 #include "tools/podsim/podserver.h"
@@ -9,15 +10,6 @@
 #include <cstdio>
 
 namespace {
-
-constexpr int kExitFailure = 1;
-constexpr int kExitUsage = 2;
-
-int complain(const QString &text, int code)
-{
-    std::fprintf(stderr, "podsim: %s\n", qPrintable(text));
-    return code;
-}
 
 int run(const podsim::PodOptions &options)
 {
@@ -37,7 +29,7 @@ int run(const podsim::PodOptions &options)
     if (reason.isEmpty() && stream)
         reason = stream->open();
     if (!stop.isReady() || !reason.isEmpty())
-        return complain(reason, kExitFailure);
+        return complain(reason);
     if (stream)
         server.log().line(QStringLiteral("listening on ") + stream->where());
     if (options.stream.hasControl)
@@ -56,10 +48,10 @@ int main(int argc, char *argv[])
 
     const podsim::ParsedOptions parsed = podsim::parseOptions(QCoreApplication::arguments());
     if (!parsed.error.isEmpty())
-        return complain(parsed.error + QStringLiteral(" (see --help)"), kExitUsage);
-    if (!parsed.help.isEmpty()) {
-        std::fputs(qPrintable(parsed.help), stdout);
-        return 0;
+        return complainOfUsage(parsed.error);
+    if (!parsed.answer.isEmpty()) {
+        std::fputs(qPrintable(parsed.answer), stdout);
+        return kExitDone;
     }
     return run(parsed.options);
 }

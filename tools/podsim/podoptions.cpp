@@ -1,6 +1,6 @@
 #include "tools/podsim/podoptions.h"
 
-#include <QCommandLineParser>
+#include "tools/commandline/commandline.h"
 
 #include <array>
 #include <limits>
@@ -19,15 +19,15 @@ struct OptionRow
 
 // clang-format off
 constexpr OptionRow kOptions[] = {
-    {"help", "", "Show this text."},
     {"tcp", "port", "Listen for TCP clients. The port may be left out: 2332; 0 takes a free one."},
     {"udp", "port", "Take datagrams. The port may be left out: 2337; 0 takes a free one."},
     {"udp-reply", "port", "Answer datagrams to this port of their sender's address: 2338."},
-    {"pty", "link", "Open a pseudo-terminal and put a symbolic link to it at <link>."},
+    {"pty", "link", "Open a pseudo-terminal and put a symbolic link to it at <link>. Not on "
+                    "Windows, which has none."},
     {"listen", "address", "Listen on this address: 127.0.0.1."},
     {"start-mode", "hex", "Start in this work mode, 10 to 14, 16, 17 or 1C: 12, which is follow."},
     {"rtsp", "port", "Stream the camera's picture. The port may be left out: 8554; 0 takes a free "
-                     "one. The path is /pod."},
+                     "one. The path is /pod. Not on Windows."},
     {"size", "WxH", "Size of the picture in pixels: 1280x720."},
     {"rtsp-audio", "", "Add a sound track."},
     {"rtsp-stamp", "", "Mark each picture with its time and number, to be read by a machine."},
@@ -146,6 +146,10 @@ void readLinks(OptionReader &reader, PodOptions &options)
         options.ptyLink = reader.text("pty");
     if (options.ptyLink && options.ptyLink->isEmpty())
         reader.refuse("pty", QStringLiteral("a file name is needed"));
+#ifdef Q_OS_WIN
+    if (options.ptyLink)
+        reader.refuse("pty", QStringLiteral("Windows has no pseudo-terminals"));
+#endif
     if (options.udpReplyPort && !reader.has("udp"))
         reader.refuse("udp-reply", QStringLiteral("there is no --udp"));
     if (reader.has("listen") && !options.address.setAddress(reader.text("listen")))
@@ -219,6 +223,7 @@ ParsedOptions parseOptions(const QStringList &arguments)
     parser.setApplicationDescription(QStringLiteral(
         "A simulated camera pod: answers the host frames of the GCU private protocol "
         "and tells each event on a line of its own."));
+    addStandardOptions(parser);
     for (const OptionRow &row : kOptions)
         parser.addOption(
             {QLatin1String(row.name), QLatin1String(row.text), QLatin1String(row.value)});
@@ -228,10 +233,9 @@ ParsedOptions parseOptions(const QStringList &arguments)
         parsed.error = parser.errorText();
         return parsed;
     }
-    if (parser.isSet(QStringLiteral("help"))) {
-        parsed.help = parser.helpText();
+    parsed.answer = standardAnswer(parser);
+    if (!parsed.answer.isEmpty())
         return parsed;
-    }
     OptionReader reader(parser);
     readLinks(reader, parsed.options);
     readMode(reader, parsed.options);

@@ -51,11 +51,11 @@ struct PodOptions
     StreamOptions stream;
 };
 
-/// The options, or a help text, or the reason why the command line is wrong.
+/// The options, or what --help or --version asks for, or the reason why the command line is wrong.
 struct ParsedOptions
 {
     PodOptions options;
-    QString help;
+    QString answer;
     QString error;
 };
 

@@ -38,8 +38,10 @@ void PodServer::addLinks()
     if (options.udpPort)
         m_links.append(new PodLinkUdp(options.address, *options.udpPort,
                                       options.udpReplyPort.value_or(kReplyPort), this));
+#ifndef Q_OS_WIN
     if (options.ptyLink)
         m_links.append(new PodLinkPty(*options.ptyLink, this));
+#endif
     for (PodLink *link : m_links)
         connect(link, &PodLink::opened, this,
                 [this](PodChannel *channel) { new PodSession(channel, m_context); });

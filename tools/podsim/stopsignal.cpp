@@ -29,11 +29,12 @@ StopSignal::StopSignal()
 {
     if (pipe(stopPipe.data()) != 0)
         return;
-    m_notifier = new QSocketNotifier(stopPipe[0], QSocketNotifier::Read, this);
-    connect(m_notifier, &QSocketNotifier::activated, this, [this] {
-        m_notifier->setEnabled(false);
+    auto *notifier = new QSocketNotifier(stopPipe[0], QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
+        notifier->setEnabled(false);
         emit stopped();
     });
+    m_listener = notifier;
     struct sigaction action = {};
     action.sa_handler = passOn;
     action.sa_flags = SA_RESTART;

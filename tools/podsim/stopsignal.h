@@ -2,12 +2,11 @@
 
 #include <QObject>
 
-class QSocketNotifier;
-
 namespace podsim {
 
-/// Turns SIGINT and SIGTERM into a Qt signal, by a pipe to itself. At most one at a time; lives in
-/// the main thread to the end of the program.
+/// Turns the wish that the program end into a Qt signal: SIGINT and SIGTERM, by a pipe to itself; on
+/// Windows Ctrl+C, a closed console and what QProcess::terminate sends. At most one at a time; lives
+/// in the main thread to the end of the program.
 class StopSignal : public QObject
 {
     Q_OBJECT
@@ -15,14 +14,14 @@ class StopSignal : public QObject
 public:
     StopSignal();
 
-    /// False if the system has no pipe to give.
-    bool isReady() const { return m_notifier != nullptr; }
+    /// False if the system can't give notice.
+    bool isReady() const { return m_listener != nullptr; }
 
 signals:
     void stopped();
 
 private:
-    QSocketNotifier *m_notifier = nullptr;
+    QObject *m_listener = nullptr;
 };
 
 } // namespace podsim
