@@ -1,36 +1,30 @@
 #include "foundation/QGlobal.h"
 #include "foundation/savedblock.h"
+#include "tools/commandline/commandline.h"
 #include "tools/tour/keptfile.h"
+#include "tools/tour/places.h"
 #include "tools/tour/tour.h"
 
 #include <QApplication>
-#include <QCommandLineParser>
 #include <QDir>
 #include <QProcess>
 
-#include <cstdio>
-
 namespace {
-
-constexpr int kExitFailure = 1;
-constexpr int kExitUsage = 2;
 
 struct Options
 {
     QString folder;
-    QString podsim;
+    PodChoice pod;
     QString language;
 };
 
-Options readOptions()
+void describeOptions(QCommandLineParser &parser)
 {
     const QDir beside(QCoreApplication::applicationDirPath());
-    QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Drives the main window by clicks and keys against a simulated pod, tells each step and "
         "saves a picture of the screen behind it. Ends with 0 if all that the steps claim came "
         "true."));
-    parser.addHelpOption();
     parser.addOption({QStringLiteral("out"), QStringLiteral("Save the pictures in <folder>: tour."),
                       QStringLiteral("folder"), QStringLiteral("tour")});
     parser.addOption({QStringLiteral("language"),
@@ -39,21 +33,35 @@ Options readOptions()
     parser.addOption({QStringLiteral("podsim"),
                       QStringLiteral("The simulated pod; the one beside the tour if left out."),
                       QStringLiteral("program"), beside.filePath(QStringLiteral("podsim"))});
-    parser.process(*QCoreApplication::instance());
-    return {parser.value(QStringLiteral("out")), parser.value(QStringLiteral("podsim")),
+    parser.addOption({QStringLiteral("pod-log"),
+                      QStringLiteral("Start no pod: one runs here by the usual ports, and what it "
+                                     "tells goes to <file>."),
+                      QStringLiteral("file")});
+    parser.addOption({QStringLiteral("places"),
+                      QStringLiteral("Only tell where the windows' parts lie, and end.")});
+    parser.addOption({QStringLiteral("without-video"),
+                      QStringLiteral("Leave out the steps of the video, for a pod without a "
+                                     "stream.")});
+}
+
+Options readOptions(const QCommandLineParser &parser)
+{
+    return {parser.value(QStringLiteral("out")),
+            {parser.value(QStringLiteral("podsim")), parser.value(QStringLiteral("pod-log")),
+             !parser.isSet(QStringLiteral("without-video"))},
             parser.value(QStringLiteral("language"))};
 }
 
 /// The window takes its language when it is made and the tables are there once a process: each
 /// language has a process of its own.
-int runBoth(const Options &options)
+int runBoth()
 {
-    int worst = 0;
+    int worst = kExitDone;
     for (const char *language : {"zh", "en"}) {
-        const int code = QProcess::execute(QCoreApplication::applicationFilePath(),
-                                           {QStringLiteral("--out"), options.folder,
-                                            QStringLiteral("--podsim"), options.podsim,
-                                            QStringLiteral("--language"), QLatin1String(language)});
+        const int code =
+            QProcess::execute(QCoreApplication::applicationFilePath(),
+                              QCoreApplication::arguments().mid(1) +
+                                  QStringList{QStringLiteral("--language"), QLatin1String(language)});
         if (code != 0)
             worst = kExitFailure;
     }
@@ -66,12 +74,12 @@ int runOne(const Options &options)
     QGlobal::instance()->ffmpegEngine = true;
     QGlobal::instance()->languageChinese = options.language == QLatin1String("zh");
     try {
-        Tour tour(options.podsim, options.folder, options.language);
-        return tour.run(packetSteps() + consoleSteps() + videoSteps() + menuSteps()) ? 0
-                                                                                     : kExitFailure;
+        Tour tour(options.pod, options.folder, options.language);
+        const QVector<Step> video = options.pod.hasStream ? videoSteps() : QVector<Step>();
+        return tour.run(packetSteps() + consoleSteps() + video + menuSteps()) ? kExitDone
+                                                                              : kExitFailure;
     } catch (const TourFailure &failure) {
-        std::fprintf(stderr, "tour: %s\n", failure.what());
-        return kExitFailure;
+        return complain(QString::fromUtf8(failure.what()));
     }
 }
 
@@ -80,15 +88,21 @@ int runOne(const Options &options)
 int main(int argc, char *argv[])
 {
     QApplication application(argc, argv);
-    const Options options = readOptions();
+    QCommandLineParser parser;
+    describeOptions(parser);
+    if (const std::optional<int> code = readCommandLine(parser))
+        return *code;
+    if (parser.isSet(QStringLiteral("places"))) {
+        tellPlaces();
+        return kExitDone;
+    }
+    const Options options = readOptions(parser);
     // The menu's choice of the language writes it. This process puts it back even where the one
     // that runs a language has crashed.
     const KeptFile saved(savedFilePath());
     if (options.language == QLatin1String("both"))
-        return runBoth(options);
-    if (options.language != QLatin1String("zh") && options.language != QLatin1String("en")) {
-        std::fprintf(stderr, "tour: --language is zh, en or both\n");
-        return kExitUsage;
-    }
+        return runBoth();
+    if (options.language != QLatin1String("zh") && options.language != QLatin1String("en"))
+        return complainOfUsage(QStringLiteral("--language is zh, en or both"));
     return runOne(options);
 }

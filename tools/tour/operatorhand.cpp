@@ -6,6 +6,7 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QPointer>
+#include <QScreen>
 #include <QScrollArea>
 #include <QStyle>
 #include <QStyleOptionButton>
@@ -15,6 +16,7 @@
 namespace {
 
 constexpr int kPatienceMs = 30000;
+constexpr int kWindowManagerMs = 5000;
 
 QString nameOf(const QWidget *widget)
 {
@@ -87,6 +89,20 @@ QWidget *findWidget(QWidget *scope, const char *name)
         return found;
     throw TourFailure(
         QStringLiteral("there is no %1 in %2").arg(QLatin1String(name), nameOf(scope)));
+}
+
+void fillScreen(QWidget *window)
+{
+    window->show();
+    if (!QTest::qWaitForWindowExposed(window))
+        throw TourFailure(QStringLiteral("the window doesn't show"));
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    const auto isWide = [&] { return window->frameGeometry().width() >= screen.width(); };
+    if (QTest::qWaitFor(isWide, kWindowManagerMs))
+        return;
+    window->setGeometry(screen); // no window manager has granted it
+    await(QStringLiteral("the window fills the screen"),
+          [&] { return window->width() == screen.width(); });
 }
 
 void reveal(QWidget *widget)

@@ -30,6 +30,9 @@ T *find(QWidget *scope, const char *name)
     throw TourFailure(QStringLiteral("%1 is of another kind").arg(QLatin1String(name)));
 }
 
+/// Shows a window that asks to be maximised, on the whole screen in any case.
+void fillScreen(QWidget *window);
+
 /// Scrolls so far that the widget can be seen.
 void reveal(QWidget *widget);
 

@@ -50,18 +50,30 @@ void PodRun::Process::setupChildProcess()
 #endif
 }
 
-PodRun::PodRun(const QString &path) : m_replyPort(freeUdpPort())
+PodRun::PodRun(const PodChoice &choice) : m_log(choice.log), m_replyPort(kReplyPort)
 {
-    m_process.setProcessChannelMode(QProcess::MergedChannels);
-    m_process.start(path, {QStringLiteral("--tcp"), QString::number(ifFreeForTcp(kTcpPort)),
-                           QStringLiteral("--udp"), QString::number(ifFreeForUdp(kUdpPort)),
-                           QStringLiteral("--udp-reply"), QString::number(m_replyPort),
-                           QStringLiteral("--rtsp"), QString::number(ifFreeForTcp(kStreamPort))});
-    if (!m_process.waitForStarted())
-        throw TourFailure(QStringLiteral("%1: %2").arg(path, m_process.errorString()));
+    if (choice.log.isEmpty())
+        start(choice);
+    else if (!m_log.open(QIODevice::ReadOnly))
+        throw TourFailure(QStringLiteral("%1: %2").arg(choice.log, m_log.errorString()));
     m_tcpPort = listeningPort(QStringLiteral("tcp"));
     m_udpPort = listeningPort(QStringLiteral("udp"));
-    m_streamPort = listeningPort(QStringLiteral("rtsp"));
+    if (choice.hasStream)
+        m_streamPort = listeningPort(QStringLiteral("rtsp"));
+}
+
+void PodRun::start(const PodChoice &choice)
+{
+    m_replyPort = freeUdpPort();
+    QStringList arguments{QStringLiteral("--tcp"),       QString::number(ifFreeForTcp(kTcpPort)),
+                          QStringLiteral("--udp"),       QString::number(ifFreeForUdp(kUdpPort)),
+                          QStringLiteral("--udp-reply"), QString::number(m_replyPort)};
+    if (choice.hasStream)
+        arguments << QStringLiteral("--rtsp") << QString::number(ifFreeForTcp(kStreamPort));
+    m_process.setProcessChannelMode(QProcess::MergedChannels);
+    m_process.start(choice.program, arguments);
+    if (!m_process.waitForStarted())
+        throw TourFailure(QStringLiteral("%1: %2").arg(choice.program, m_process.errorString()));
 }
 
 QString PodRun::streamAddress() const
@@ -76,7 +88,7 @@ PodRun::~PodRun()
 
 const QString &PodRun::output()
 {
-    m_output += QString::fromLocal8Bit(m_process.readAll());
+    m_output += QString::fromLocal8Bit(m_log.isOpen() ? m_log.readAll() : m_process.readAll());
     return m_output;
 }
 
@@ -92,7 +104,10 @@ quint16 PodRun::listeningPort(const QString &kind)
 {
     const QRegularExpression line(QStringLiteral("listening on %1 [0-9.]+:([0-9]+)").arg(kind));
     await(QStringLiteral("the pod listens on ") + kind,
-          [&] { return output().contains(line) || m_process.state() == QProcess::NotRunning; });
+          [&] {
+              return output().contains(line) ||
+                     (!m_log.isOpen() && m_process.state() == QProcess::NotRunning);
+          });
     const QRegularExpressionMatch match = line.match(output());
     if (!match.hasMatch())
         throw TourFailure(QStringLiteral("the pod doesn't run: ") + m_output.trimmed());

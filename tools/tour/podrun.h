@@ -1,17 +1,26 @@
 #pragma once
 
+#include <QFile>
 #include <QProcess>
 #include <QString>
 
-/// The simulated pod of one tour: a process with a TCP link, a UDP link and the stream
-/// of its picture on this machine, by the usual ports where they are free. It ends with this
-/// object.
+/// Which pod the tour is driven against.
+struct PodChoice
+{
+    QString program; ///< to be started
+    QString log;     ///< what a pod that runs already writes; where given, none is started
+    bool hasStream = true;
+};
+
+/// The simulated pod of one tour, with a TCP link, a UDP link and the stream of its picture on this
+/// machine: a process of its own, by the usual ports where they are free, which ends with this
+/// object; or one that runs already and writes what it tells to a file.
 class PodRun
 {
 public:
-    /// Starts the program at `path` and waits until all three are open; throws a `TourFailure`
-    /// if they don't.
-    explicit PodRun(const QString &path);
+    /// Starts the program, or reads the file of one that runs, and waits until all links are open;
+    /// throws a `TourFailure` if they don't open.
+    explicit PodRun(const PodChoice &choice);
     ~PodRun();
 
     quint16 tcpPort() const { return m_tcpPort; }
@@ -24,7 +33,7 @@ public:
     /// All that it has told so far.
     const QString &output();
 
-    /// Asks it to end, and waits for that; its exit code.
+    /// Asks the process to end, and waits for that; its exit code.
     int stop();
 
 private:
@@ -35,9 +44,11 @@ private:
         void setupChildProcess() override;
     };
 
+    void start(const PodChoice &choice);
     quint16 listeningPort(const QString &kind);
 
     Process m_process;
+    QFile m_log;
     QString m_output;
     quint16 m_tcpPort = 0;
     quint16 m_udpPort = 0;

@@ -18,7 +18,6 @@ namespace {
 
 constexpr int kStillMs = 1500;
 constexpr int kStillStepMs = 60;
-constexpr int kWindowManagerMs = 5000;
 
 void tell(const QString &text)
 {
@@ -59,8 +58,8 @@ QString shownText(const QWidget *widget)
 
 } // namespace
 
-Tour::Tour(const QString &podsim, const QString &folder, const QString &language)
-    : m_folder(folder), m_language(language), m_pod(podsim)
+Tour::Tour(const PodChoice &pod, const QString &folder, const QString &language)
+    : m_folder(folder), m_language(language), m_pod(pod)
 {
     QDir pictures(folder);
     if (!pictures.mkpath(QStringLiteral(".")))
@@ -70,23 +69,7 @@ Tour::Tour(const QString &podsim, const QString &folder, const QString &language
                              QStringLiteral("failed-%1.png").arg(language)}))
         pictures.remove(old);
     QCursor::setPos(QGuiApplication::primaryScreen()->geometry().bottomRight());
-    m_window.show();
-    if (!QTest::qWaitForWindowExposed(&m_window))
-        throw TourFailure(QStringLiteral("the window doesn't show"));
-    fillScreen();
-}
-
-/// The window asks to be maximised. Where no window manager grants that, it is given the screen.
-void Tour::fillScreen()
-{
-    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
-    const bool isMaximised = QTest::qWaitFor(
-        [&] { return m_window.frameGeometry().width() >= screen.width(); }, kWindowManagerMs);
-    if (isMaximised)
-        return;
-    m_window.setGeometry(screen);
-    await(QStringLiteral("the window fills the screen"),
-          [&] { return m_window.width() == screen.width(); });
+    fillScreen(&m_window);
 }
 
 bool Tour::run(const QVector<Step> &steps)

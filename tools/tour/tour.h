@@ -14,7 +14,7 @@ class Tour
 {
 public:
     /// Pictures go into `folder` and bear `language` in their names.
-    Tour(const QString &podsim, const QString &folder, const QString &language);
+    Tour(const PodChoice &pod, const QString &folder, const QString &language);
 
     /// Tells and runs each step and takes its picture; false when one didn't come true.
     bool run(const QVector<Step> &steps);
@@ -64,7 +64,6 @@ private:
     QWidget *pageWidget();
     bool runStep(const Step &step);
     void tellFailure(const char *reason);
-    void fillScreen();
     QString label(const QString &name) const;
     QImage picture(Shown shown);
     void savePicture(const QString &name, Shown shown);
