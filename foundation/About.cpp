@@ -49,6 +49,7 @@ void About::styleChildren()
     setTitleBar(ui.widgetTop);
 
     fillLine(ui.lineEdit, "单位名称", "云台报文工作台项目组", kCompanyFont);
+    ui.lineEdit->setText(ui.lineEdit->text() + QLatin1String(" " NACELLE_VERSION));
     fillLine(ui.lineEdit_2, "网址", "nacellebench.example", kLineFont);
     fillLine(ui.lineEdit_4, "声明", "仅供台架测试使用，不得用于飞行操作。", kLineFont);
 

@@ -21,6 +21,10 @@ packages_for() {
         bench) echo libbenchmark-dev ;;
         fuzz) echo clang libclang-rt-dev ;;
         memcheck) echo valgrind ;;
+        windows) echo g++-mingw-w64-x86-64-posix libz-mingw-w64-dev libz-mingw-w64 zip nsis ;;
+        wine) echo wine wine64 unzip ;;
+        debian) echo debhelper help2man ;;
+        release) echo mmdebstrap lintian appstream desktop-file-utils bash-completion reuse ;;
         *)
             echo "install-deps: no such purpose: $1" >&2
             return 1

@@ -98,10 +98,11 @@ void tst_About::everyTextFits_data()
     QTest::addColumn<bool>("chinese");
     QTest::addColumn<QStringList>("texts");
     QTest::newRow("Chinese") << true
-                             << QStringList{"云台报文工作台项目组", "nacellebench.example",
+                             << QStringList{"云台报文工作台项目组 " NACELLE_VERSION,
+                                            "nacellebench.example",
                                             "仅供台架测试使用，不得用于飞行操作。"};
     QTest::newRow("English") << false
-                             << QStringList{"The Gimbal Frame Workbench project",
+                             << QStringList{"The Gimbal Frame Workbench project " NACELLE_VERSION,
                                             "nacellebench.example",
                                             "For bench testing only. Not for flight use."};
 }
