@@ -1,7 +1,7 @@
 ; The installer of a release for one user, without administrator's rights: the program writes beside
 ; itself, so that it lies in a folder of the user's own. scripts/package.sh gives VERSION, FOLDER (what
 ; is installed), FILES (the lines that take it away again) and OUTPUT.
-Unicode true
+Target amd64-unicode ; as the programs are
 SetCompressor /SOLID lzma
 SetDateSave off
 RequestExecutionLevel user

@@ -23,6 +23,7 @@ packages_for() {
         memcheck) echo valgrind ;;
         windows) echo g++-mingw-w64-x86-64-posix libz-mingw-w64-dev libz-mingw-w64 zip nsis ;;
         wine) echo wine wine64 unzip ;;
+        drive) echo imagemagick wmctrl ;;
         debian) echo debhelper help2man ;;
         release) echo mmdebstrap lintian appstream desktop-file-utils bash-completion reuse ;;
         *)

@@ -20,7 +20,9 @@ usage() {
 kind=$1
 shift
 kit=../shared/windows-kit.tar.xz
-qt= ffmpeg= vlc=
+qt=''
+ffmpeg=''
+vlc=''
 while [[ $# -gt 0 ]]; do
     [[ $kind == windows && $# -gt 1 ]] || usage
     case $1 in
@@ -77,6 +79,8 @@ package_windows() {
 
     local name=NacelleBench-$version-win64$standin
     install_into windows "$work/$name"
+    # Nine tenths of the compiler's runtime are for its debugger.
+    x86_64-w64-mingw32-strip --strip-debug "$work/$name"/lib*.dll
     finish windows "$work/$name"
     scripts/check-imports.sh "$work/$name"
 
@@ -86,9 +90,11 @@ package_windows() {
     # Files first, then the folders that they leave empty, the innermost first.
     (
         cd "$work/$name"
+        # shellcheck disable=SC2016 # $INSTDIR is the installer's
         find . -type f ! -name controlConfig.ncl -printf 'Delete "$INSTDIR\\%P"\n' | sort
+        # shellcheck disable=SC2016
         find . -mindepth 1 -type d -printf 'RMDir "$INSTDIR\\%P"\n' | sort --reverse
-    ) | tr / '\\' >"$work/uninstall.nsh"
+    ) | tr '/' "\\\\" >"$work/uninstall.nsh"
     makensis -V2 -NOCD -DVERSION="$version" -DHOLDERS="$(holders)" -DFOLDER="$work/$name" \
         -DFILES="$work/uninstall.nsh" -DOUTPUT="$packages/$name-setup.exe" packaging/installer.nsi
     echo "Made: $packages/$name.zip and $name-setup.exe"
@@ -96,7 +102,8 @@ package_windows() {
 
 package_tar() {
     scripts/install-deps.sh build fonts stream documents
-    local name=NacelleBench-$version-linux-$(uname -m)
+    local name
+    name=NacelleBench-$version-linux-$(uname -m)
     scripts/build.sh release nacelle_release
     install_into release "$work/$name"
     scripts/needed-packages.sh "$work/$name" | tr ',' '\n' | sed 's/^ *//' >"$work/$name/PACKAGES.txt"

@@ -1,0 +1,118 @@
+#!/usr/bin/env bash
+# Tries the packages for Windows under Wine as a new user would, on a virtual screen: the zip in a
+# folder with blanks and Chinese letters in its path, and the installer. Needs what
+# `scripts/package.sh windows` has made. Pictures are left in build/check-windows/pictures.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+# shellcheck source=scripts/release.sh
+. scripts/release.sh
+
+if [[ ${1:-} != inside ]]; then
+    scripts/install-deps.sh screen wine drive
+    scripts/build.sh release podsim
+    scripts/build.sh windows tour
+    exec scripts/virtual-screen.sh "$0" inside
+fi
+
+check=$PWD/build/check-windows
+rm -rf "$check"
+mkdir -p "$check/pictures" "$check/新 文件夹 (1)"
+# A Windows of its own, which knows no folder of a developer.
+export WINEPREFIX=$check/prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" PATH=/usr/bin:/bin
+unset WINEPATH
+pods=()
+clean_up() {
+    [[ ${#pods[@]} -eq 0 ]] || kill "${pods[@]}" 2>/dev/null || true
+    wineserver --kill || true
+}
+trap clean_up EXIT
+wineboot --init >"$check/wine.log" 2>&1
+
+fail() {
+    echo "check-windows: $1" >&2
+    exit 1
+}
+
+# await FILE: what a program that has ended leaves may come a moment later.
+await() { # TEST FILE
+    local limit=$((SECONDS + 60))
+    until test "$@"; do
+        [[ $SECONDS -lt $limit ]] || fail "in vain waited for: test $*"
+        sleep 0.2
+    done
+}
+
+echo "== the folder"
+# The newest of this version: with the stand-in, or not.
+zip=$(find build/packages -name "NacelleBench-$version-win64*.zip" -printf '%T@ %p\n' | sort -n | tail -n 1 | cut -d ' ' -f 2)
+[[ -n $zip ]] || fail "there is no zip; scripts/package.sh windows makes it"
+unzip -q "$zip" -d "$check/新 文件夹 (1)"
+folder=$(echo "$check/新 文件夹 (1)"/*)
+scripts/check-sbom.sh "$folder" sbom.spdx
+[[ -e $folder/GCU私有通信协议.pdf ]] || fail "the zip's names aren't in UTF-8"
+for program in $(programs_of own shared); do
+    [[ $program == NacelleBench || $(wine "$folder/$program.exe" --version) == "$program $version"* ]] ||
+        fail "$program is of another version"
+done
+
+# The tour comes from the build and isn't part of the package.
+tour=$check/tour
+cp -r "$folder" "$tour"
+cp build/windows/bin/tour.exe "$(sed -n 's/^NACELLE_QT_ROOT:PATH=//p' build/windows/CMakeCache.txt)/bin/Qt5Test.dll" "$tour"
+wine "$tour/tour.exe" --places | tr -d '\r' >"$check/places"
+
+echo "== the tour, against podsim.exe"
+wine "$tour/tour.exe" --without-video --language zh --out "$check/pictures/tour" | tail -n 1
+
+build/release/bin/podsim --tcp --udp --rtsp >"$check/pod.log" &
+pods+=($!)
+await -s "$check/pod.log"
+echo "== the tour with the video, against a pod on the Linux side"
+wine "$tour/tour.exe" --pod-log "$(winepath -w "$check/pod.log")" --language en --out "$check/pictures/tour" |
+    tail -n 1
+kill "${pods[0]}"
+wait "${pods[0]}" || true
+pods=()
+
+echo "== the program, against podsim.exe and a picture from the Linux side"
+wine "$folder/podsim.exe" --tcp --udp >"$check/pod-exe.log" &
+pods+=($!)
+build/release/bin/podsim --rtsp >"$check/pod.log" &
+pods+=($!)
+await -s "$check/pod-exe.log"
+export STREAM=rtsp://127.0.0.1:8554/pod
+drive() { # PARTS NAME FOLDER
+    scripts/drive-bench.sh "$1" "$check/places" "$check/pod-exe.log" "$check/pictures/$2" wine "$3/NacelleBench.exe"
+}
+language_of() {
+    wine "$1/nacelle-config.exe" show | tr -d '\r' | sed -n 's/^language: //p'
+}
+drive "links picture language" zip "$folder"
+[[ $(language_of "$folder") == en ]] || fail "the language isn't saved"
+
+echo "== without the engines"
+bare=$check/bare
+cp -r "$tour" "$bare"
+rm "$bare"/av*.dll
+drive black no-ffmpeg "$bare"
+wine "$bare/nacelle-config.exe" set engine libvlc >"$check/wine.log"
+drive black no-libvlc "$bare"
+
+echo "== the installer"
+wine "${zip%.zip}-setup.exe" /S
+installed=$(find "$WINEPREFIX/drive_c/users" -type d -path '*/Programs/NacelleBench')
+[[ -n $installed ]] || fail "nothing is installed"
+diff <(cd "$folder" && find . -type f | sort) \
+    <(cd "$installed" && find . -type f ! -name uninstall.exe | sort) || fail "other files are installed"
+shortcut() { find "$WINEPREFIX/drive_c/users" -name NacelleBench.lnk; }
+[[ -n $(shortcut) ]] || fail "the start menu hasn't got it"
+drive language installed "$installed"
+wine "${zip%.zip}-setup.exe" /S
+[[ $(language_of "$installed") == en ]] || fail "an upgrade loses the saved file"
+wine "$installed/uninstall.exe" /S
+await ! -e "$installed"
+[[ -z $(shortcut) ]] || fail "the start menu keeps it"
+if wine reg query 'HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\NacelleBench' >"$check/wine.log" 2>&1; then
+    fail "the registry keeps it"
+fi
+echo "The packages for Windows do what they should. Pictures: $check/pictures"
