@@ -62,6 +62,7 @@ Section "Uninstall"
     Delete "$INSTDIR\controlConfig.ncl"
 keep:
     Delete "$INSTDIR\uninstall.exe"
+    SetOutPath "$TEMP" ; a folder that a program works in cannot go
     RMDir "$INSTDIR"
     Delete "$SMPROGRAMS\NacelleBench.lnk"
     DeleteRegKey HKCU "${UNINSTALL_KEY}"
