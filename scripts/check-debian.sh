@@ -45,7 +45,7 @@ done
 
 echo "== a fresh Debian"
 # By the sources of this machine.
-mapfile -t sources < <(find /etc/apt/sources.list /etc/apt/sources.list.d -name '*.sources' -o -name '*.list' | sort)
+mapfile -t sources < <(find /etc/apt/sources.list* -name '*.sources' -o -name '*.list' | sort)
 # shellcheck disable=SC2016 # $1 is the hook's
 mmdebstrap --quiet --variant=minbase \
     --customize-hook="upload $package /tmp/nacellebench.deb" \
@@ -81,9 +81,8 @@ drive "links picture language" package "${user[@]}" nacellebench
 
 # The same letters as here, where the font is known to be there: boxes in their place would differ.
 drive "" here build/release/bin/NacelleBench
-differing=$(compare -metric AE -fuzz 20% \
-    <(convert "$check/pictures/package/start.png" -crop 480x50+0+20 +repage png:-) \
-    <(convert "$check/pictures/here/start.png" -crop 480x50+0+20 +repage png:-) null: 2>&1 || true)
+differing=$(compare -metric AE -fuzz 20% -extract 480x50+0+20 \
+    "$check/pictures/package/start.png" "$check/pictures/here/start.png" null: 2>&1 || true)
 [[ $differing -lt 200 ]] || fail "the letters differ from those here: $differing points"
 
 echo "== an upgrade"
@@ -99,7 +98,7 @@ chroot "$debian" dpkg -i /tmp/newer.deb >"$check/debian.log"
 "${user[@]}" nacelle-config show | grep -q '^language: en' || fail "an upgrade loses the saved file"
 [[ $(cat "$debian$own/ModelMap.ini") == changed:1,2,3 ]] || fail "an upgrade loses a changed text file"
 for file in nacelle-config LanguageMap.ini; do
-    [[ $(tail -n 1 "$debian$own/$file") == newer ]] || fail "an upgrade leaves the old $file"
+    [[ $(tail -c 6 "$debian$own/$file") == newer ]] || fail "an upgrade leaves the old $file"
 done
 
 echo "== the purge"

@@ -69,7 +69,9 @@ VLCWidget::VLCWidget(QWidget *parent)
 {
     // The rule is left open at its end, and stays so.
     setStyleSheet("QFrame{background-color:" + colourOf("player"));
-    // The surface has no such slot, and no periodic work: the timer runs for nobody.
+    // The surface has no such slot, and no periodic work: the timer runs for nobody. Its one effect
+    // is on Windows, where so short an interval keeps the system's clock at 1 ms, and the waits of
+    // the whole process exact, for as long as a surface lives.
     connect(m_timer, SIGNAL(timeout()), this, SLOT(slotTimeOut()));
     m_timer->start(kTimerMs);
     connect(this, &VLCWidget::refresh, this, &VLCWidget::refreshRtsp);

@@ -46,14 +46,33 @@ NACELLE_FOREIGN(kSwScale, sws_freeContext)
 NACELLE_FOREIGN(kSwScale, sws_getContext)
 NACELLE_FOREIGN(kSwScale, sws_scale)
 
+/// The releases of FFmpeg by the major version of its avformat.
+struct Release
+{
+    int avformat;
+    int ffmpeg;
+};
+constexpr Release kReleases[] = {{58, 4}, {59, 5}, {60, 6}, {61, 7}};
+
+/// The release whose headers this was built with, 0 for an unknown one.
+constexpr int builtWith()
+{
+    for (const Release &release : kReleases)
+        if (release.avformat == LIBAVFORMAT_VERSION_MAJOR)
+            return release.ffmpeg;
+    return 0;
+}
+static_assert(builtWith() != 0, "of another FFmpeg nobody knows whether what is here fits it");
+
 /// Whether all four libraries are there. Nothing else here may be called where they aren't.
 inline bool isThere()
 {
-    using Version = unsigned (*)();
-    return foreignFunction<Version>(kAvFormat, "avformat_version") &&
-           foreignFunction<Version>(kAvCodec, "avcodec_version") &&
-           foreignFunction<Version>(kAvUtil, "avutil_version") &&
-           foreignFunction<Version>(kSwScale, "swscale_version");
+    const bool isThere = canLoad(kAvFormat, "avformat_version") &&
+                         canLoad(kAvCodec, "avcodec_version") &&
+                         canLoad(kAvUtil, "avutil_version") && canLoad(kSwScale, "swscale_version");
+    if (!isThere)
+        qInfo("this build plays with FFmpeg %d", builtWith());
+    return isThere;
 }
 
 /// Older versions register their formats only when they are asked to.

@@ -14,17 +14,37 @@ struct ForeignLibrary
     int version;
 };
 
+/// The file that has to be there, without the ending that the system gives libraries.
+inline QString fileOf(const ForeignLibrary &library)
+{
+    const QString name = QString::fromLatin1(library.name);
+#ifdef Q_OS_WIN
+    return library.version ? QStringLiteral("%1-%2").arg(name).arg(library.version) : name;
+#else
+    return QStringLiteral("lib%1.so.%2").arg(name).arg(library.version);
+#endif
+}
+
 /// The function of that name, or null where the library or the function is missing.
 template <typename Function>
 Function foreignFunction(const ForeignLibrary &library, const char *name)
 {
-    const QString file = QString::fromLatin1(library.name);
 #ifdef Q_OS_WIN
-    const QString suffix = library.version ? QStringLiteral("-%1").arg(library.version) : QString();
-    return reinterpret_cast<Function>(QLibrary::resolve(file + suffix, name));
+    return reinterpret_cast<Function>(QLibrary::resolve(fileOf(library), name));
 #else
+    const QString file = QString::fromLatin1(library.name);
     return reinterpret_cast<Function>(QLibrary::resolve(file, library.version, name));
 #endif
+}
+
+/// Whether the library with that function can be loaded. Where it can't, the debug output says
+/// which file is wanted: no other version will do than that of the headers it was built with.
+inline bool canLoad(const ForeignLibrary &library, const char *function)
+{
+    if (foreignFunction<void (*)()>(library, function))
+        return true;
+    qInfo("no picture by this engine: %s can't be loaded", qPrintable(fileOf(library)));
+    return false;
 }
 
 /// Declares a function of the global namespace anew in the one around it; a call loads the library

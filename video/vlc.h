@@ -2,6 +2,10 @@
 
 #include "video/foreign.h"
 
+#ifdef Q_OS_WIN
+#include <QSettings>
+#endif
+
 #include <vlc/vlc.h>
 
 /// The functions of libVLC that are in use.
@@ -42,10 +46,24 @@ NACELLE_FOREIGN(kVlc, libvlc_video_set_mouse_input)
 NACELLE_FOREIGN(kVlc, libvlc_media_parse)
 #pragma GCC diagnostic pop
 
+/// Puts the folder that VLC's installer has noted at the end of the path: the library is looked for
+/// beside the program first, then in the path, then there. It finds its plugins beside itself.
+inline void addInstalledFolder()
+{
+#ifdef Q_OS_WIN
+    const QSettings installed(QStringLiteral("HKEY_LOCAL_MACHINE\\Software\\VideoLAN\\VLC"),
+                              QSettings::Registry64Format);
+    const QString folder = installed.value(QStringLiteral("InstallDir")).toString();
+    if (!folder.isEmpty())
+        qputenv("PATH", qgetenv("PATH") + ';' + folder.toLocal8Bit());
+#endif
+}
+
 /// Whether the library is there. Nothing else here may be called where it isn't.
 inline bool isThere()
 {
-    return foreignFunction<const char *(*)()>(kVlc, "libvlc_get_version") != nullptr;
+    static const bool isThere = (addInstalledFolder(), canLoad(kVlc, "libvlc_get_version"));
+    return isThere;
 }
 
 } // namespace vlc
