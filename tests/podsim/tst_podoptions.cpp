@@ -20,7 +20,9 @@ void TestPodOptions::portsMayBeLeftOut_data()
     QTest::newRow("--tcp 4000 --udp 0") << Numbers{4000, 0, -1};
     QTest::newRow("--tcp=4000 --udp=4001 --udp-reply=4002") << Numbers{4000, 4001, 4002};
     QTest::newRow("--udp --verbose --tcp --split 5") << Numbers{2332, 2337, -1};
+#ifndef Q_OS_WIN
     QTest::newRow("--pty pod") << Numbers{-1, -1, -1};
+#endif
 }
 
 void TestPodOptions::portsMayBeLeftOut()

@@ -9,10 +9,12 @@
 namespace {
 
 /// What the platforms themselves say: the offscreen one of what it lacks; that of X when it asks
-/// for the place of a frame that the window manager has just taken away from a closed window.
+/// for the place of a frame that the window manager has just taken away from a closed window; that
+/// of Windows of a size that the screen doesn't grant.
 constexpr const char *kPlatformNoise[] = {
     "This plugin does not support ",
     "QXcbConnection: XCB error: 3 (BadWindow)",
+    "setGeometry: Unable to set geometry ",
 };
 
 bool isPlatformNoise(const QByteArray &line)
