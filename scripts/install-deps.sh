@@ -15,7 +15,7 @@ packages_for() {
             gstreamer1.0-plugins-good gstreamer1.0-plugins-ugly ffmpeg ;;
         screen) echo xvfb xauth openbox xdotool ;;
         format) echo clang-format ;;
-        lint) echo clang-format clang-tidy cppcheck shellcheck ;;
+        lint) echo clang-format clang-tidy cppcheck shellcheck reuse ;;
         pictures) echo imagemagick ;;
         documents) echo pandoc weasyprint ;;
         bench) echo libbenchmark-dev ;;
@@ -25,7 +25,7 @@ packages_for() {
         wine) echo wine wine64 unzip ;;
         drive) echo imagemagick wmctrl ;;
         debian) echo debhelper help2man ;;
-        release) echo mmdebstrap lintian appstream desktop-file-utils bash-completion reuse ;;
+        release) echo mmdebstrap lintian appstream desktop-file-utils ;;
         *)
             echo "install-deps: no such purpose: $1" >&2
             return 1

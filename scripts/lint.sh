@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# clang-format, clang-tidy, cppcheck and shellcheck over all that is ours. Ends with 0 when there
-# are no findings.
+# clang-format, clang-tidy, cppcheck and shellcheck over all that is ours, and reuse on whose it is.
+# Ends with 0 when there are no findings.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -37,6 +37,9 @@ sources '*.cpp' |
 
 echo "== shellcheck"
 sources '*.sh' | xargs -0 shellcheck .ci/run || failed=1
+
+echo "== reuse"
+reuse lint --quiet || failed=1
 
 if [[ $failed -eq 0 ]]; then
     echo "No findings."
