@@ -10,7 +10,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 if [[ ${1:-} != inside ]]; then
     scripts/install-deps.sh screen wine drive
     scripts/build.sh release podsim
-    scripts/build.sh windows tour
+    scripts/build.sh windows tour novlc
     exec scripts/virtual-screen.sh "$0" inside
 fi
 
@@ -51,6 +51,7 @@ folder=$(echo "$check/新 文件夹 (1)"/*)
 scripts/check-sbom.sh "$folder" sbom.spdx
 [[ -e $folder/GCU私有通信协议.pdf ]] || fail "the zip's names aren't in UTF-8"
 for program in $(programs_of own shared); do
+    strings --encoding=l "$folder/$program.exe" | grep -qx "$version" || fail "$program.exe has no version to show"
     [[ $program == NacelleBench || $(wine "$folder/$program.exe" --version) == "$program $version"* ]] ||
         fail "$program is of another version"
 done
@@ -97,6 +98,14 @@ rm "$bare"/av*.dll
 drive black no-ffmpeg "$bare"
 wine "$bare/nacelle-config.exe" set engine libvlc >"$check/wine.log"
 drive black no-libvlc "$bare"
+
+echo "== libVLC where its installer puts it"
+vlc="$WINEPREFIX/drive_c/Program Files/VideoLAN/VLC"
+mkdir -p "$vlc"
+cp build/windows/tests/video/libvlc.dll "$vlc"
+wine reg add 'HKLM\Software\VideoLAN\VLC' /f /v InstallDir /d 'C:\Program Files\VideoLAN\VLC' >"$check/wine.log"
+WINEDEBUG=+loaddll drive black installed-vlc "$bare"
+grep -q 'VideoLAN.*libvlc.dll.*native' "$check/pictures/installed-vlc/program.log" || fail "libVLC isn't found"
 
 echo "== the installer"
 wine "${zip%.zip}-setup.exe" /S

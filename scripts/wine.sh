@@ -12,6 +12,6 @@ path=
 for library in libstdc++-6 libwinpthread-1 zlib1; do
     path+="Z:$(dirname "$(x86_64-w64-mingw32-g++-posix -print-file-name=$library.dll)");"
 done
-export WINEPATH="${path}Z:$(root_of QT)/bin;Z:$(root_of FFMPEG)/bin"
-export WINEPREFIX=$build/wine WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
+WINEPATH="${path}Z:$(root_of QT)/bin;Z:$(root_of FFMPEG)/bin"
+export WINEPATH WINEPREFIX=$build/wine WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
 exec wine "$@"

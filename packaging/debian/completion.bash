@@ -14,4 +14,4 @@ _nacellebench() {
     elif [[ $1 == nacelle-config ]]; then
         COMPREPLY=($(compgen -W "show set" -- "$cur"))
     fi
-} && complete -o default -F _nacellebench nacelle-config podsim
+} && complete -o default -F _nacellebench @TOOLS@

@@ -62,7 +62,8 @@ while read -r program _ text; do
         "$folder/$program" >"$man/$program.1"
     ln -s nacellebench "$completions/$program"
 done < <(grep -v '^#' packaging/programs)
-cp "$own/completion.bash" "$completions/nacellebench"
+tools=$(programs_of own shared | grep -v NacelleBench | paste -s -d ' ')
+sed "s/@TOOLS@/$tools/" "$own/completion.bash" >"$completions/nacellebench"
 
 (cd "$source" && NACELLE_RELEASE="$OLDPWD" dpkg-buildpackage --build=binary --no-sign --no-check-builddeps) \
     >"$work/debhelper.log" 2>&1 || {
