@@ -15,9 +15,10 @@ mkdir -p "$target/licenses"
 sed "s/^Copyright (c) .*/Copyright (c) $(holders)/" LICENSE >"$target/LICENSE.txt"
 
 take_text() {
+    local name=${1%/copyright}
     local file=/usr/share/common-licenses/$1
     [[ $1 != */* ]] || file=/usr/share/doc/$1
-    cp -L "$file" "$target/licenses/$(dirname "$1" | tr -d .)${1##*/}.txt"
+    cp -L "$file" "$target/licenses/$name.txt"
 }
 
 # What lies in the folder by one of the patterns, or what the system lends.

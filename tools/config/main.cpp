@@ -1,8 +1,8 @@
 #include "tools/commandline/commandline.h"
+#include "tools/commandline/speech.h"
 #include "tools/config/choices.h"
 #include "tools/config/configfile.h"
 #include "tools/config/describe.h"
-#include "tools/commandline/speech.h"
 
 #include <QCoreApplication>
 

@@ -58,10 +58,10 @@ int runBoth()
 {
     int worst = kExitDone;
     for (const char *language : {"zh", "en"}) {
-        const int code =
-            QProcess::execute(QCoreApplication::applicationFilePath(),
-                              QCoreApplication::arguments().mid(1) +
-                                  QStringList{QStringLiteral("--language"), QLatin1String(language)});
+        const int code = QProcess::execute(
+            QCoreApplication::applicationFilePath(),
+            QCoreApplication::arguments().mid(1) +
+                QStringList{QStringLiteral("--language"), QLatin1String(language)});
         if (code != 0)
             worst = kExitFailure;
     }

@@ -103,11 +103,10 @@ int PodRun::stop()
 quint16 PodRun::listeningPort(const QString &kind)
 {
     const QRegularExpression line(QStringLiteral("listening on %1 [0-9.]+:([0-9]+)").arg(kind));
-    await(QStringLiteral("the pod listens on ") + kind,
-          [&] {
-              return output().contains(line) ||
-                     (!m_log.isOpen() && m_process.state() == QProcess::NotRunning);
-          });
+    await(QStringLiteral("the pod listens on ") + kind, [&] {
+        return output().contains(line) ||
+               (!m_log.isOpen() && m_process.state() == QProcess::NotRunning);
+    });
     const QRegularExpressionMatch match = line.match(output());
     if (!match.hasMatch())
         throw TourFailure(QStringLiteral("the pod doesn't run: ") + m_output.trimmed());
