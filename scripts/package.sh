@@ -73,8 +73,15 @@ package_windows() {
     fi
     local standin=
     [[ ! -e $qt/../STANDIN ]] || standin=-standin
-    cmake --preset windows -DNACELLE_QT_ROOT="$qt" -DNACELLE_FFMPEG_ROOT="$ffmpeg" \
-        -DNACELLE_VLC_ROOT="$vlc" >"$work/configure.log"
+    # The linker sorts imports by the libraries' paths, and here these are relative to the build: the
+    # order is the same wherever the folders lie.
+    local roots=$PWD/build/windows/roots
+    mkdir -p "$roots"
+    ln -sfn "$qt" "$roots/qt"
+    ln -sfn "$ffmpeg" "$roots/ffmpeg"
+    ln -sfn "$vlc" "$roots/vlc"
+    cmake --preset windows -DNACELLE_QT_ROOT="$roots/qt" -DNACELLE_FFMPEG_ROOT="$roots/ffmpeg" \
+        -DNACELLE_VLC_ROOT="$roots/vlc" >"$work/configure.log"
     scripts/build.sh windows nacelle_release
 
     local name=NacelleBench-$version-win64$standin
