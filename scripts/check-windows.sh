@@ -62,15 +62,22 @@ cp -r "$folder" "$tour"
 cp build/windows/bin/tour.exe "$(sed -n 's/^NACELLE_QT_ROOT:PATH=//p' build/windows/CMakeCache.txt)/bin/Qt5Test.dll" "$tour"
 wine "$tour/tour.exe" --places | tr -d '\r' >"$check/places"
 
+run_tour() { # LANGUAGE ARGUMENT...
+    wine "$tour/tour.exe" --language "$@" --out "$check/pictures/tour" >"$check/tour-$1.log" 2>&1 || {
+        cat "$check/tour-$1.log" >&2
+        fail "the tour ends early"
+    }
+    grep 'came true' "$check/tour-$1.log"
+}
+
 echo "== the tour, against podsim.exe"
-wine "$tour/tour.exe" --without-video --language zh --out "$check/pictures/tour" | tail -n 1
+run_tour zh --without-video
 
 build/release/bin/podsim --tcp --udp --rtsp >"$check/pod.log" &
 pods+=($!)
 await -s "$check/pod.log"
 echo "== the tour with the video, against a pod on the Linux side"
-wine "$tour/tour.exe" --pod-log "$(winepath -w "$check/pod.log")" --language en --out "$check/pictures/tour" |
-    tail -n 1
+run_tour en --pod-log "$(winepath -w "$check/pod.log")"
 kill "${pods[0]}"
 wait "${pods[0]}" || true
 pods=()
