@@ -38,10 +38,19 @@ await() {
 }
 
 # The newest window of that title.
-window() {
+find_window() {
     xdotool search --onlyvisible --name "^($1)\$" 2>/dev/null | tail -n 1 | grep .
 }
-is_shown() { window "$1" >/dev/null; }
+is_shown() { find_window "$1" >/dev/null; }
+# A search fails when any other window goes meanwhile; one that is there is found again.
+window() {
+    local tries
+    for tries in {1..50}; do
+        find_window "$1" && return
+        sleep 0.1
+    done
+    give_up "the window $1 is there, at try $tries"
+}
 is_gone() { ! is_shown "$1"; }
 
 close_window() {
