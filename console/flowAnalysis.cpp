@@ -26,7 +26,7 @@ constexpr int kFullRate = 1500;
 
 constexpr Limit kHexByteLimit = matching("[0-9A-Fa-f]{1,2}");
 
-/// Labels and buttons that bear no command, and the keys of their texts.
+/// Labels and buttons that have no command, and the keys of their texts.
 constexpr Caption kCaptions[] = {
     {"pushButton_video", "视频"},
     {"label_103", "模拟载机数据"},
@@ -57,7 +57,7 @@ struct BaseSize
     const char *object;
     int width;
     int height;
-    int extra = 0; ///< pixels added behind the scaling
+    int extra = 0; ///< pixels added after the scaling
 };
 constexpr BaseSize kSizes[] = {
     {"widget_0", 0, 50},
@@ -96,7 +96,7 @@ constexpr BaseSize kSizes[] = {
     {"label_8", 100, 0},
 };
 
-/// Read-outs and fields whose caption isn't a label of their own: caption of the row, and of the
+/// Read-outs and fields whose caption isn't a separate label: caption of the row, and of the
 /// column where there is one.
 constexpr struct
 {
@@ -347,7 +347,7 @@ void flowAnalysis::start()
 }
 
 /// `running` is tested before the sleep and not after it: the emission that follows the end of a
-/// run tells the page about it. A stop and a new start within one sleep leave the old worker
+/// run lets the page know. A stop and a new start within one sleep leave the old worker
 /// running beside the new one until the next stop; that isn't guarded.
 void flowAnalysis::startWorker()
 {

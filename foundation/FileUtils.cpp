@@ -8,7 +8,8 @@ bool FileUtils::loadControlConfig()
 {
     QFile file(savedFilePath());
     SavedBlock block;
-    // A file that ends or breaks behind the control rows is taken all the same, which is meant.
+    // A file that ends or breaks after the control rows is taken all the same: saved files in the
+    // field have no key rows.
     if (!file.open(QIODevice::ReadOnly) || readBlock(file, block) == BlockState::Unusable)
         return false;
     takeBlock(block, *QGlobal::instance());

@@ -124,7 +124,8 @@ ControlRow keptRow(const ControlRow &read)
     ControlRow row;
     row.index = read.index;
     row.name = read.name;
-    // A row in state 1 without its fourth text is cleared, which is meant.
+    // A row in state 1 without its fourth text is cleared: saved files in the field mark a row so
+    // that was never filled in, and its other texts are leftovers.
     if (read.text4.isEmpty() && read.state == 1)
         return row;
     forEachField(kControlFields, [&](const auto &field) {

@@ -65,8 +65,9 @@ constexpr RowField<Row, T> dropped(const char *name, T Row::*member)
     return {name, member, false};
 }
 
-/// The settings in the file's order, one byte for a bool, four for a number. That the second and
-/// third flag stand before the first is meant. The two lists of rows follow them.
+/// The settings in the file's order, one byte for a bool, four for a number. The second and third
+/// flag stand before the first: saved files in the field have them so, and would be read with their
+/// flags exchanged otherwise. The two lists of rows follow them.
 inline constexpr std::tuple kSettingFields{
     setting("optionFlag2", &SavedBlock::optionFlag2, &QGlobal::optionFlag2),
     setting("optionFlag3", &SavedBlock::optionFlag3, &QGlobal::optionFlag3),
@@ -84,7 +85,8 @@ inline constexpr std::tuple kSettingFields{
     setting("dataFolder", &SavedBlock::dataFolder, &QGlobal::dataFolder),
 };
 
-/// The fields of a control row. That three of them come back as 0 is meant.
+/// The fields of a control row. Three of them come back as 0: what they hold belongs to the run
+/// that wrote them, and other readers of the file expect 0.
 inline constexpr std::tuple kControlFields{
     kept("index", &ControlRow::index),         kept("name", &ControlRow::name),
     kept("text2", &ControlRow::text2),         kept("text3", &ControlRow::text3),

@@ -17,8 +17,9 @@ namespace {
 
 constexpr quint8 kFillLightCode = 0x80;
 
-/// The items of the combo box. The external image tracking isn't offered, and the fourteenth item
-/// is the name of no command, so that it opens no row and gives no bytes; both are meant.
+/// The items of the combo box. The external image tracking isn't offered, since its miss distances
+/// come from a tracker and not from an operator. The fourteenth item is the name of no command, so
+/// that it opens no row and gives no bytes; operators count the list's items.
 constexpr const char *kItems[] = {
     "空命令",
     "吊舱校准",
@@ -70,7 +71,7 @@ constexpr Prompt kKk{"", "KK:", "1"};
 constexpr Prompt kTt{"", "TT:"};
 constexpr Prompt kTtDecimal{"", "TT（DEC）:"};
 constexpr Prompt kZoom{"", "ZZ ZZ（DEC）:"};
-constexpr Prompt kX0{"", "XO X0（DEC）:"}; // the letter O is meant
+constexpr Prompt kX0{"", "XO X0（DEC）:"}; // the letter O: operators know the caption so
 constexpr Prompt kY0{"", "Y0 Y0（DEC）:"};
 constexpr Prompt kX1{"", "X1 X1（DEC）:"};
 constexpr Prompt kY1{"", "Y1 Y1（DEC）:"};

@@ -27,7 +27,7 @@ constexpr int kSmallestGcuFrame = 71;
 constexpr int kNameColumn = 162;
 constexpr int kNameColumnGrowth = 20;
 constexpr int kLongFrame = 4096; ///< bytes, whose text fills the frame's box many times over
-constexpr int kLongWord = 1000;  ///< characters, of which a word in a line of its own has far fewer
+constexpr int kLongWord = 1000;  ///< characters; a word that fits a line has far fewer
 
 // The empty command as it stands: unlike a frame built from the form its byte 37 is zero.
 const char *const kEmptyCommand =

@@ -89,7 +89,7 @@ struct BytePair
     quint8 Record::*second;
 };
 
-/// Where a typed record keeps a field; nothing where the record has a rule of its own.
+/// Where a typed record keeps a field; nothing where the record has another rule.
 template <typename Record>
 using Member = std::variant<std::monostate, BytePair<Record>, quint8 Record::*, qint16 Record::*,
                             quint16 Record::*, qint32 Record::*, quint32 Record::*,

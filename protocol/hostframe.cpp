@@ -22,7 +22,7 @@ constexpr std::array<qint32 HostFrame::*, 3> kLongs = {&HostFrame::long0, &HostF
                                                        &HostFrame::long2};
 
 /// Calls `visit(offset, member)` for each element of a command's payload in wire order. A byte
-/// that follows a word has no param of its own: it takes the next word's place.
+/// that follows a word has no separate param: it takes the next word's place.
 template <typename Visitor>
 void walkPayload(const CommandRow &row, Visitor visit)
 {

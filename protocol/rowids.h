@@ -23,7 +23,7 @@ constexpr const char *idOf(const Row &row)
     return row.id;
 }
 
-/// True when each of the first `count` rows has an id of its own.
+/// True when each of the first `count` rows has an id that no other has.
 template <typename Rows>
 constexpr bool idsAreDistinct(const Rows &rows, std::size_t count)
 {

@@ -55,7 +55,7 @@ QString pageName()
     return QStringLiteral("CurrentPage");
 }
 
-/// All widgets below `host` that bear the page's name, last first.
+/// All widgets below `host` that have the page's name, last first.
 template <typename T>
 QList<T *> pagesIn(QWidget *host)
 {
@@ -197,7 +197,8 @@ void NacelleBench::buildMenu()
     protocolAction = menu->addAction(QString(), this, &NacelleBench::protocol);
     aboutAction = new QAction(this);
     connect(aboutAction, &QAction::triggered, this, &NacelleBench::about);
-    // The entry needs a language file that names a version with a 1 in it, and is meant to.
+    // The entry needs a language file that names a version with a 1 in it: a delivery hides the box
+    // by leaving that line out.
     if (QGlobal::instance()->firstLanguageText(QStringLiteral("版本1")).contains('1')) {
         menu->addSeparator();
         menu->addAction(aboutAction);
@@ -414,7 +415,8 @@ void NacelleBench::CreateTCP(QString ip, int port1, int, bool isFrist)
     connect(link, &QMyTcpSocket::signals_ConnectFail, this, &NacelleBench::ConnectFail);
     connect(link, &QMyTcpSocket::signals_ConnectSuccess, this, &NacelleBench::ConnectSuccess);
     // This window has no such slot, so that a lost connection is never made again by itself: the
-    // operator presses the connect button. It is meant to stay so.
+    // operator presses the connect button. A link that came back unasked would send a running
+    // console's commands to a pod that has just been started.
     connect(link, SIGNAL(signals_CreateMyTcpSocket(QString, int, bool)), this,
             SLOT(CreateTCP(QString, int, bool)));
     link->createSocket(ip, port1, isFrist);
@@ -456,7 +458,8 @@ void NacelleBench::CreateSerialPort(QString portName, int baudRate, int dataBits
         return;
     }
     connect(serialPort, &QSerialPort::readyRead, this, &NacelleBench::receive);
-    // This window has no such slot: errors of an open port go unnoticed, and are meant to.
+    // This window has no such slot, so that errors of an open port go unnoticed: a cable that is
+    // pulled and put back would otherwise stop a run with a box on the screen.
     connect(serialPort, SIGNAL(errorOccurred(QSerialPort::SerialPortError)), this,
             SLOT(SerialErrorOccurred(QSerialPort::SerialPortError)));
     restAfterErrors(serialPort);

@@ -14,7 +14,7 @@ constexpr char kHeader0 = '\xA8';
 constexpr char kHeader1 = '\xE5';
 constexpr int kHeadSize = 4; // header and length field
 
-/// Position of the next header at or behind `from`, or of a last byte that may begin one.
+/// Position of the next header at or after `from`, or of a last byte that may begin one.
 int headerPosition(const QByteArray &bytes, int from)
 {
     for (int i = bytes.indexOf(kHeader0, from); i >= 0; i = bytes.indexOf(kHeader0, i + 1))

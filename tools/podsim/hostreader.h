@@ -15,7 +15,7 @@ struct ReaderEvent
     enum Kind {
         Frame,       ///< a whole frame with the right checksum, in `frame`
         BadChecksum, ///< `size` bytes whose checksum reads `found` instead of `expected`
-        BadLength,   ///< a header whose length field tells `size`
+        BadLength,   ///< a header whose length field says `size`
         Noise,       ///< `size` bytes that belong to no frame
     };
     Kind kind = Frame;
@@ -26,16 +26,16 @@ struct ReaderEvent
 };
 
 /// Searches a stream for host frames, in pieces of any size. One per connection; plain data, used
-/// by the thread of its owner. After a broken frame the search goes on at the byte behind its
+/// by the thread of its owner. After a broken frame the search goes on at the byte after its
 /// first one; what is passed over then, up to the next header, counts as part of the broken frame
 /// and not as noise. Never holds more than one frame's bytes between two calls.
 class HostReader
 {
 public:
-    /// Takes the next bytes of the stream and tells what was found, in order.
+    /// Takes the next bytes of the stream and returns what was found, in order.
     QVector<ReaderEvent> take(const QByteArray &chunk);
 
-    /// Bytes of noise that no event has told yet; the next event for noise starts from 0.
+    /// Bytes of noise that no event has reported yet; the next event for noise starts from 0.
     int takeNoise();
 
     /// Bytes of an unfinished frame, and the length that it announces or 0 if that is not in yet.

@@ -127,7 +127,7 @@ GstBuffer *PictureFeed::draw(const QSize &size)
 
 /// Each source gets a copy with the same pixels, since it puts its own time on it.
 /// A pipeline that is on its way to playing has a clock before it has a time to count from: a
-/// picture that it takes meanwhile would be due in hours, and hold up all behind it.
+/// picture that it takes meanwhile would be due in hours, and hold up all after it.
 void PictureFeed::push(const QSize &size, GstBuffer *picture)
 {
     if (m_isFrozen)

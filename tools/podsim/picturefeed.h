@@ -23,7 +23,7 @@ struct ObjectUnref
 template <typename T>
 using ObjectPtr = std::unique_ptr<T, ObjectUnref>;
 
-/// Draws 30 pictures a second in a thread of its own, while there is somebody to take them, and
+/// Draws 30 pictures a second in a separate thread, while there is somebody to take them, and
 /// hands them to the sources of the pipelines, with a tone of mu-law at 8 kHz for those that want
 /// sound. Everything else may be called from any thread.
 class PictureFeed

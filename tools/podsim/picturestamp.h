@@ -6,14 +6,14 @@
 
 namespace podsim {
 
-/// What a picture tells of itself: when it was sent and which one it is.
+/// What a picture shows of itself: when it was sent and which one it is.
 struct PictureStamp
 {
     quint32 milliseconds = 0; ///< low 32 bits of the system clock's milliseconds since 1970
     quint32 number = 0;
 };
 
-/// The system clock as a stamp tells it. A difference of two is right across its overflow too.
+/// The system clock as a stamp holds it. A difference of two is right across its overflow too.
 quint32 stampClock();
 
 /// Writes the stamp as two rows of 40 black and white blocks along the lower edge: 32 bits of time,

@@ -50,7 +50,7 @@ struct HostFrame
 /// Reads a whole, tested frame of at least 72 bytes.
 HostFrame decodeHostFrame(const QByteArray &frame);
 
-/// What the pod tells in a GCU frame, in wire units: hundredths of a degree, tenths of a degree a
+/// What the pod reports in a GCU frame, in wire units: hundredths of a degree, tenths of a degree a
 /// second, tenths of a metre, 1e-7 degrees, millimetres, tenths of a zoom ratio.
 struct GcuReport
 {

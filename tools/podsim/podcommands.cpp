@@ -22,7 +22,7 @@ struct Param
 constexpr std::size_t kMaxParams = 6;
 using Values = std::array<int, kMaxParams>;
 
-/// A command: either a function that does it and tells whether it could, or a field of the state
+/// A command: either a function that does it and returns whether it could, or a field of the state
 /// that takes the value of parameter `source`.
 struct CommandRow
 {

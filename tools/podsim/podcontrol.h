@@ -10,7 +10,7 @@ namespace podsim {
 
 class PodStream;
 
-/// Takes the lines of standard input that disturb the stream, and tells each that was carried out.
+/// Takes the lines of standard input that disturb the stream, and reports each one done.
 /// Lives in the main thread; stream and log outlive it.
 class PodControl : public QObject
 {

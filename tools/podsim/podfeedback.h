@@ -25,7 +25,7 @@ struct PodAnswer
 ///
 /// A host repeats a command in every frame until it sees an answer. So a frame with the same
 /// command area as the one before, within 200 ms, is the same command: it is answered again but
-/// not carried out again. A command that is still being carried out is told in the answers to idle
+/// not carried out again. A command that is still being carried out is named in the answers to idle
 /// frames too; the next command takes its place.
 class PodFeedback
 {

@@ -11,7 +11,7 @@ class QSocketNotifier;
 namespace podsim {
 
 /// A pseudo-terminal in raw mode, with a symbolic link to its other end. The other end may be
-/// opened and closed any number of times. The system tells of no opening: while the other end is
+/// opened and closed any number of times. The system announces no opening: while the other end is
 /// closed it is asked for ten times a second, and nothing is read.
 class PodLinkPty : public PodLink
 {

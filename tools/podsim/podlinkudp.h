@@ -11,7 +11,7 @@ namespace podsim {
 /// Address and port as one text.
 QString endpoint(const QHostAddress &address, quint16 port);
 
-/// Takes datagrams; each sender, by address and port, is a host of its own. Of more than 16 the
+/// Takes datagrams; each sender, by address and port, is a separate host. Of more than 16 the
 /// one that has been quiet the longest is forgotten. Answers go to one port of the sender's
 /// address, whatever port it sent from.
 class PodLinkUdp : public PodLink

@@ -25,7 +25,7 @@ enum class PodMode : quint8 {
 const char *modeName(int code);
 
 /// The gimbal: where the camera looks, seen from the carrier and from the ground, and how it gets
-/// there. Plain data without a clock; its owner tells how much time has passed.
+/// there. Plain data without a clock; its owner says how much time has passed.
 ///
 /// Control inputs count while they are flagged as valid. They are angles in hundredths of a degree
 /// in the modes angle control and FPV (relative to the carrier) and Euler control (relative to

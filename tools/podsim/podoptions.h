@@ -33,7 +33,7 @@ struct StreamOptions
     std::optional<quint16> port; ///< of the RTSP server; without it there is no stream
     QSize size{1280, 720};
     bool hasSound = false;
-    bool hasStamp = false; ///< pictures bear their time and number, as `picturestamp.h` tells
+    bool hasStamp = false; ///< pictures show their time and number, as in `picturestamp.h`
     bool hasControl = false;
 };
 

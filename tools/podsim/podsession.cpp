@@ -11,7 +11,7 @@ namespace {
 
 constexpr qint64 kMostUnsent = 1024 * 1024; // bytes
 constexpr int kMostWaiting = 20000;         // pieces
-constexpr int kQuietMs = 500; // after which half a frame and noise at the end are told
+constexpr int kQuietMs = 500; // after which half a frame and noise at the end are reported
 
 QString hexadecimal(int value)
 {

@@ -50,7 +50,7 @@ struct PodState
     /// Camera 1: daylight, 60 degrees, zoom to 30. Camera 2: thermal, 40 degrees, zoom to 8.
     std::array<PodCamera, 2> cameras{{{1.0, 30.0, 60.0, 0}, {1.0, 8.0, 40.0, 0}}};
     std::optional<std::size_t> target; ///< the object of the scene that tracking follows
-    /// Miss distances told from outside, right and down of the centre in pick units.
+    /// Miss distances given from outside, right and down of the centre in pick units.
     bool externalTracking = false;
     int externalRight = 0;
     int externalDown = 0;
@@ -91,7 +91,7 @@ struct PodState
     std::size_t mainCamera() const;
     /// North, east and down of the point at x, y of the picture; its middle is the line of sight.
     Vector lineOfSight(double x = kPickCentre, double y = kPickCentre) const;
-    /// Where a direction in ground axes is seen by a camera, as `PodCamera::pointOf` tells it.
+    /// Where a direction in ground axes is seen by a camera, as `PodCamera::pointOf` gives it.
     std::optional<std::array<double, 2>> seenAt(const Vector &direction, std::size_t camera) const;
     /// Degrees Celsius of the hottest object that a box of the picture touches, or of sky or ground
     /// behind its middle.

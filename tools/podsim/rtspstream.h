@@ -8,7 +8,7 @@
 namespace podsim {
 
 /// The stream by RTSP, in H.264, with a sound track where the options want one. All clients get
-/// the same pictures. The server runs in a thread of its own; each pipeline has more, which are the
+/// the same pictures. The server runs in a separate thread; each pipeline has more, which are the
 /// library's and end with its last client.
 class RtspStream final : public PodStream
 {

@@ -19,7 +19,7 @@ extern "C" void passOn(int)
     const int saved = errno;
     const char byte = 0;
     const ssize_t written = write(stopPipe[1], &byte, 1);
-    static_cast<void>(written); // a full pipe tells as much
+    static_cast<void>(written); // a full pipe says as much
     errno = saved;
 }
 

@@ -14,7 +14,7 @@ void startRun(Tour &tour);
 /// Ends a run and waits until no more frames go out.
 void stopRun(Tour &tour);
 
-/// Presses a command button in a run; the pod tells `command` and its answer clears the selection.
+/// Presses a command button in a run; the pod prints `command` and its answer clears the selection.
 void giveCommand(Tour &tour, const char *button, const char *command);
 /// Presses a mode button in a run until the pod reports the mode.
 void enterMode(Tour &tour, const char *button, const char *command);

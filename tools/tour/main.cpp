@@ -53,7 +53,7 @@ Options readOptions(const QCommandLineParser &parser)
 }
 
 /// The window takes its language when it is made and the tables are there once a process: each
-/// language has a process of its own.
+/// language has a separate process.
 int runBoth()
 {
     int worst = kExitDone;

@@ -146,7 +146,7 @@ QStringList documents()
                                             : QStringLiteral("GCUPrivateProtocol.pdf")};
 }
 
-/// Asks for both documents; tells which ones the desktop is given.
+/// Asks for both documents; returns which ones the desktop is given.
 QStringList askForDocuments(Tour &tour)
 {
     Desktop desktop;

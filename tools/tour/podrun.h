@@ -30,7 +30,7 @@ public:
     /// The local port that its datagrams come to.
     quint16 replyPort() const { return m_replyPort; }
 
-    /// All that it has told so far.
+    /// All that it has printed so far.
     const QString &output();
 
     /// Asks the process to end, and waits for that; its exit code.

@@ -4,12 +4,12 @@
 
 class Tour;
 
-/// What the picture behind a step shows.
+/// What the picture after a step shows.
 enum class Shown { Screen, MainWindow, VideoWindow };
 
-/// One step of the tour: what it is called, what it tells, and what it does. `run` acts as the
+/// One step of the tour: what it is called, what it prints, and what it does. `run` acts as the
 /// operator does and returns when all that the step claims has come true; else it throws a
-/// `TourFailure`. A picture is taken behind each step.
+/// `TourFailure`. A picture is taken after each step.
 struct Step
 {
     const char *name; ///< part of the picture's file name

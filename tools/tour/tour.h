@@ -9,14 +9,14 @@
 #include <QString>
 
 /// The real main window beside a simulated pod, and what a step needs to drive and read them. Made
-/// on the main thread, behind the choice of the language.
+/// on the main thread, after the choice of the language.
 class Tour
 {
 public:
-    /// Pictures go into `folder` and bear `language` in their names.
+    /// Pictures go into `folder` and have `language` in their names.
     Tour(const PodChoice &pod, const QString &folder, const QString &language);
 
-    /// Tells and runs each step and takes its picture; false when one didn't come true.
+    /// Prints and runs each step and takes its picture; false when one didn't come true.
     bool run(const QVector<Step> &steps);
 
     PodRun &pod() { return m_pod; }
@@ -46,11 +46,11 @@ public:
     void expectNotice(const char *key);
     void closeNotice();
 
-    /// Waits until the pod tells `text` once more than it had told when `mark` was asked for.
+    /// Waits until the pod prints `text` once more than it had when `mark` was asked for.
     int podMark(const QString &text) { return m_pod.output().count(text); }
     void awaitPod(const QString &text, int mark);
 
-    /// One more picture of the step that runs: `what` stands behind the step's name.
+    /// One more picture of the step that runs: `what` stands after the step's name.
     void takePicture(const char *what, Shown shown);
 
     /// Entries of the traffic log in one direction ("发" or "收"), oldest first, in hexadecimal.

@@ -122,7 +122,7 @@ void pickBox(Tour &tour, const QPoint &from, const QPoint &to)
 }
 
 /// Presses a button of the window; a frame goes out whose command begins with `digits` and has
-/// that many of the read-outs behind them, and the pod takes it.
+/// that many of the read-outs after them, and the pod takes it.
 void command(Tour &tour, const char *button, QString digits, int values)
 {
     const char *const labels[] = {"label_X0", "label_Y0", "label_X1", "label_Y1"};
