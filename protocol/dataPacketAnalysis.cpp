@@ -192,9 +192,13 @@ void dataPacketAnalysis::setHistoryView(int view)
 
 void dataPacketAnalysis::showReceivedFrame(const QByteArray &frame)
 {
-    // A text that needs the bar anyhow would be laid out thrice if the bar came by itself.
-    ui.textEdit_Rev->setVerticalScrollBarPolicy(frame.size() > kLongFrame ? Qt::ScrollBarAlwaysOn
-                                                                          : Qt::ScrollBarAsNeeded);
+    // A text that needs the bar anyhow would be laid out thrice if the bar came by itself. The
+    // text that was there isn't laid out for a width that is about to change.
+    const auto policy = frame.size() > kLongFrame ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAsNeeded;
+    if (policy != ui.textEdit_Rev->verticalScrollBarPolicy()) {
+        ui.textEdit_Rev->clear();
+        ui.textEdit_Rev->setVerticalScrollBarPolicy(policy);
+    }
     ui.textEdit_Rev->setPlainText(toHexText(frame));
     showGcuFrame(frame);
 }

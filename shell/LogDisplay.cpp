@@ -92,8 +92,9 @@ void LogDisplay::append(const QString &text)
     if (!isAtEnd) {
         settle();
         moveCursor(QTextCursor::End);
-    } else if (!m_lastSettle.isValid() || m_lastSettle.hasExpired(kFollowMs)) {
-        settle();
+    } else if (!m_lastSettle.isValid() || m_lastSettle.hasExpired(kFollowMs) ||
+               text.size() > kLongBlock) {
+        settle(); // a long one at once, so that the window isn't held by two
     } else if (!m_turn.isActive()) {
         m_turn.start(int(kFollowMs - m_lastSettle.elapsed()));
     }

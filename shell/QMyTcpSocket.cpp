@@ -9,7 +9,6 @@
 #include <QNetworkSession>
 #include <QSharedPointer>
 #include <QTcpSocket>
-#include <QTimer>
 #include <QtConcurrent>
 
 namespace {
@@ -35,6 +34,9 @@ void QMyTcpSocket::createSocket(const QString &ip, int port, bool isFrist)
     m_ip = ip;
     m_port = port;
     m_isFrist = isFrist;
+    // A timer even at once: a posted call would come in the same turn of the loop, before it.
+    m_rest.setSingleShot(true);
+    connect(&m_rest, &QTimer::timeout, this, &QMyTcpSocket::endRest);
     m_socket = new QTcpSocket(this);
     m_socket->setReadBufferSize(kReadSize);
     limitConnectTime();
@@ -68,21 +70,20 @@ void QMyTcpSocket::onConnected()
 
 void QMyTcpSocket::onReadyRead()
 {
-    if (m_isResting)
+    if (m_rest.isActive())
         return;
     const QString address = m_socket->peerAddress().toString();
     const QByteArray chunk = m_socket->readAll();
-    if (chunk.size() > kFloodChunk) {
-        m_isResting = true;
-        QTimer::singleShot(0, this, &QMyTcpSocket::endRest);
-    }
     emit signals_ReceiveTcpData(chunk, address, 1);
+    // After it, so that other timers that have become due come first.
+    if (chunk.size() > kFloodChunk)
+        m_rest.start();
 }
 
 /// Takes what came in the meantime, of which the socket won't speak again.
 void QMyTcpSocket::endRest()
 {
-    m_isResting = false;
+    m_rest.stop();
     if (m_socket->bytesAvailable() > 0)
         onReadyRead();
 }

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QObject>
 #include <QString>
+#include <QTimer>
 
 class QTcpSocket;
 
@@ -37,8 +38,8 @@ private:
 
     QString m_ip;
     int m_port = 0;
-    bool m_isFrist = true;    ///< until the connection came up for the first time
-    bool m_handled = false;   ///< the loss of this socket was acted upon
-    bool m_isResting = false; ///< after a large chunk, until the loop comes round
+    bool m_isFrist = true;  ///< until the connection came up for the first time
+    bool m_handled = false; ///< the loss of this socket was acted upon
+    QTimer m_rest;          ///< after a large chunk, until the loop comes round
     QTcpSocket *m_socket = nullptr;
 };
