@@ -17,6 +17,8 @@
 
 #include <QKeyEvent>
 #include <QRegularExpression>
+#include <QTextBlock>
+#include <QTextLayout>
 
 namespace {
 
@@ -77,6 +79,35 @@ void keepLongWordsQuick(QTextEdit *box)
         box->setWordWrapMode(isLong ? QTextOption::WrapAnywhere
                                     : QTextOption::WrapAtWordBoundaryOrAnywhere);
     });
+}
+
+/// The text that was there goes first, so that it isn't laid out for another width.
+void setBar(QTextEdit *box, Qt::ScrollBarPolicy policy)
+{
+    if (policy == box->verticalScrollBarPolicy())
+        return;
+    box->clear();
+    box->setVerticalScrollBarPolicy(policy);
+}
+
+void showShortText(QTextEdit *box, const QString &text)
+{
+    setBar(box, Qt::ScrollBarAsNeeded);
+    box->setPlainText(text);
+}
+
+/// A text of up to 400,000 characters is laid out once: not again for a bar that comes by itself,
+/// nor for the cursor and each painting, as the toolkit does with what it doesn't keep.
+void showLongText(QTextEdit *box, const QString &text)
+{
+    setBar(box, Qt::ScrollBarAlwaysOn);
+    QTextDocument *document = box->document();
+    document->setUndoRedoEnabled(false);
+    box->clear();
+    document->firstBlock().layout()->setCacheEnabled(true);
+    QTextCursor(document).insertText(text);
+    box->moveCursor(QTextCursor::Start);
+    document->setUndoRedoEnabled(true);
 }
 
 /// Why a pasted text is no frame with this header, or null. The length is tested last, after the
@@ -192,14 +223,10 @@ void dataPacketAnalysis::setHistoryView(int view)
 
 void dataPacketAnalysis::showReceivedFrame(const QByteArray &frame)
 {
-    // A text that needs the bar anyhow would be laid out thrice if the bar came by itself. The
-    // text that was there isn't laid out for a width that is about to change.
-    const auto policy = frame.size() > kLongFrame ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAsNeeded;
-    if (policy != ui.textEdit_Rev->verticalScrollBarPolicy()) {
-        ui.textEdit_Rev->clear();
-        ui.textEdit_Rev->setVerticalScrollBarPolicy(policy);
-    }
-    ui.textEdit_Rev->setPlainText(toHexText(frame));
+    if (frame.size() > kLongFrame)
+        showLongText(ui.textEdit_Rev, toHexText(frame));
+    else
+        showShortText(ui.textEdit_Rev, toHexText(frame));
     showGcuFrame(frame);
 }
 

@@ -39,6 +39,7 @@ private slots:
     void sendsTheTextNotTheForm();
     void longWordsArePastedQuickly_data();
     void longWordsArePastedQuickly();
+    void receivedFramesOfAnySize();
     void sendNull();
     void returnPassesThroughTheWire_data();
     void returnPassesThroughTheWire();
@@ -128,6 +129,18 @@ void tst_dataPacketAnalysis::longWordsArePastedQuickly()
     QCOMPARE(box->wordWrapMode() == QTextOption::WrapAnywhere, isLong);
     QTest::keyClick(box, Qt::Key_Z, Qt::ControlModifier);
     QCOMPARE(box->wordWrapMode(), QTextOption::WrapAtWordBoundaryOrAnywhere);
+}
+
+/// Long texts go another way into the box, and nothing of it stays with the next one.
+void tst_dataPacketAnalysis::receivedFramesOfAnySize()
+{
+    const auto *box = m_bench->find<QTextEdit>("textEdit_Rev");
+    for (const int size : {73, 65507, 4097, 73, 0, 4096}) {
+        (*m_bench)->receiveData(QByteArray::fromHex("8A5E00FF") + QByteArray(size, '\xA5'), {});
+        QCOMPARE(box->toPlainText(), "8A 5E 00 FF " + QString("A5 ").repeated(size));
+        QCOMPARE(box->textCursor().position(), 0);
+        QVERIFY(!box->document()->isUndoAvailable());
+    }
 }
 
 void tst_dataPacketAnalysis::sendNull()
