@@ -271,6 +271,7 @@ void tst_flowAnalysis::carrierBlock_data()
     row("s_9=x", 28, "0000");
     row("s_10=-122.5", 38, "c0fbfbb6");
     row("s_11=120", 42, "008c8647");
+    row("s_11=300", 42, "005ed0b2"); // 3,000,000,000, of which the low 32 bits go out
     row("s_12=41.1239", 46, "a3a00000");
     row("s_13=300", 50, "2c");
     row("s_14=4294967295", 51, "ffffffff");

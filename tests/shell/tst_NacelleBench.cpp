@@ -156,6 +156,9 @@ void tst_NacelleBench::receivedFrameReachesThePacketPage()
     QCOMPARE(m_bench->find<QLineEdit>("lineEdit73_2")->text(), QStringLiteral("300"));
     QVERIFY(m_bench->find<QTextEdit>("textEdit_Rev")->toPlainText().startsWith("8A 5E 49 00 "));
     QCOMPARE(m_bench->find<QLabel>("label313_2")->text(), QStringLiteral("不通过"));
+    // A length below 71 leaves nothing for the feedback, whatever stands there.
+    (*m_bench)->receiveData(gcuFrame(300).replace(2, 2, "\xFF\xFF"), QString());
+    QCOMPARE(m_bench->find<QLabel>("label304_2")->text(), QString());
 }
 
 void tst_NacelleBench::receivedFrameReachesTheConsole()
@@ -310,9 +313,13 @@ void tst_NacelleBench::typedTextShiftsSelections()
     QVERIFY(m_bench->selection().endsWith(QStringLiteral("5678abc")));
 }
 
+/// Whatever other window is open.
 void tst_NacelleBench::closingEndsTheLoop()
 {
+    QWidget other;
+    other.show();
     QTimer::singleShot(0, m_bench->window(), &QWidget::close);
+    QTimer::singleShot(20000, &other, [] { QApplication::exit(1); });
     QCOMPARE(QApplication::exec(), 0);
 }
 

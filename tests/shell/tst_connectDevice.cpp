@@ -173,6 +173,7 @@ void tst_connectDevice::tabStopsAreSeen()
         console->findChild<QWidget *>(mode ? "lineEdit_s_1" : "horizontalSlider1")->setFocus();
         console->setPodMode(qint8(mode));
         QCoreApplication::processEvents();
+        QVERIFY(mode || hasNoKeyboard(folding.last()));
         links()->setFocus();
         int seen = 0;
         do {

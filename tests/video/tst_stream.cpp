@@ -148,7 +148,7 @@ void tst_stream::sizeChangesInFlight()
     startPod({"--control"});
     play();
     QTRY_VERIFY_WITH_TIMEOUT(isPlaying(), kWaitMs);
-    for (const char *size : {"640x360", "1920x1080", "322x182"}) {
+    for (const char *size : {"640x360", "480x360", "1920x1080", "322x182"}) {
         m_pod->write(QStringLiteral("size ") + size);
         QTest::qWait(500);
         const QImage before = picture();

@@ -205,7 +205,10 @@ void tst_videoFrom::lifeOfTheWindow()
     QCOMPARE(first->windowTitle(), QString("视频"));
     QCOMPARE(first->size(), QSize(1165, 587));
     m_bench->press("pushButton_Switch");
+    m_bench->window()->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_bench->window()));
     m_bench->click("pushButton_video");
+    QVERIFY(QTest::qWaitForWindowActive(first));
     QCOMPARE(m_bench->video(), first.data());
 
     const auto enabled = [&](const char *name) { return m_bench->part(name)->isEnabled(); };
