@@ -29,6 +29,23 @@ void layFile(const QByteArray &bytes)
         qFatal("cannot write the saved file");
 }
 
+void forgetRows()
+{
+    QGlobal *global = QGlobal::instance();
+    qDeleteAll(global->controlRows);
+    qDeleteAll(global->keyRows);
+    global->controlRows.clear();
+    global->keyRows.clear();
+}
+
+/// As the program does it once, at its start.
+bool load(const QByteArray &file)
+{
+    forgetRows();
+    layFile(file);
+    return FileUtils().loadControlConfig();
+}
+
 QByteArray savedFile()
 {
     QFile file(savedFilePath());
@@ -77,9 +94,7 @@ private slots:
 void tst_FileUtils::init()
 {
     QFile::remove(savedFilePath());
-    QGlobal *global = QGlobal::instance();
-    global->controlRows.clear();
-    global->keyRows.clear();
+    forgetRows();
 }
 
 void tst_FileUtils::cleanup()
@@ -164,8 +179,7 @@ void tst_FileUtils::everyFlagHasItsByte()
         QByteArray file = SavedSample().file();
         for (const int other : flags.keys())
             file[other] = char(other == offset ? 1 : 0);
-        layFile(file);
-        QVERIFY(FileUtils().loadControlConfig());
+        QVERIFY(load(file));
         for (const int other : flags.keys())
             QCOMPARE(QGlobal::instance()->*flags[other], other == offset);
     }
@@ -173,8 +187,7 @@ void tst_FileUtils::everyFlagHasItsByte()
 
 void tst_FileUtils::everyFieldComesBack()
 {
-    layFile(SavedSample().file());
-    QVERIFY(FileUtils().loadControlConfig());
+    QVERIFY(load(SavedSample().file()));
     const QGlobal *global = QGlobal::instance();
     QCOMPARE(global->optionValue1, 51);
     QCOMPARE(global->optionValue2, -12);
@@ -214,8 +227,7 @@ void tst_FileUtils::everyFieldComesBack()
 
 void tst_FileUtils::savedAgain()
 {
-    layFile(SavedSample{18}.file());
-    QVERIFY(FileUtils().loadControlConfig());
+    QVERIFY(load(SavedSample{18}.file()));
     FileUtils().saveControlConfig();
     QCOMPARE(savedFile(), (SavedSample{16, 2, true}.file()));
 }
@@ -224,8 +236,7 @@ void tst_FileUtils::nullTextsPassThrough()
 {
     QByteArray file = SavedSample{16, 2, true}.file();
     file.replace(22, 10, QByteArray::fromHex("ffffffff"));
-    layFile(file);
-    QVERIFY(FileUtils().loadControlConfig());
+    QVERIFY(load(file));
     QVERIFY(QGlobal::instance()->dataFolder.isNull());
     FileUtils().saveControlConfig();
     QCOMPARE(savedFile(), file);
@@ -251,8 +262,7 @@ void tst_FileUtils::unnamedRowInStateOne()
     row.replace(row.size() - 4, 4, PlainBytes().i32(state).bytes);
     QByteArray file = SavedSample().file();
     file.replace(SavedSample().controlRow(1), row);
-    layFile(file);
-    QVERIFY(FileUtils().loadControlConfig());
+    QVERIFY(load(file));
     const ControlRow &read = *QGlobal::instance()->controlRows.at(0);
     QTEST(read.text2, "text2");
     QCOMPARE(read.items.isEmpty(), read.text2.isEmpty());
@@ -277,6 +287,10 @@ void tst_FileUtils::cutAnywhere()
     SavedBlock longer;
     QCOMPARE(read(file + '\0', longer), BlockState::Usable);
     QCOMPARE(longer.keyRows.size(), 2);
+    // Rows without texts take the fewest bytes.
+    SavedBlock bare;
+    QCOMPARE(read(SavedSample().head() + count(2) + QByteArray(48, '\0'), bare), BlockState::Whole);
+    QCOMPARE(bare.keyRows.size(), 2);
 }
 
 void tst_FileUtils::corruptCounts_data()
@@ -327,8 +341,7 @@ void tst_FileUtils::failedLoadChangesNothing()
     QGlobal *global = QGlobal::instance();
     global->languageChinese = true;
     global->dataFolder = QStringLiteral("here");
-    layFile(SavedSample().head().chopped(1));
-    QVERIFY(!FileUtils().loadControlConfig());
+    QVERIFY(!load(SavedSample().head().chopped(1)));
     QVERIFY(global->languageChinese);
     QCOMPARE(global->dataFolder, QStringLiteral("here"));
     QVERIFY(global->controlRows.isEmpty());

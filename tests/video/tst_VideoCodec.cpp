@@ -10,13 +10,14 @@ class tst_VideoCodec : public QObject
 private slots:
     void terminatedAndStartedAnew();
     void openedAgainAndAgain();
+    void stopIsHeededWithoutAPicture();
 };
 
 /// Nothing in the program terminates a thread, but it can be done.
 void tst_VideoCodec::terminatedAndStartedAnew()
 {
     const QString nobody = QStringLiteral("rtsp://127.0.0.1:1/pod");
-    auto *codec = new VideoCodec(nobody, "tcp", true); // kept, as all of them are
+    static auto *codec = new VideoCodec(nobody, "tcp", true); // kept, as all of them are
     codec->startDecoding();
     QTest::qWait(300);
     codec->restart(nobody, "tcp");
@@ -37,6 +38,23 @@ void tst_VideoCodec::openedAgainAndAgain()
     QTRY_VERIFY_WITH_TIMEOUT(codec.openings > 20000, 120000);
     codec.requestStop();
     QVERIFY(codec.wait());
+}
+
+/// Sound alone would be opened anew each second.
+void tst_VideoCodec::stopIsHeededWithoutAPicture()
+{
+    const QTemporaryDir folder;
+    QFile sound(folder.filePath("sound.wav"));
+    QVERIFY(sound.open(QIODevice::WriteOnly));
+    sound.write(QByteArray::fromHex("52494646 EC000000 57415645 666D7420 10000000 01000100 401F0000"
+                                    "803E0000 02001000 64617461 C8000000") +
+                QByteArray(200, '\0')); // 100 samples
+    sound.close();
+    CountingCodec codec(sound.fileName(), "tcp", true);
+    codec.requestStop();
+    codec.startDecoding();
+    QVERIFY(codec.wait(20000));
+    QCOMPARE(int(codec.openings), 1);
 }
 
 NACELLE_TEST_MAIN(tst_VideoCodec)

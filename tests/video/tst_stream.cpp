@@ -159,7 +159,7 @@ void tst_stream::sizeChangesInFlight()
 void tst_stream::stopIsHeededWhileTheServerSends()
 {
     startPod();
-    auto *codec = new VideoCodec(address(m_port), "tcp", true); // kept, as all of them are
+    static auto *codec = new VideoCodec(address(m_port), "tcp", true); // kept, as all of them are
     std::atomic<bool> isSending{false};
     connect(
         codec, &VideoCodec::sig_GetOneFrame, codec, [&] { isSending = true; },
