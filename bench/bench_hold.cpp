@@ -1,7 +1,9 @@
 // How long a flood on a link holds the event loop: the largest gap between the beats of a timer in
-// the window's thread, for each kind of flood and page. An operator's limit is 100 ms.
+// the window's thread, for each kind of flood and page. An operator's limit is 100 ms. Beside it
+// the memory that the frames take then.
 // Usage: bench_hold [ROW], with a part of the names of the rows to be run.
 
+#include "bench/measure.h"
 #include "tests/support/farend.h"
 
 #include <QClipboard>
@@ -14,6 +16,7 @@
 #include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <numeric>
 #include <thread>
 #include <vector>
 
@@ -22,6 +25,9 @@ namespace {
 constexpr int kBeatMs = 5;
 constexpr int kLimitMs = 100;
 constexpr int kPasteLimitMs = 300;
+// Of each byte stay the frame and two digits of two bytes in the log; a long line's layout on top.
+constexpr double kMemoryFactor = 8;
+constexpr double kMemoryGround = 60e6;
 constexpr int kFloodSize = 20 * 1000 * 1000;
 constexpr int kQuietMs = 500;
 
@@ -149,6 +155,12 @@ void awaitQuiet(Bench &bench, const std::atomic<bool> &isDone)
     }
 }
 
+double sizeOf(const QList<QByteArray> &frames)
+{
+    return std::accumulate(frames.begin(), frames.end(), 0.0,
+                           [](double sum, const QByteArray &frame) { return sum + frame.size(); });
+}
+
 void measure(const Row &row)
 {
     Bench bench;
@@ -161,6 +173,7 @@ void measure(const Row &row)
     QTest::qWait(kQuietMs);
 
     const Heartbeat heartbeat;
+    const qint64 before = residentBytes();
     QElapsedTimer clock;
     clock.start();
     std::thread writer([&] {
@@ -173,10 +186,14 @@ void measure(const Row &row)
     });
     awaitQuiet(bench, isDone);
     writer.join();
-    std::printf("%-42s held %6.1f ms, busy %6.1f ms (limit %d)%s   %d frames in %.1f s\n", row.name,
+    std::printf("%-42s held %6.1f ms, busy %6.1f ms (limit %d)%s   %d frames in %.1f s", row.name,
                 heartbeat.largestMs(), heartbeat.largestBusyMs(), kLimitMs,
                 heartbeat.largestMs() > kLimitMs ? " OVER" : "", bench->receivedFrames.size(),
                 double(clock.elapsed() - kQuietMs) * 1e-3);
+    const double bytes = sizeOf(bench->receivedFrames);
+    const double grown = double(residentBytes() - before);
+    std::printf(", %.0f MB of frames in %.0f MB%s\n", bytes * 1e-6, grown * 1e-6,
+                grown > kMemoryFactor * bytes + kMemoryGround ? " OVER" : "");
     bench.click("pushButton_Conn");
 }
 

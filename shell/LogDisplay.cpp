@@ -1,5 +1,7 @@
 #include "shell/LogDisplay.h"
 
+#include <QImage>
+#include <QPainter>
 #include <QPlainTextDocumentLayout>
 #include <QTextLayout>
 
@@ -57,6 +59,16 @@ static LogLayout *giveLayout(QPlainTextEdit *display)
     return layout;
 }
 
+/// Frees what a layout keeps beside its lines, which the toolkit does after a painting only, and
+/// nothing paints a line that has left the view. Painted here is none of it.
+static void giveUpLayout(QTextLayout *layout)
+{
+    QImage nothing(1, 1, QImage::Format_Mono);
+    QPainter painter(&nothing);
+    layout->setCacheEnabled(false);
+    layout->draw(&painter, QPointF(), {}, QRectF(-2, -2, 1, 1));
+}
+
 LogDisplay::LogDisplay(QWidget *parent) : QPlainTextEdit(parent), m_layout(giveLayout(this))
 {
     m_turn.setSingleShot(true);
@@ -92,12 +104,20 @@ void LogDisplay::append(const QString &text)
     if (!isAtEnd) {
         settle();
         moveCursor(QTextCursor::End);
-    } else if (!m_lastSettle.isValid() || m_lastSettle.hasExpired(kFollowMs) ||
-               text.size() > kLongBlock) {
-        settle(); // a long one at once, so that the window isn't held by two
+    } else if (const int wait = untilTurn(text.size()); wait == 0) {
+        settle();
     } else if (!m_turn.isActive()) {
-        m_turn.start(int(kFollowMs - m_lastSettle.elapsed()));
+        m_turn.start(wait);
     }
+}
+
+/// Milliseconds to the view's next turn; none after a pause. A long entry always waits: the page in
+/// front lays the same frame out, and a click shall come between the two.
+int LogDisplay::untilTurn(int characters) const
+{
+    if (characters > kLongBlock)
+        return kFollowMs;
+    return m_lastSettle.isValid() ? qMax(0, int(kFollowMs - m_lastSettle.elapsed())) : 0;
 }
 
 void LogDisplay::settle()
@@ -119,7 +139,7 @@ void LogDisplay::keepLongLayout()
     if (last.length() < kLongBlock)
         return;
     if (m_longBlock.isValid() && m_longBlock != last)
-        m_longBlock.layout()->setCacheEnabled(false);
+        giveUpLayout(m_longBlock.layout());
     m_longBlock = last;
     last.layout()->setCacheEnabled(true);
 }

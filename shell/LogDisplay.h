@@ -26,6 +26,7 @@ public:
 
 private:
     void makeRoom(QTextCursor &edit, int blocks);
+    int untilTurn(int characters) const;
     void keepLongLayout();
 
     LogLayout *const m_layout;

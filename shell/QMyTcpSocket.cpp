@@ -24,8 +24,10 @@ constexpr unsigned long kRetryDelayMs = 2000;
 // without a bound a peer that floods the link makes chunks of megabytes, and the window stands
 // still over each.
 constexpr qint64 kReadSize = 64 * 1024;
-// After a chunk that only a flood makes, the window has its turn.
+// After a chunk that only a flood makes, the window has its turn: for longer than the log's view
+// waits before it lays a long entry out, else that and the next chunk would hold it together.
 constexpr int kFloodChunk = 8 * 1024;
+constexpr int kFloodRestMs = 40;
 
 } // namespace
 
@@ -34,8 +36,8 @@ void QMyTcpSocket::createSocket(const QString &ip, int port, bool isFrist)
     m_ip = ip;
     m_port = port;
     m_isFrist = isFrist;
-    // A timer even at once: a posted call would come in the same turn of the loop, before it.
     m_rest.setSingleShot(true);
+    m_rest.setInterval(kFloodRestMs);
     connect(&m_rest, &QTimer::timeout, this, &QMyTcpSocket::endRest);
     m_socket = new QTcpSocket(this);
     m_socket->setReadBufferSize(kReadSize);

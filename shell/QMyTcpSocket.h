@@ -40,6 +40,6 @@ private:
     int m_port = 0;
     bool m_isFrist = true;  ///< until the connection came up for the first time
     bool m_handled = false; ///< the loss of this socket was acted upon
-    QTimer m_rest;          ///< after a large chunk, until the loop comes round
+    QTimer m_rest;          ///< after a large chunk: the window's turn
     QTcpSocket *m_socket = nullptr;
 };

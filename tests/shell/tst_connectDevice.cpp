@@ -1,5 +1,6 @@
 #include "console/flowAnalysis.h"
 #include "foundation/QGlobal.h"
+#include "shell/LogDisplay.h"
 #include "shell/connectDevice.h"
 #include "tests/support/bench.h"
 #include "tests/support/strictmain.h"
@@ -8,6 +9,10 @@
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QValidator>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 class tst_connectDevice : public QObject
 {
@@ -26,6 +31,7 @@ private slots:
     void retranslateKeepsChoices();
     void logFollows_data();
     void logFollows();
+    void longLinesGiveTheirLayoutUp();
 
 private:
     QComboBox *links() { return m_bench->find<QComboBox>("comboBox"); }
@@ -244,6 +250,30 @@ void tst_connectDevice::logFollows()
         if (!isTouched)
             QTest::mouseClick(log->viewport(), Qt::LeftButton, {}, {5, 5});
     }
+}
+
+/// What is allocated; only the GNU library says so, elsewhere nothing is.
+static int heapMegabytes()
+{
+#ifdef __GLIBC__
+    const auto heap = mallinfo2();
+    return int((heap.uordblks + heap.hblkhd) / 1000000);
+#else
+    return 0;
+#endif
+}
+
+/// Of the lines that a flood makes, one keeps what it was laid out with: eight megabytes.
+void tst_connectDevice::longLinesGiveTheirLayoutUp()
+{
+    auto *log = m_bench->find<LogDisplay>("textEdit");
+    const int before = heapMegabytes();
+    for (int i = 0; i < 20; ++i) {
+        log->append("->\n" + QString(262028, QLatin1Char('A')));
+        log->settle();
+    }
+    const int grown = heapMegabytes() - before;
+    QVERIFY2(grown < 60, qPrintable(QString::number(grown)));
 }
 
 NACELLE_TEST_MAIN(tst_connectDevice)
