@@ -1,8 +1,11 @@
 #include "shell/LogDisplay.h"
 
 #include <QImage>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QPlainTextDocumentLayout>
+#include <QScrollBar>
+#include <QSignalBlocker>
 #include <QTextLayout>
 
 namespace {
@@ -29,13 +32,24 @@ public:
     }
     bool isPending() const { return m_pending > 0; }
 
+    /// The toolkit would have the whole view painted for more than one block. New are the last
+    /// ones only, and one has lost the cursor; the others move as a picture does.
     void release()
     {
         // Without the break before it: the block that it ends is as it was.
         const int end = document()->characterCount() - 1;
         const int from = qBound(0, end - m_pending + 1, end);
         m_pending = 0;
-        QPlainTextDocumentLayout::documentChanged(from, 0, end - from);
+        {
+            const QSignalBlocker quiet(this);
+            QPlainTextDocumentLayout::documentChanged(from, 0, end - from);
+        }
+        emit documentSizeChanged(documentSize());
+        const QTextBlock first = document()->findBlock(from);
+        for (QTextBlock block = first; block.isValid(); block = block.next())
+            emit updateBlock(block);
+        if (first.previous().isValid())
+            emit updateBlock(first.previous());
     }
 
 protected:
@@ -71,8 +85,17 @@ static void giveUpLayout(QTextLayout *layout)
 
 LogDisplay::LogDisplay(QWidget *parent) : QPlainTextEdit(parent), m_layout(giveLayout(this))
 {
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
     m_turn.setSingleShot(true);
     connect(&m_turn, &QTimer::timeout, this, &LogDisplay::settle);
+}
+
+/// The style would have all that lies below the text painted first, window and panel included,
+/// though nothing of it shows through.
+void LogDisplay::paintEvent(QPaintEvent *event)
+{
+    QPainter(viewport()).fillRect(event->rect(), palette().base());
+    QPlainTextEdit::paintEvent(event);
 }
 
 /// Takes the oldest blocks off a full display. It would drop them by itself, but one edit a block.
@@ -82,8 +105,23 @@ void LogDisplay::makeRoom(QTextCursor &edit, int blocks)
     if (maximumBlockCount() <= 0 || excess <= 0)
         return;
     edit.setPosition(0);
-    edit.setPosition(document()->findBlockByNumber(excess).position(), QTextCursor::KeepAnchor);
+    const QTextBlock kept = document()->findBlockByNumber(excess);
+    m_removedLines += kept.firstLineNumber();
+    edit.setPosition(kept.position(), QTextCursor::KeepAnchor);
     edit.removeSelectedText();
+}
+
+/// What was taken off the top has moved the text up, but not on the screen: the view's place in the
+/// text follows without a picture being moved or painted.
+void LogDisplay::followRemoved()
+{
+    const int line = verticalScrollBar()->value() - m_removedLines;
+    m_removedLines = 0;
+    viewport()->setAttribute(Qt::WA_UpdatesDisabled, true);
+    verticalScrollBar()->setValue(line);
+    viewport()->setAttribute(Qt::WA_UpdatesDisabled, false);
+    if (line < 0)
+        viewport()->update();
 }
 
 void LogDisplay::append(const QString &text)
@@ -126,6 +164,8 @@ void LogDisplay::settle()
     if (!m_layout->isPending())
         return;
     keepLongLayout();
+    if (m_removedLines > 0)
+        followRemoved();
     m_layout->release();
     ensureCursorVisible();
     m_lastSettle.start();

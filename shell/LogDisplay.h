@@ -24,13 +24,18 @@ public:
     /// on the screen calls this first.
     void settle();
 
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
 private:
     void makeRoom(QTextCursor &edit, int blocks);
+    void followRemoved();
     int untilTurn(int characters) const;
     void keepLongLayout();
 
     LogLayout *const m_layout;
     QTimer m_turn;              ///< until the view may follow again
     QElapsedTimer m_lastSettle; ///< invalid until the first
+    int m_removedLines = 0;     ///< off the top since the view last followed
     QTextBlock m_longBlock;     ///< whose layout is kept
 };

@@ -7,6 +7,7 @@
 
 #include <QComboBox>
 #include <QLineEdit>
+#include <QScreen>
 #include <QScrollBar>
 #include <QValidator>
 
@@ -209,34 +210,58 @@ void tst_connectDevice::retranslateKeepsChoices()
     QCOMPARE(links()->itemText(0), QStringLiteral("TCP Client"));
 }
 
+/// True if the screen shows the widget as it would be painted now.
+static bool isOnScreen(QWidget *part)
+{
+    const QRect place(part->mapTo(part->window(), QPoint()), part->size());
+    const QImage painted = part->grab().toImage();
+    return painted == part->screen()
+                          ->grabWindow(part->window()->winId(), place.x(), place.y(), place.width(),
+                                       place.height())
+                          .toImage()
+                          .convertToFormat(painted.format());
+}
+
 void tst_connectDevice::logFollows_data()
 {
     QTest::addColumn<int>("entries");
     QTest::addColumn<int>("digits");
     QTest::addColumn<int>("limit");
-    QTest::newRow("few") << 3 << 146 << 50000;
-    QTest::newRow("many") << 300 << 146 << 50000;
-    QTest::newRow("more than the display keeps") << 300 << 146 << 40;
-    QTest::newRow("lines longer than the view") << 5 << 60000 << 50000;
-    QTest::newRow("long lines, more than the display keeps") << 30 << 600 << 40;
+    QTest::addColumn<int>("pause");
+    QTest::newRow("few") << 3 << 146 << 50000 << 0;
+    QTest::newRow("many") << 300 << 146 << 50000 << 0;
+    QTest::newRow("many, one by one") << 60 << 146 << 50000 << 15;
+    QTest::newRow("more than the display keeps") << 300 << 146 << 40 << 0;
+    QTest::newRow("more than the display keeps, one by one") << 120 << 146 << 120 << 15;
+    QTest::newRow("lines longer than the view") << 5 << 60000 << 50000 << 0;
+    QTest::newRow("long lines, more than the display keeps") << 30 << 600 << 40 << 0;
 }
 
-/// Texts stand there at once, the view soon after, also when the operator had clicked elsewhere.
+/// Texts stand there at once, the view soon after, also when the operator had clicked or scrolled
+/// elsewhere.
 void tst_connectDevice::logFollows()
 {
     QFETCH(int, entries);
     QFETCH(int, digits);
     QFETCH(int, limit);
+    QFETCH(int, pause);
+    enum class Touch { None, Click, Scroll };
     auto *panel = m_bench->find<connectDevice>("connectDeviceClass");
     auto *log = m_bench->find<QPlainTextEdit>("textEdit");
     log->setMaximumBlockCount(limit);
+    QApplication::setCursorFlashTime(0);
     QStringList lines;
-    for (const bool isTouched : {false, true}) {
+    for (const auto touch : {Touch::None, Touch::Click, Touch::Scroll}) {
+        if (touch == Touch::Click)
+            QTest::mouseClick(log->viewport(), Qt::LeftButton, {}, {5, 5});
+        else if (touch == Touch::Scroll)
+            log->verticalScrollBar()->setValue(0);
         for (int i = 0; i < entries; ++i) {
             const QStringList entry{QString::number(i) + "->", QString(digits, QLatin1Char('A'))};
             lines += entry;
             panel->appendLog(entry.join('\n'));
             QVERIFY(log->textCursor().atEnd() && !log->textCursor().hasSelection());
+            QTest::qWait(pause);
         }
         lines = lines.mid(qMax(0, lines.size() - limit));
         QCOMPARE(m_bench->log(), lines.join('\n'));
@@ -247,8 +272,8 @@ void tst_connectDevice::logFollows()
         QImage white(bar.size(), bar.format());
         white.fill(Qt::white);
         QVERIFY(bar != white);
-        if (!isTouched)
-            QTest::mouseClick(log->viewport(), Qt::LeftButton, {}, {5, 5});
+        // What was moved and painted in parts is what would be painted at once.
+        QTRY_VERIFY(isOnScreen(log->viewport()));
     }
 }
 
