@@ -66,8 +66,10 @@ QList<T *> pagesIn(QWidget *host)
 
 QString logEntry(const char *direction, const QByteArray &frame)
 {
-    return QLatin1Char('[') + QTime::currentTime().toString(QStringLiteral("HH:mm:ss:zzz")) +
-           QLatin1Char(']') + translated(direction) + QLatin1String("->\n") + hexDigits(frame);
+    const QTime now = QTime::currentTime();
+    return QString::asprintf("[%02d:%02d:%02d:%03d]", now.hour(), now.minute(), now.second(),
+                             now.msec()) +
+           translated(direction) + QLatin1String("->\n") + hexDigits(frame);
 }
 
 /// A port whose other end has gone reads as ready and empty, again and again without a pause, and

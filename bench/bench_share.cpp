@@ -1,0 +1,105 @@
+// Processor time of a frame that comes at a working rate, with the console and a full log on the
+// screen, beside a plain window that appends an equal text to an equal display at the same rate.
+// Usage: bench_share [SECONDS], of each of the rounds.
+
+#include "bench/measure.h"
+#include "shell/NacelleBench.h"
+
+#include <QApplication>
+#include <QPlainTextEdit>
+#include <QPushButton>
+
+#include <cstdio>
+#include <functional>
+
+namespace {
+
+constexpr int kRounds = 5;
+constexpr int kEntries = 25000;
+
+const QByteArray kFrame =
+    QByteArray::fromHex("8A5E49000111") + QByteArray(63, '\x12') + QByteArray::fromHex("20001234");
+
+/// What plain Qt gives who only shows the frames.
+class PlainLog : public QWidget
+{
+public:
+    PlainLog(QSize size, QPlainTextEdit *like) : m_display(this)
+    {
+        resize(size);
+        m_display.setGeometry({like->mapTo(like->window(), QPoint()), like->size()});
+        m_display.setFont(like->font());
+        m_display.setMaximumBlockCount(like->maximumBlockCount());
+        for (int i = 0; i < kEntries; ++i)
+            append();
+        m_display.moveCursor(QTextCursor::End);
+    }
+
+    void append()
+    {
+        m_display.appendPlainText(QStringLiteral("[12:34:56:789]收->\n") +
+                                  QString::fromLatin1(kFrame.toHex().toUpper()));
+    }
+
+private:
+    QPlainTextEdit m_display;
+};
+
+/// Microseconds of processor time a step, one each `periodMs` with the window shown alone.
+double costOf(QWidget &window, int periodMs, int runSeconds, const std::function<void()> &step)
+{
+    window.show();
+    turnEventLoop(300);
+    int steps = 0;
+    QTimer timer;
+    timer.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        step();
+        ++steps;
+    });
+    timer.start(periodMs);
+    const double before = seconds(CLOCK_PROCESS_CPUTIME_ID);
+    turnEventLoop(runSeconds * 1000);
+    const double cost = (seconds(CLOCK_PROCESS_CPUTIME_ID) - before) * 1e6 / steps;
+    window.hide();
+    return cost;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication application(argc, argv);
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
+    const int runSeconds = argc > 1 ? QByteArray(argv[1]).toInt() : 5;
+
+    NacelleBench window;
+    window.resize(1920, 1080);
+    window.show();
+    window.findChild<QPushButton *>(QStringLiteral("pushButton_2"))->click();
+    turnEventLoop(300);
+    auto *log = window.findChild<QPlainTextEdit *>(QStringLiteral("textEdit"));
+    const auto receive = [&] { window.receiveData(kFrame, QString()); };
+    for (int i = 0; i < kEntries; ++i)
+        receive();
+    PlainLog plain(window.size(), log);
+
+    struct Row
+    {
+        const char *name;
+        int periodMs;
+        double limit;
+    };
+    for (const Row &row : {Row{"67 frames/s", 15, 0.5}, Row{"1,000 frames/s", 1, 0.25}}) {
+        std::vector<double> own, baseline;
+        for (int round = 0; round < kRounds; ++round) {
+            own.push_back(costOf(window, row.periodMs, runSeconds, receive));
+            baseline.push_back(costOf(plain, row.periodMs, runSeconds, [&] { plain.append(); }));
+        }
+        const double ratio = median(own) / median(baseline);
+        std::printf(
+            "%-16s %6.0f us of processor a frame, naive appends %6.0f   %.2f x (limit %.2f)%s\n",
+            row.name, median(own), median(baseline), ratio, row.limit,
+            ratio > row.limit ? " OVER" : "");
+    }
+}
