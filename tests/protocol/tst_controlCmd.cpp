@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QTextEdit>
 
@@ -25,7 +26,7 @@ private slots:
     }
     void cleanup()
     {
-        m_dialog.reset();
+        delete m_dialog;
         m_page.reset();
     }
     void eachItem_data();
@@ -84,18 +85,18 @@ private:
     /// Opens the dialog by the workbench's own button, on the command that stands in its form.
     void open(const QString &command)
     {
-        m_dialog.reset();
+        delete m_dialog;
         m_page->findChild<QLabel *>("label294")->setText(command);
         QTest::mouseClick(m_page->findChild<QPushButton *>("pushButton_Cmd"), Qt::LeftButton);
         for (QWidget *widget : QApplication::topLevelWidgets()) {
             if (auto *dialog = qobject_cast<controlCmd *>(widget))
-                m_dialog.reset(dialog);
+                m_dialog = dialog;
         }
-        QVERIFY(m_dialog && QTest::qWaitForWindowExposed(m_dialog.get()));
+        QVERIFY(m_dialog && QTest::qWaitForWindowExposed(m_dialog));
     }
 
     std::unique_ptr<dataPacketAnalysis> m_page;
-    std::unique_ptr<controlCmd> m_dialog;
+    QPointer<controlCmd> m_dialog;
 };
 
 void tst_controlCmd::eachItem_data()
@@ -267,7 +268,7 @@ void tst_controlCmd::confirmedCommandGoesIntoTheForm()
     type("5", "38.0300822");
     type("6", "41.123");
     click("pushButton_Ok");
-    QVERIFY(!m_dialog->isVisible());
+    QTRY_VERIFY(!m_dialog); // none is left to gather
     QCOMPARE(form("label293"), QString("凝视(地理坐标引导)"));
     QCOMPARE(form("label294"), QString("15 24 F2 DF 65 16 EE AA 16 A3 A0 00 00 "));
     QCOMPARE(form("label34"), QString("54 00 "));
@@ -283,7 +284,7 @@ void tst_controlCmd::cancelLeavesTheForm()
     open("20 01 ");
     pick(31);
     click("pushButton_Cancel");
-    QVERIFY(!m_dialog->isVisible());
+    QTRY_VERIFY(!m_dialog);
     QCOMPARE(form("label293"), QString("拍照"));
     QCOMPARE(form("label294"), QString("20 01 "));
     QCOMPARE(form("label33"), QString("73"));

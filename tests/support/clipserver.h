@@ -8,12 +8,16 @@
 
 #include <atomic>
 
-/// Makes a clip of so many seconds that every build of libVLC can play.
-inline QByteArray makeClip(const QString &path, int seconds)
+/// Makes a clip of so many seconds that every build of libVLC can play, its picture after a sound
+/// track or alone.
+inline QByteArray makeClip(const QString &path, int seconds, bool hasSound = false)
 {
     const QString picture = QStringLiteral("testsrc=size=320x180:rate=25:duration=%1").arg(seconds);
-    if (QProcess::execute("ffmpeg", {"-v", "error", "-f", "lavfi", "-i", picture, "-c:v",
-                                     "mpeg2video", path}) != 0)
+    const QString silence = QStringLiteral("anullsrc=duration=%1").arg(seconds);
+    QStringList arguments = {"-v", "error", "-f", "lavfi", "-i", picture};
+    if (hasSound)
+        arguments << QStringList{"-f", "lavfi", "-i", silence, "-map", "1", "-map", "0"};
+    if (QProcess::execute("ffmpeg", arguments + QStringList{"-c:v", "mpeg2video", path}) != 0)
         qFatal("no clip could be made");
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();

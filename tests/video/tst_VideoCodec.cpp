@@ -1,3 +1,4 @@
+#include "tests/support/clipserver.h"
 #include "tests/support/countingcodec.h"
 #include "tests/support/strictmain.h"
 
@@ -11,6 +12,7 @@ private slots:
     void terminatedAndStartedAnew();
     void openedAgainAndAgain();
     void stopIsHeededWithoutAPicture();
+    void pictureIsFoundAfterTheSound();
 };
 
 /// Nothing in the program terminates a thread, but it can be done.
@@ -55,6 +57,21 @@ void tst_VideoCodec::stopIsHeededWithoutAPicture()
     codec.startDecoding();
     QVERIFY(codec.wait(20000));
     QCOMPARE(int(codec.openings), 1);
+}
+
+/// Of what a file holds first nothing is taken for the picture.
+void tst_VideoCodec::pictureIsFoundAfterTheSound()
+{
+    const QTemporaryDir folder;
+    makeClip(folder.filePath("clip.mkv"), 1, true);
+    CountingCodec codec(folder.filePath("clip.mkv"), "tcp", true);
+    std::atomic<int> pictures{0};
+    connect(
+        &codec, &VideoCodec::sig_GetOneFrame, &codec, [&] { ++pictures; }, Qt::DirectConnection);
+    codec.startDecoding();
+    QTRY_VERIFY_WITH_TIMEOUT(pictures > 0, 20000);
+    codec.requestStop();
+    QVERIFY(codec.wait());
 }
 
 NACELLE_TEST_MAIN(tst_VideoCodec)
