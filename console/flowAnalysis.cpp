@@ -209,6 +209,7 @@ void flowAnalysis::groupButtons()
     for (std::size_t i = 0; i < kConsoleCommands.size(); ++i) {
         const ConsoleCommand &row = kConsoleCommands[i];
         m_buttons[i] = qobject_cast<QAbstractButton *>(object(row.button));
+        Q_ASSERT_X(m_buttons[i], "flowAnalysis", row.button);
         (row.mode == kNoMode ? commandGroup : modeGroup)->addButton(m_buttons[i]);
     }
     commandGroup->addButton(ui.pushButton_null);

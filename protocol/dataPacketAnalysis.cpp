@@ -159,8 +159,9 @@ dataPacketAnalysis::Form dataPacketAnalysis::bindForm(const Rows &rows)
         const Field &field = row.field;
         QWidget *name = find(field.nameObject);
         QLayoutItem *firstColumn = name->parentWidget()->layout()->itemAt(0);
-        form.push_back({&field, qobject_cast<QLabel *>(firstColumn->widget()), name,
-                        find(field.valueObject), find(field.hexObject)});
+        auto *bytes = qobject_cast<QLabel *>(firstColumn->widget());
+        Q_ASSERT_X(bytes, "dataPacketAnalysis", field.nameObject);
+        form.push_back({&field, bytes, name, find(field.valueObject), find(field.hexObject)});
     }
     return form;
 }

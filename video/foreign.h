@@ -48,11 +48,13 @@ inline bool canLoad(const ForeignLibrary &library, const char *function)
 }
 
 /// Declares a function of the global namespace anew in the one around it; a call loads the library
-/// first. `library` is a constant `ForeignLibrary`.
+/// first. `library` is a constant `ForeignLibrary`, which has to be there: it lacks the function
+/// where another one is named by mistake.
 #define NACELLE_FOREIGN(library, function)                                                         \
     template <typename... Arguments>                                                               \
     auto function(Arguments... arguments)                                                          \
     {                                                                                              \
         static const auto loaded = foreignFunction<decltype(&::function)>(library, #function);     \
+        Q_ASSERT_X(loaded, library.name, #function);                                               \
         return loaded(arguments...);                                                               \
     }
