@@ -36,7 +36,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     static int argc = 0;
     static QCoreApplication application(argc, nullptr);
     podsim::PodOptions options;
-    options.verbose = true;
+    options.isVerbose = true;
     podsim::PodContext context{options};
     context.clock.start();
     FuzzChannel channel;

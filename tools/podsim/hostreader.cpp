@@ -64,11 +64,11 @@ int HostReader::frameSizeAt(int position) const
 int HostReader::passNoise(int position, QVector<ReaderEvent> &events)
 {
     const int header = headerPosition(m_buffer, position);
-    if (!m_insideBroken)
+    if (!m_isInsideBroken)
         m_noise += header - position;
     if (m_buffer.size() - header < 2)
         return header;
-    m_insideBroken = false;
+    m_isInsideBroken = false;
     if (m_noise > 0)
         events.append({ReaderEvent::Noise, takeNoise(), 0, 0, {}});
     return header;
@@ -76,7 +76,7 @@ int HostReader::passNoise(int position, QVector<ReaderEvent> &events)
 
 bool HostReader::testFrame(int position, int size, QVector<ReaderEvent> &events)
 {
-    m_insideBroken = true;
+    m_isInsideBroken = true;
     if (!isSaneLength(size)) {
         events.append({ReaderEvent::BadLength, size, 0, 0, {}});
         return false;
@@ -88,7 +88,7 @@ bool HostReader::testFrame(int position, int size, QVector<ReaderEvent> &events)
         events.append({ReaderEvent::BadChecksum, size, expected, found, {}});
         return false;
     }
-    m_insideBroken = false;
+    m_isInsideBroken = false;
     events.append({ReaderEvent::Frame, size, expected, found, frame});
     return true;
 }

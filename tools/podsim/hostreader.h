@@ -49,7 +49,7 @@ private:
 
     QByteArray m_buffer;
     int m_noise = 0;
-    bool m_insideBroken = false;
+    bool m_isInsideBroken = false;
 };
 
 } // namespace podsim

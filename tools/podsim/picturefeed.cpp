@@ -113,8 +113,7 @@ void PictureFeed::run()
 GstBuffer *PictureFeed::draw(const QSize &size)
 {
     const int stride = size.width() * kPixelSize;
-    GstBuffer *buffer =
-        gst_buffer_new_allocate(nullptr, static_cast<gsize>(stride) * size.height(), nullptr);
+    GstBuffer *buffer = gst_buffer_new_allocate(nullptr, gsize(stride) * size.height(), nullptr);
     GstMapInfo map;
     gst_buffer_map(buffer, &map, GST_MAP_WRITE);
     QImage picture(map.data, size.width(), size.height(), stride, QImage::Format_RGB32);

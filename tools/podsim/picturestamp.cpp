@@ -27,8 +27,8 @@ quint16 checkOf(const Bytes &bytes)
 /// Bits count from the highest of the first byte.
 void setBit(Bytes &bytes, int bit)
 {
-    char &byte = bytes[static_cast<std::size_t>(bit / 8)];
-    byte = static_cast<char>(byte | 0x80 >> bit % 8);
+    char &byte = bytes[std::size_t(bit / 8)];
+    byte = char(byte | 0x80 >> bit % 8);
 }
 
 /// The place of a bit in a picture, in pixels.
@@ -48,7 +48,7 @@ QRect blockOf(int bit, const QSize &size)
 quint32 stampClock()
 {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return static_cast<quint32>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
+    return quint32(std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
 }
 
 void writeStamp(QImage &picture, const PictureStamp &stamp)
@@ -59,7 +59,7 @@ void writeStamp(QImage &picture, const PictureStamp &stamp)
     qToBigEndian(checkOf(bytes), bytes.data() + kCheckedBytes);
     QPainter painter(&picture);
     for (int bit = 0; bit < kBytes * 8; ++bit) {
-        const bool isSet = (bytes[static_cast<std::size_t>(bit / 8)] >> (7 - bit % 8) & 1) != 0;
+        const bool isSet = (bytes[std::size_t(bit / 8)] >> (7 - bit % 8) & 1) != 0;
         painter.fillRect(blockOf(bit, picture.size()), isSet ? Qt::white : Qt::black);
     }
 }

@@ -12,13 +12,13 @@ constexpr quint8 kPodCode = 1;
 
 void put8(QByteArray &bytes, quint8 value)
 {
-    bytes.append(static_cast<char>(value));
+    bytes.append(char(value));
 }
 
 void put16(QByteArray &bytes, int value)
 {
-    put8(bytes, static_cast<quint8>(value));
-    put8(bytes, static_cast<quint8>(value >> 8));
+    put8(bytes, quint8(value));
+    put8(bytes, quint8(value >> 8));
 }
 
 void put32(QByteArray &bytes, qint32 value)
@@ -29,7 +29,7 @@ void put32(QByteArray &bytes, qint32 value)
 
 quint8 u8At(const QByteArray &bytes, int offset)
 {
-    return static_cast<quint8>(bytes[offset]);
+    return quint8(bytes[offset]);
 }
 
 void putTurning(QByteArray &frame, const GcuReport &r)
@@ -59,34 +59,34 @@ quint16 checksum(const char *data, int size)
 {
     quint16 crc = 0;
     for (int i = 0; i < size; ++i) {
-        crc = static_cast<quint16>(crc ^ (static_cast<quint8>(data[i]) << 8));
+        crc = quint16(crc ^ (quint8(data[i]) << 8));
         for (int bit = 0; bit < 8; ++bit)
-            crc = static_cast<quint16>((crc << 1) ^ ((crc & 0x8000) != 0 ? 0x1021 : 0));
+            crc = quint16((crc << 1) ^ ((crc & 0x8000) != 0 ? 0x1021 : 0));
     }
     return crc;
 }
 
 quint16 u16At(const QByteArray &bytes, int offset)
 {
-    return static_cast<quint16>(u8At(bytes, offset) | (u8At(bytes, offset + 1) << 8));
+    return quint16(u8At(bytes, offset) | (u8At(bytes, offset + 1) << 8));
 }
 
 qint16 i16At(const QByteArray &bytes, int offset)
 {
-    return static_cast<qint16>(u16At(bytes, offset));
+    return qint16(u16At(bytes, offset));
 }
 
 qint32 i32At(const QByteArray &bytes, int offset)
 {
     const quint32 high = u16At(bytes, offset + 2);
-    return static_cast<qint32>(u16At(bytes, offset) | (high << 16));
+    return qint32(u16At(bytes, offset) | (high << 16));
 }
 
 void appendChecksum(QByteArray &frame)
 {
     const quint16 crc = checksum(frame.constData(), frame.size());
-    put8(frame, static_cast<quint8>(crc >> 8));
-    put8(frame, static_cast<quint8>(crc));
+    put8(frame, quint8(crc >> 8));
+    put8(frame, quint8(crc));
 }
 
 HostFrame decodeHostFrame(const QByteArray &frame)

@@ -33,7 +33,7 @@ struct ControlInput
     qint16 roll = 0;
     qint16 pitch = 0;
     qint16 yaw = 0;
-    bool valid = false;
+    bool isValid = false;
 };
 
 /// What the pod takes from a host frame.

@@ -144,7 +144,7 @@ bool trackFromOutside(PodState &state, const Values &values)
     }
     const Vector sight = state.lineOfSight(kPickCentre + values[1], kPickCentre + values[2]);
     state.enter(PodMode::Tracking, state.motion.placeAlong(sight));
-    state.externalTracking = true;
+    state.isTrackedFromOutside = true;
     state.externalRight = values[1];
     state.externalDown = values[2];
     return true;
@@ -232,7 +232,7 @@ constexpr CommandRow kCommands[] = {
 int sizeOf(ParamKind kind)
 {
     static constexpr int kSizes[] = {0, 1, 1, 2, 2, 4};
-    return kSizes[static_cast<int>(kind)];
+    return kSizes[int(kind)];
 }
 
 int valueAt(const QByteArray &area, int offset, ParamKind kind)
@@ -241,9 +241,9 @@ int valueAt(const QByteArray &area, int offset, ParamKind kind)
     case ParamKind::None:
         break;
     case ParamKind::Byte:
-        return static_cast<quint8>(area[offset]);
+        return quint8(area[offset]);
     case ParamKind::SignedByte:
-        return static_cast<qint8>(area[offset]);
+        return qint8(area[offset]);
     case ParamKind::U16:
         return u16At(area, offset);
     case ParamKind::I16:
@@ -256,7 +256,7 @@ int valueAt(const QByteArray &area, int offset, ParamKind kind)
 
 int codeOf(const QByteArray &area)
 {
-    return static_cast<quint8>(area[0]);
+    return quint8(area[0]);
 }
 
 const CommandRow *rowOf(int code)
@@ -312,7 +312,7 @@ QString describeCommand(const QByteArray &area)
     const QString code = QStringLiteral("0x%1 ").arg(
         QString::number(codeOf(area), 16).rightJustified(2, QLatin1Char('0')).toUpper());
     const CommandRow *row = rowOf(codeOf(area));
-    if (row == nullptr)
+    if (!row)
         return code + QStringLiteral("unknown");
     const QString text = code + QLatin1String(row->name);
     if (!isComplete(*row, area))
@@ -325,10 +325,10 @@ QString describeCommand(const QByteArray &area)
 quint8 carryOut(PodState &state, const QByteArray &area)
 {
     const CommandRow *row = rowOf(codeOf(area));
-    if (row == nullptr || !isComplete(*row, area))
+    if (!row || !isComplete(*row, area))
         return kFailure;
     const Values values = valuesOf(*row, area);
-    if (row->act != nullptr)
+    if (row->act)
         return row->act(state, values) ? kSuccess : kFailure;
     setField(state, *row, values[row->source]);
     return kSuccess;

@@ -62,7 +62,7 @@ void PodControl::read()
         m_notifier.setEnabled(false);
         return;
     }
-    m_input.append(buffer.data(), static_cast<int>(size));
+    m_input.append(buffer.data(), int(size));
     for (int end = m_input.indexOf('\n'); end >= 0; end = m_input.indexOf('\n')) {
         take(QString::fromLatin1(m_input.left(end)).simplified());
         m_input.remove(0, end + 1);

@@ -19,8 +19,8 @@ bool isNth(int count, int every)
 void spoilLength(QByteArray &frame)
 {
     const int length = u16At(frame, kLengthOffset) + kLengthError;
-    frame[kLengthOffset] = static_cast<char>(length);
-    frame[kLengthOffset + 1] = static_cast<char>(length >> 8);
+    frame[kLengthOffset] = char(length);
+    frame[kLengthOffset + 1] = char(length >> 8);
     frame.chop(kChecksumSize);
     appendChecksum(frame);
 }
@@ -28,7 +28,7 @@ void spoilLength(QByteArray &frame)
 void spoilChecksum(QByteArray &frame)
 {
     for (int i = frame.size() - kChecksumSize; i < frame.size(); ++i)
-        frame[i] = static_cast<char>(~frame[i]);
+        frame[i] = char(~frame[i]);
 }
 
 } // namespace
@@ -65,7 +65,7 @@ QByteArray PodFaults::noise()
 {
     QByteArray bytes(m_options.noise, '\0');
     for (char &byte : bytes)
-        byte = static_cast<char>(m_random() & 0xFF);
+        byte = char(m_random() & 0xFF);
     return bytes;
 }
 

@@ -12,7 +12,7 @@ constexpr qint64 kRepeatMs = 200;
 
 QByteArray feedbackOf(const QByteArray &area, quint8 result)
 {
-    return area.left(1) + static_cast<char>(result);
+    return area.left(1) + char(result);
 }
 
 } // namespace
@@ -21,10 +21,10 @@ PodAnswer PodFeedback::take(PodState &state, const QByteArray &area, qint64 now)
 {
     PodAnswer answer;
     const bool isIdle = area[0] == '\0';
-    const bool repeats = isRepeat(area, now);
+    const bool isRepeated = isRepeat(area, now);
     if (!isIdle) {
-        answer.kind = repeats ? PodAnswer::Repeat : PodAnswer::New;
-        if (!repeats) {
+        answer.kind = isRepeated ? PodAnswer::Repeat : PodAnswer::New;
+        if (!isRepeated) {
             m_pending = area;
             m_left = m_options.ackAfter;
         }

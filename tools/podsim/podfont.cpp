@@ -49,12 +49,12 @@ constexpr std::array<Glyph, 26> kLetters{{
 
 Glyph glyphOf(char sign)
 {
-    const int letter = std::toupper(static_cast<unsigned char>(sign)) - 'A';
-    if (letter >= 0 && letter < static_cast<int>(kLetters.size()))
-        return kLetters[static_cast<std::size_t>(letter)];
+    const int letter = std::toupper(uchar(sign)) - 'A';
+    if (letter >= 0 && letter < int(kLetters.size()))
+        return kLetters[std::size_t(letter)];
     const int other = sign - '+';
-    if (other >= 0 && other < static_cast<int>(kSigns.size()))
-        return kSigns[static_cast<std::size_t>(other)];
+    if (other >= 0 && other < int(kSigns.size()))
+        return kSigns[std::size_t(other)];
     return {};
 }
 
@@ -63,7 +63,7 @@ void drawGlyph(QPainter &painter, const QPoint &corner, const Glyph &glyph, int 
 {
     for (int column = 0; column < kColumns; ++column)
         for (int row = 0; row < kRows; ++row)
-            if ((glyph[static_cast<std::size_t>(column)] >> row & 1) != 0)
+            if ((glyph[std::size_t(column)] >> row & 1) != 0)
                 painter.fillRect(corner.x() + column * dot, corner.y() + row * dot, dot, dot,
                                  colour);
 }

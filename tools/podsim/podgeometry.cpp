@@ -93,8 +93,8 @@ Angles anglesOf(const Vector &direction)
 GeoPoint moved(const GeoPoint &from, const Vector &offset)
 {
     const double east = metresPerDegreeEast(from.latitude);
-    const bool atPole = std::abs(east) < kMetresPerDegree * kLeastCosine;
-    return {wrapped(from.longitude + (atPole ? 0.0 : offset[1] / east)),
+    const bool isAtPole = std::abs(east) < kMetresPerDegree * kLeastCosine;
+    return {wrapped(from.longitude + (isAtPole ? 0.0 : offset[1] / east)),
             from.latitude + offset[0] / kMetresPerDegree, from.altitude - offset[2]};
 }
 

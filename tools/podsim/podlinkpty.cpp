@@ -99,17 +99,16 @@ private:
         std::array<char, 4096> buffer{};
         const ssize_t size = read(m_master, buffer.data(), buffer.size());
         if (size > 0)
-            emit received(QByteArray(buffer.data(), static_cast<int>(size)));
+            emit received(QByteArray(buffer.data(), int(size)));
         else if (size == 0 || (errno != EAGAIN && errno != EINTR))
             m_link->closePeer();
     }
 
     void writeMore()
     {
-        const ssize_t size =
-            write(m_master, m_unsent.constData(), static_cast<std::size_t>(m_unsent.size()));
+        const ssize_t size = write(m_master, m_unsent.constData(), std::size_t(m_unsent.size()));
         if (size > 0)
-            m_unsent.remove(0, static_cast<int>(size));
+            m_unsent.remove(0, int(size));
         else if (size < 0 && errno != EAGAIN && errno != EINTR)
             m_unsent.clear();
         m_writable.setEnabled(!m_unsent.isEmpty());
@@ -159,7 +158,7 @@ bool PodLinkPty::openMaster()
     if (m_master == -1 || grantpt(m_master) != 0 || unlockpt(m_master) != 0)
         return false;
     const char *path = ptsname(m_master);
-    if (path == nullptr || !makeNonBlocking(m_master))
+    if (!path || !makeNonBlocking(m_master))
         return false;
     m_path = QFile::decodeName(path);
     return resetPeer(m_path);

@@ -10,13 +10,13 @@ void PodLog::line(const QString &text) const
 {
     const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss:zzz"));
     const QByteArray bytes = QStringLiteral("[%1] %2\n").arg(time, text).toLocal8Bit();
-    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout);
+    std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), stdout);
     std::fflush(stdout);
 }
 
 void PodLog::detail(const QString &text) const
 {
-    if (m_verbose)
+    if (m_isVerbose)
         line(text);
 }
 

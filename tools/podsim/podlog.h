@@ -20,15 +20,15 @@ struct PodCounts
 class PodLog
 {
 public:
-    explicit PodLog(bool verbose) : m_verbose(verbose) {}
+    explicit PodLog(bool isVerbose) : m_isVerbose(isVerbose) {}
 
     void line(const QString &text) const;
     /// A line that only a verbose run shows.
     void detail(const QString &text) const;
-    bool isVerbose() const { return m_verbose; }
+    bool isVerbose() const { return m_isVerbose; }
 
 private:
-    bool m_verbose;
+    bool m_isVerbose;
 };
 
 /// The counts in one line.

@@ -23,17 +23,17 @@ constexpr std::array<std::array<QRgb, kColours>, 4> kPalettes{{
 
 int between(int from, int to, double part)
 {
-    return static_cast<int>(from + (to - from) * part);
+    return int(from + (to - from) * part);
 }
 
 QColor thermalColour(int palette, double temperature)
 {
-    const auto &colours = kPalettes[static_cast<std::size_t>(palette) % kPalettes.size()];
+    const auto &colours = kPalettes[std::size_t(palette) % kPalettes.size()];
     const double place =
         std::clamp((temperature - kColdest) / (kHottest - kColdest), 0.0, 1.0) * (kColours - 1);
-    const int index = std::min(static_cast<int>(place), kColours - 2);
-    const QRgb from = colours[static_cast<std::size_t>(index)];
-    const QRgb to = colours[static_cast<std::size_t>(index) + 1];
+    const int index = std::min(int(place), kColours - 2);
+    const QRgb from = colours[std::size_t(index)];
+    const QRgb to = colours[std::size_t(index) + 1];
     const double part = place - index;
     return {between(qRed(from), qRed(to), part), between(qGreen(from), qGreen(to), part),
             between(qBlue(from), qBlue(to), part)};

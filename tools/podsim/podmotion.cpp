@@ -76,7 +76,7 @@ double rate(double from, double to, double seconds)
 const char *modeName(int code)
 {
     for (const ModeRow &row : kModes)
-        if (static_cast<int>(row.mode) == code)
+        if (int(row.mode) == code)
             return row.name;
     return nullptr;
 }
@@ -216,7 +216,7 @@ double PodMotion::excess(const Angles &demand) const
 
 void PodMotion::takeControl(double seconds, const ControlInput &control)
 {
-    if (!control.valid)
+    if (!control.isValid)
         return;
     if (isHolding())
         takeRates(seconds, control);

@@ -123,7 +123,7 @@ public:
     std::optional<quint16> port(const char *name, int least)
     {
         const std::optional<qint64> value = number(name, least, 65535);
-        return value ? std::optional<quint16>(static_cast<quint16>(*value)) : std::nullopt;
+        return value ? std::optional<quint16>(quint16(*value)) : std::nullopt;
     }
 
     void refuse(const char *name, const QString &reason)
@@ -162,8 +162,8 @@ void readMode(OptionReader &reader, PodOptions &options)
         return;
     bool isGood = false;
     const int code = reader.text("start-mode").toInt(&isGood, 16);
-    if (isGood && modeName(code) != nullptr)
-        options.startMode = static_cast<PodMode>(code);
+    if (isGood && modeName(code))
+        options.startMode = PodMode(code);
     else
         reader.refuse("start-mode", QStringLiteral("one of 10, 11, 12, 13, 14, 16, 17, 1C"));
 }
@@ -171,13 +171,12 @@ void readMode(OptionReader &reader, PodOptions &options)
 void readFaults(OptionReader &reader, FaultOptions &faults)
 {
     for (const NumberRow &row : kNumbers)
-        faults.*row.field =
-            static_cast<int>(reader.number(row.name, row.least, row.most).value_or(0));
-    faults.seed = static_cast<quint32>(
-        reader.number("seed", 0, std::numeric_limits<quint32>::max()).value_or(1));
+        faults.*row.field = int(reader.number(row.name, row.least, row.most).value_or(0));
+    faults.seed =
+        quint32(reader.number("seed", 0, std::numeric_limits<quint32>::max()).value_or(1));
     if (const std::optional<qint64> result = reader.number("result", 0, 255))
-        faults.result = static_cast<quint8>(*result);
-    faults.silent = reader.has("silent");
+        faults.result = quint8(*result);
+    faults.isSilent = reader.has("silent");
 }
 
 void readStream(OptionReader &reader, StreamOptions &stream)
@@ -241,7 +240,7 @@ ParsedOptions parseOptions(const QStringList &arguments)
     readMode(reader, parsed.options);
     readFaults(reader, parsed.options.faults);
     readStream(reader, parsed.options.stream);
-    parsed.options.verbose = reader.has("verbose");
+    parsed.options.isVerbose = reader.has("verbose");
     parsed.error = reader.error();
     if (!parser.positionalArguments().isEmpty())
         parsed.error = QStringLiteral("unexpected: %1").arg(parser.positionalArguments().first());

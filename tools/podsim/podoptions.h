@@ -24,7 +24,7 @@ struct FaultOptions
     quint32 seed = 1;             ///< of the noise
     int ackAfter = 0;             ///< answers "executing" before the result
     std::optional<quint8> result; ///< the result byte of all commands
-    bool silent = false;
+    bool isSilent = false;
 };
 
 /// The stream of the camera's picture.
@@ -46,7 +46,7 @@ struct PodOptions
     std::optional<QString> ptyLink;
     QHostAddress address{QHostAddress::LocalHost};
     std::optional<PodMode> startMode;
-    bool verbose = false;
+    bool isVerbose = false;
     FaultOptions faults;
     StreamOptions stream;
 };

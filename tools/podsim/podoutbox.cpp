@@ -40,7 +40,7 @@ void PodOutbox::writeDue()
     while (!m_entries.isEmpty() && m_entries.head().due <= m_clock.elapsed())
         m_channel->send(m_entries.dequeue().bytes);
     if (!m_entries.isEmpty())
-        m_timer.start(static_cast<int>(m_entries.head().due - m_clock.elapsed()));
+        m_timer.start(int(m_entries.head().due - m_clock.elapsed()));
 }
 
 } // namespace podsim

@@ -60,7 +60,7 @@ public:
 
     void drawMeasured(const TemperatureArea &area)
     {
-        if (!area.on)
+        if (!area.isOn)
             return;
         const QPoint first = pixelOf(area.box.x0, area.box.y0);
         const QPoint last = pixelOf(area.box.x1, area.box.y1);
@@ -126,7 +126,7 @@ private:
         const QPoint corner(m_size.height() / kMarginPart, m_size.height() / kMarginPart);
         const QByteArray zooms = " Z1 " + QByteArray::number(m_state.cameras[0].zoom, 'f', 1) +
                                  " Z2 " + QByteArray::number(m_state.cameras[1].zoom, 'f', 1);
-        const QByteArray mode = modeName(static_cast<int>(m_state.motion.mode()));
+        const QByteArray mode = modeName(int(m_state.motion.mode()));
         const QByteArray lines[] = {
             mode + zooms + (m_state.recording != 0 ? " REC" : ""),
             anglesText("REL", m_state.motion.relative()),

@@ -21,7 +21,7 @@ QString hexadecimal(int value)
 
 QString resultText(const QByteArray &feedback)
 {
-    const quint8 result = static_cast<quint8>(feedback[1]);
+    const quint8 result = quint8(feedback[1]);
     switch (result) {
     case kSuccess:
         return QStringLiteral("success");
@@ -99,7 +99,7 @@ void PodSession::noteCommand(const HostFrame &host, const PodAnswer &answered)
                     .arg(host.control.roll)
                     .arg(host.control.pitch)
                     .arg(host.control.yaw)
-                    .arg(host.control.valid ? QString() : QStringLiteral(" not valid")));
+                    .arg(host.control.isValid ? QString() : QStringLiteral(" not valid")));
         break;
     case PodAnswer::New:
         ++m_context.counts.commandFrames;
@@ -119,7 +119,7 @@ void PodSession::noteCommand(const HostFrame &host, const PodAnswer &answered)
 
 void PodSession::answer(const QByteArray &feedback)
 {
-    if (m_context.options.faults.silent || isClogged())
+    if (m_context.options.faults.isSilent || isClogged())
         return;
     const QByteArray frame = encodeGcuFrame(m_context.state.report(), feedback);
     const QVector<QByteArray> pieces = m_faults.pieces(frame);

@@ -20,7 +20,7 @@ class PodChannel;
 /// What all connections with the pod share: there is one pod.
 struct PodContext
 {
-    explicit PodContext(const PodOptions &chosen) : options(chosen), log(chosen.verbose) {}
+    explicit PodContext(const PodOptions &chosen) : options(chosen), log(chosen.isVerbose) {}
 
     PodOptions options;
     PodLog log;

@@ -20,13 +20,13 @@ Wire onWire(double value)
 {
     const double least = std::numeric_limits<Wire>::min();
     const double most = std::numeric_limits<Wire>::max();
-    return static_cast<Wire>(std::lround(std::clamp(value, least, most)));
+    return Wire(std::lround(std::clamp(value, least, most)));
 }
 
 quint16 yawOnWire(double degrees)
 {
     const int hundredths = onWire<qint16>(wrapped(degrees) * kPerDegree);
-    return static_cast<quint16>((hundredths + 36000) % 36000);
+    return quint16((hundredths + 36000) % 36000);
 }
 
 quint8 bits(std::initializer_list<bool> flags)
@@ -37,7 +37,7 @@ quint8 bits(std::initializer_list<bool> flags)
         value |= flag ? bit : 0;
         bit <<= 1;
     }
-    return static_cast<quint8>(value);
+    return quint8(value);
 }
 
 void putAngles(GcuReport &report, const PodMotion &motion)
@@ -86,7 +86,7 @@ void PodState::step(double span, const HostFrame &host)
 
 void PodState::enter(PodMode mode)
 {
-    externalTracking = false;
+    isTrackedFromOutside = false;
     target.reset();
     noteMode(mode);
     motion.enter(mode);
@@ -154,7 +154,7 @@ double PodState::temperatureIn(const PickBox &box) const
 
 void PodState::noteMode(PodMode mode)
 {
-    const int code = static_cast<int>(mode);
+    const int code = int(mode);
     if (motion.mode() != mode)
         events.append(QStringLiteral("mode 0x%1 %2")
                           .arg(QString::number(code, 16).toUpper(), QLatin1String(modeName(code))));
@@ -178,7 +178,7 @@ std::optional<std::array<double, 2>> PodState::seenAt(const Vector &direction,
 
 std::array<int, 2> PodState::missDistances() const
 {
-    if (externalTracking)
+    if (isTrackedFromOutside)
         return {externalRight, externalDown};
     if (motion.mode() != PodMode::Tracking || !motion.place())
         return {0, 0};
@@ -192,16 +192,16 @@ std::array<int, 2> PodState::missDistances() const
 GcuReport PodState::report() const
 {
     GcuReport report;
-    report.mode = static_cast<quint8>(motion.mode());
+    report.mode = quint8(motion.mode());
     report.flags[0] =
         bits({recording != 0, nightVision != 0, ranging != 0, motion.mode() == PodMode::Tracking,
               osd != 0, recognition != 0, autoFlip != 0, light != 0});
-    report.flags[1] = static_cast<quint8>(
-        (pictureInPicture & 0x07) |
-        bits({false, false, false, cameras[0].zooming != 0, cameras[1].zooming != 0}));
+    report.flags[1] =
+        quint8((pictureInPicture & 0x07) |
+               bits({false, false, false, cameras[0].zooming != 0, cameras[1].zooming != 0}));
     const std::array<int, 2> miss = missDistances();
-    report.missHorizontal = static_cast<qint16>(miss[0]);
-    report.missVertical = static_cast<qint16>(miss[1]);
+    report.missHorizontal = qint16(miss[0]);
+    report.missVertical = qint16(miss[1]);
     putAngles(report, motion);
     putTarget(report, motion, lineOfSight());
     report.zoom1 = onWire<quint16>(cameras[0].zoom * kTenths);

@@ -26,7 +26,7 @@ struct PickBox
 /// Where a temperature is measured.
 struct TemperatureArea
 {
-    bool on = false;
+    bool isOn = false;
     int camera = 0;
     PickBox box;
 };
@@ -51,7 +51,7 @@ struct PodState
     std::array<PodCamera, 2> cameras{{{1.0, 30.0, 60.0, 0}, {1.0, 8.0, 40.0, 0}}};
     std::optional<std::size_t> target; ///< the object of the scene that tracking follows
     /// Miss distances given from outside, right and down of the centre in pick units.
-    bool externalTracking = false;
+    bool isTrackedFromOutside = false;
     int externalRight = 0;
     int externalDown = 0;
 

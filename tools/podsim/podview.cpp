@@ -43,8 +43,8 @@ QPolygonF clipped(const QPolygonF &polygon, const std::function<double(const QPo
 template <typename Action>
 void forMultiples(double middle, double reach, double step, Action action)
 {
-    const int last = static_cast<int>(std::floor((middle + reach) / step));
-    for (int i = static_cast<int>(std::ceil((middle - reach) / step)); i <= last; ++i)
+    const int last = int(std::floor((middle + reach) / step));
+    for (int i = int(std::ceil((middle - reach) / step)); i <= last; ++i)
         action(i * step);
 }
 

@@ -123,14 +123,14 @@ void RtspStream::leaveMedia(GstRTSPMedia *media, gpointer self)
 
 QString RtspStream::open()
 {
-    if (m_listener != nullptr)
+    if (m_listener)
         return {};
     const QString missing = missingElement();
     if (!missing.isEmpty())
         return QStringLiteral("cannot open %1: GStreamer has no %2").arg(where(), missing);
     GError *error = nullptr;
     m_listener = gst_rtsp_server_create_source(m_server.get(), nullptr, &error);
-    if (m_listener == nullptr) {
+    if (!m_listener) {
         const QString reason = QString::fromUtf8(error->message);
         g_error_free(error);
         return QStringLiteral("cannot open %1: %2").arg(where(), reason);
@@ -157,7 +157,7 @@ void RtspStream::drop()
 
 void RtspStream::close()
 {
-    if (m_listener != nullptr) {
+    if (m_listener) {
         g_source_destroy(m_listener);
         g_source_unref(std::exchange(m_listener, nullptr));
     }

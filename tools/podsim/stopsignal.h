@@ -15,7 +15,7 @@ public:
     StopSignal();
 
     /// False if the system can't give notice.
-    bool isReady() const { return m_listener != nullptr; }
+    bool isReady() const { return m_listener; }
 
 signals:
     void stopped();
