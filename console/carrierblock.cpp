@@ -7,7 +7,7 @@ namespace {
 constexpr int kRequestOffset = 30;
 
 /// The form's text for a host row: of its carrier field, or of what the form doesn't hold.
-QString rowText(const Field &row, const CarrierTexts &texts)
+QString rowText(const protocol::Field &row, const CarrierTexts &texts)
 {
     for (std::size_t i = 0; i < kCarrierFields.size(); ++i) {
         if (kCarrierFields[i].offset == row.offset)

@@ -18,7 +18,7 @@ struct CarrierField
     int offset = 0;
     const char *edit = "";
     const char *label = "";
-    Limit limit = {};
+    protocol::Limit limit = {};
 };
 
 constexpr const char *kSevenDecimals =
@@ -29,8 +29,8 @@ constexpr const char *kLatitudePattern = "^[-+]?((90(\\.\\d{1,7})?)|([1-8]?\\d(\
 
 /// Accelerations and velocities can't be typed negative although they are signed on the wire. The
 /// top of the range is soft: a larger number is only intermediate and goes out as it stands.
-constexpr Limit kMotionLimit{Limit::Real, 0, 100, 2};
-constexpr Limit kAltitudeLimit{Limit::Real, 0, 100, 3};
+constexpr protocol::Limit kMotionLimit{protocol::Limit::Real, 0, 100, 2};
+constexpr protocol::Limit kAltitudeLimit{protocol::Limit::Real, 0, 100, 3};
 
 constexpr int kCarrierFieldCount = 15;
 
@@ -52,9 +52,9 @@ inline constexpr std::array<CarrierField, kCarrierFieldCount> kCarrierFields = {
     {38, "lineEdit_s_10", "label_132", matching(kSevenDecimals)},
     {42, "lineEdit_s_11", "label_126", matching(kSevenDecimals)},
     {46, "lineEdit_s_12", "label_133", kAltitudeLimit},
-    {50, "lineEdit_s_13", "label_127", {Limit::Integer, 0, 255}},
+    {50, "lineEdit_s_13", "label_127", {protocol::Limit::Integer, 0, 255}},
     {51, "lineEdit_s_14", "label_134", matching("^[0-9]*$")},
-    {55, "lineEdit_s_15", "label_128", {Limit::Integer, -32767, 32767}},
+    {55, "lineEdit_s_15", "label_128", {protocol::Limit::Integer, -32767, 32767}},
 }};
 
 /// Texts of the carrier form, by row of `kCarrierFields`.

@@ -24,7 +24,7 @@ namespace {
 constexpr unsigned long kPeriodMs = 30;
 constexpr int kFullRate = 1500;
 
-constexpr Limit kHexByteLimit = matching("[0-9A-Fa-f]{1,2}");
+constexpr protocol::Limit kHexByteLimit = matching("[0-9A-Fa-f]{1,2}");
 
 /// Labels and buttons that have no command, and the keys of their texts.
 constexpr Caption kCaptions[] = {

@@ -112,7 +112,7 @@ void showLongText(QTextEdit *box, const QString &text)
 
 /// Why a pasted text is no frame with this header, or null. The length is tested last, after the
 /// CRC.
-const char *frameFault(const QString &digits, const Field &header)
+const char *frameFault(const QString &digits, const protocol::Field &header)
 {
     if (digits.size() % 2 != 0 || digits.size() <= kTooFewDigits)
         return "数据包长度异常！";
@@ -156,7 +156,7 @@ dataPacketAnalysis::Form dataPacketAnalysis::bindForm(const Rows &rows)
     const auto find = [this](const char *name) { return *name ? widgetOf(this, name) : nullptr; };
     Form form;
     for (const auto &row : rows) {
-        const Field &field = row.field;
+        const protocol::Field &field = row.field;
         QWidget *name = find(field.nameObject);
         QLayoutItem *firstColumn = name->parentWidget()->layout()->itemAt(0);
         auto *bytes = qobject_cast<QLabel *>(firstColumn->widget());

@@ -64,7 +64,7 @@ private:
     /// The objects of the form that stand for one field; null where it has none.
     struct FieldWidgets
     {
-        const Field *field;
+        const protocol::Field *field;
         QLabel *bytes;
         QWidget *name;
         QWidget *value;

@@ -21,19 +21,19 @@ Validator *plainNumbers(Validator *validator)
 
 } // namespace
 
-void setEntryRule(QLineEdit *edit, const Limit &limit)
+void setEntryRule(QLineEdit *edit, const protocol::Limit &limit)
 {
     switch (limit.kind) {
-    case Limit::None:
+    case protocol::Limit::None:
         break;
-    case Limit::Integer:
+    case protocol::Limit::Integer:
         edit->setValidator(plainNumbers(new QIntValidator(limit.low, limit.high, edit)));
         break;
-    case Limit::Real:
+    case protocol::Limit::Real:
         edit->setValidator(
             plainNumbers(new QDoubleValidator(limit.low, limit.high, limit.decimals, edit)));
         break;
-    case Limit::Pattern:
+    case protocol::Limit::Pattern:
         edit->setValidator(new QRegExpValidator(QRegExp(QLatin1String(limit.pattern)), edit));
         break;
     }

@@ -6,7 +6,7 @@
 namespace {
 
 /// The wire value of a number field, its missing bytes read as zero.
-qint64 rawValue(const Field &field, const QByteArray &frame)
+qint64 rawValue(const protocol::Field &field, const QByteArray &frame)
 {
     const QByteArray slice = fieldSlice(field, frame);
     switch (field.kind) {
@@ -26,17 +26,17 @@ qint64 rawValue(const Field &field, const QByteArray &frame)
     }
 }
 
-QString scaledText(const Scale &scale, qint64 raw)
+QString scaledText(const protocol::Scale &scale, qint64 raw)
 {
     const double value = double(raw) * scale.factor;
-    return scale.form == TextForm::Fixed7 ? QString::number(value, 'f', 7)
-                                          : QString::number(value, 'g', 6);
+    return scale.form == protocol::TextForm::Fixed7 ? QString::number(value, 'f', 7)
+                                                    : QString::number(value, 'g', 6);
 }
 
-qint32 scaledValue(const Scale &scale, const QString &text)
+qint32 scaledValue(const protocol::Scale &scale, const QString &text)
 {
-    return scale.precision == Precision::Single ? scaledSingle(text, float(scale.k))
-                                                : scaledDouble(text, scale.k);
+    return scale.precision == protocol::Precision::Single ? scaledSingle(text, float(scale.k))
+                                                          : scaledDouble(text, scale.k);
 }
 
 /// A plain text out of its type's range doesn't parse and counts as 0.
@@ -62,7 +62,7 @@ int saidLength(const QByteArray &frame)
     return decodeI16(frame.mid(2, 2));
 }
 
-QString byteLabel(const Field &field)
+QString byteLabel(const protocol::Field &field)
 {
     if (field.kind == FieldKind::Crc)
         return QStringLiteral("S-2～S-1");
@@ -74,7 +74,7 @@ QString byteLabel(const Field &field)
     return first + QStringLiteral("～") + QString::number(field.offset + field.size - 1);
 }
 
-QByteArray fieldSlice(const Field &field, const QByteArray &frame)
+QByteArray fieldSlice(const protocol::Field &field, const QByteArray &frame)
 {
     const int areaSize = saidLength(frame) - kFrameOverhead;
     if (field.kind == FieldKind::Command)
@@ -86,7 +86,7 @@ QByteArray fieldSlice(const Field &field, const QByteArray &frame)
     return frame.mid(field.offset, field.size);
 }
 
-QString fieldText(const Field &field, const QByteArray &frame)
+QString fieldText(const protocol::Field &field, const QByteArray &frame)
 {
     switch (field.kind) {
     case FieldKind::Reserved:
@@ -105,7 +105,7 @@ QString fieldText(const Field &field, const QByteArray &frame)
     return field.scale.factor == 0 ? QString::number(raw) : scaledText(field.scale, raw);
 }
 
-QByteArray fieldBytes(const Field &field, const QString &text)
+QByteArray fieldBytes(const protocol::Field &field, const QString &text)
 {
     if (field.kind == FieldKind::Constant)
         return QByteArray(reinterpret_cast<const char *>(field.constant.data()), field.size);

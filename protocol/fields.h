@@ -33,6 +33,9 @@ enum class FieldKind : quint8 {
     Crc,      ///< the last two bytes, high byte first
 };
 
+/// What a row is made of. These are everyday words, which other headers may use as well.
+namespace protocol {
+
 enum class Precision : quint8 { Integer, Single, Double };
 enum class TextForm : quint8 { General6, Fixed7 };
 
@@ -45,13 +48,6 @@ struct Scale
     Precision precision = Precision::Integer;
     TextForm form = TextForm::General6;
 };
-
-constexpr Scale kPlain{};
-constexpr Scale kTenths{10, 0.1, Precision::Double, TextForm::General6};
-constexpr Scale kHundredths{100, 0.01, Precision::Single, TextForm::General6};
-constexpr Scale kThousandthsSingle{1000, 0.001, Precision::Single, TextForm::General6};
-constexpr Scale kThousandths{1000, 0.001, Precision::Double, TextForm::General6};
-constexpr Scale kGeoDegrees{10000000, 1e-07, Precision::Double, TextForm::Fixed7};
 
 /// What an operator may type into a field.
 struct Limit
@@ -70,7 +66,7 @@ struct Field
     int offset = 0; ///< in bytes; a CRC stands at S - 2 instead
     int size = 0;   ///< in bytes; 0 for the variable area
     FieldKind kind = FieldKind::Byte;
-    Scale scale = kPlain;
+    Scale scale = {};
     const char *id = "";          ///< name for other programs
     const char *unit = "";        ///< of the engineering value, in ASCII
     const char *key = "";         ///< name of the field, before the language lookup
@@ -109,23 +105,33 @@ constexpr const char *idOf(const FieldRow<Record> &row)
     return row.field.id;
 }
 
+} // namespace protocol
+
+constexpr protocol::Scale kPlain{};
+constexpr protocol::Scale kTenths{10, 0.1, protocol::Precision::Double};
+constexpr protocol::Scale kHundredths{100, 0.01, protocol::Precision::Single};
+constexpr protocol::Scale kThousandthsSingle{1000, 0.001, protocol::Precision::Single};
+constexpr protocol::Scale kThousandths{1000, 0.001, protocol::Precision::Double};
+constexpr protocol::Scale kGeoDegrees{10000000, 1e-07, protocol::Precision::Double,
+                                      protocol::TextForm::Fixed7};
+
 /// S, the length that a frame says of itself: the signed bytes 2 and 3.
 int saidLength(const QByteArray &frame);
 
 /// Where the field stands, as a form's first column shows it before the language lookup: "4",
 /// "12～13", for the variable area "69～S-3", for the CRC "S-2～S-1".
-QString byteLabel(const Field &field);
+QString byteLabel(const protocol::Field &field);
 
 /// The field's own bytes. The variable area and the CRC go by the frame's own length field, not
 /// by the size of the array; of what isn't there nothing is taken. Where S is below 71 the command
 /// area is all that follows offset 69, and the feedback area is empty.
-QByteArray fieldSlice(const Field &field, const QByteArray &frame);
+QByteArray fieldSlice(const protocol::Field &field, const QByteArray &frame);
 
 /// The field's value as a form shows it, empty for kinds without one.
-QString fieldText(const Field &field, const QByteArray &frame);
+QString fieldText(const protocol::Field &field, const QByteArray &frame);
 
 /// The field's bytes as an operator's text makes them. Text that doesn't parse counts as 0.
-QByteArray fieldBytes(const Field &field, const QString &text);
+QByteArray fieldBytes(const protocol::Field &field, const QString &text);
 
 /// True when the two bytes at S - 2 are there and are the checksum of those before them, high byte
 /// first.
@@ -138,12 +144,12 @@ void computeCrc(const QByteArray &frame, Record &record);
 
 /// Fills every member of `record` that a row names from `frame`; missing bytes read as zero.
 template <typename Record, std::size_t N>
-void readMembers(const std::array<FieldRow<Record>, N> &rows, const QByteArray &frame,
+void readMembers(const std::array<protocol::FieldRow<Record>, N> &rows, const QByteArray &frame,
                  Record &record);
 
 /// Stores every member of `record` that a row names into `frame`, as far as it reaches.
 template <typename Record, std::size_t N>
-void writeMembers(const std::array<FieldRow<Record>, N> &rows, const Record &record,
+void writeMembers(const std::array<protocol::FieldRow<Record>, N> &rows, const Record &record,
                   QByteArray &frame);
 
 #include "protocol/fields.inl"

@@ -46,7 +46,7 @@ void computeCrc(const QByteArray &frame, Record &record)
 }
 
 template <typename Record, std::size_t N>
-void readMembers(const std::array<FieldRow<Record>, N> &rows, const QByteArray &frame,
+void readMembers(const std::array<protocol::FieldRow<Record>, N> &rows, const QByteArray &frame,
                  Record &record)
 {
     std::array<char, kFixedSize> fixed = {};
@@ -56,7 +56,7 @@ void readMembers(const std::array<FieldRow<Record>, N> &rows, const QByteArray &
         std::visit(
             [&](auto member) {
                 using M = decltype(member);
-                if constexpr (std::is_same_v<M, BytePair<Record>>) {
+                if constexpr (std::is_same_v<M, protocol::BytePair<Record>>) {
                     record.*member.first = quint8(at[0]);
                     record.*member.second = quint8(at[1]);
                 } else if constexpr (!std::is_same_v<M, std::monostate>) {
@@ -68,7 +68,7 @@ void readMembers(const std::array<FieldRow<Record>, N> &rows, const QByteArray &
 }
 
 template <typename Record, std::size_t N>
-void writeMembers(const std::array<FieldRow<Record>, N> &rows, const Record &record,
+void writeMembers(const std::array<protocol::FieldRow<Record>, N> &rows, const Record &record,
                   QByteArray &frame)
 {
     std::array<char, kFixedSize> fixed = {};
@@ -77,7 +77,7 @@ void writeMembers(const std::array<FieldRow<Record>, N> &rows, const Record &rec
         std::visit(
             [&](auto member) {
                 using M = decltype(member);
-                if constexpr (std::is_same_v<M, BytePair<Record>>) {
+                if constexpr (std::is_same_v<M, protocol::BytePair<Record>>) {
                     at[0] = char(record.*member.first);
                     at[1] = char(record.*member.second);
                 } else if constexpr (!std::is_same_v<M, std::monostate>) {

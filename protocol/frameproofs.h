@@ -10,7 +10,7 @@
 /// True when the rows of a frame follow one another without gap or overlap up to the variable
 /// area at offset 69, which the CRC ends.
 template <typename Record, std::size_t N>
-constexpr bool tilesFrame(const std::array<FieldRow<Record>, N> &rows)
+constexpr bool tilesFrame(const std::array<protocol::FieldRow<Record>, N> &rows)
 {
     int offset = 0;
     for (std::size_t i = 0; i + 2 < N; ++i) {
@@ -18,14 +18,14 @@ constexpr bool tilesFrame(const std::array<FieldRow<Record>, N> &rows)
             return false;
         offset += rows[i].field.size;
     }
-    const Field &area = rows[N - 2].field;
+    const protocol::Field &area = rows[N - 2].field;
     return offset == kFixedSize && area.offset == kFixedSize && area.size == 0 &&
            (area.kind == FieldKind::Command || area.kind == FieldKind::Feedback) &&
            rows[N - 1].field.kind == FieldKind::Crc;
 }
 
 /// True when a field of its kind can have its size.
-constexpr bool kindFitsSize(const Field &field)
+constexpr bool kindFitsSize(const protocol::Field &field)
 {
     switch (field.kind) {
     case FieldKind::Constant:
@@ -55,25 +55,25 @@ constexpr bool kindFitsSize(const Field &field)
 
 /// True when the record's member is as wide as the field, and signed where its number is.
 template <typename Record, typename T>
-constexpr bool memberFits(const Field &field, T Record::*)
+constexpr bool memberFits(const protocol::Field &field, T Record::*)
 {
     const bool isSigned = field.kind == FieldKind::I16 || field.kind == FieldKind::I32;
     return int(sizeof(T)) == field.size && std::is_signed_v<T> == isSigned;
 }
 
 template <typename Record>
-constexpr bool memberFits(const Field &field, BytePair<Record>)
+constexpr bool memberFits(const protocol::Field &field, protocol::BytePair<Record>)
 {
     return field.size == 2;
 }
 
-constexpr bool memberFits(const Field &field, std::monostate)
+constexpr bool memberFits(const protocol::Field &field, std::monostate)
 {
     return field.kind == FieldKind::Flags || field.size == 0 || field.kind == FieldKind::Crc;
 }
 
 template <typename Record, std::size_t N>
-constexpr bool kindsFitSizes(const std::array<FieldRow<Record>, N> &rows)
+constexpr bool kindsFitSizes(const std::array<protocol::FieldRow<Record>, N> &rows)
 {
     for (const auto &row : rows) {
         if (!kindFitsSize(row.field))
@@ -83,7 +83,7 @@ constexpr bool kindsFitSizes(const std::array<FieldRow<Record>, N> &rows)
 }
 
 template <typename Record, std::size_t N>
-constexpr bool membersFit(const std::array<FieldRow<Record>, N> &rows)
+constexpr bool membersFit(const std::array<protocol::FieldRow<Record>, N> &rows)
 {
     for (const auto &row : rows) {
         const auto fits = [&row](auto member) { return memberFits(row.field, member); };

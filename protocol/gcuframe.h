@@ -64,10 +64,10 @@ void parseGcuFrame(const QByteArray &bytes, GcuFrame &record);
 
 /// The rows of the GCU frame in wire order. Factors differ from field to field on purpose.
 // clang-format off
-inline constexpr std::array<FieldRow<GcuFrame>, 31> kGcuRows = {{
+inline constexpr std::array<protocol::FieldRow<GcuFrame>, 31> kGcuRows = {{
     {{0, 2, FieldKind::Constant, kPlain, "header", "", "协议头",
       "label22_2", "", "", {0x8A, 0x5E}},
-     BytePair<GcuFrame>{&GcuFrame::header0, &GcuFrame::header1}},
+     protocol::BytePair<GcuFrame>{&GcuFrame::header0, &GcuFrame::header1}},
     {{2, 2, FieldKind::Length, kPlain, "length", "B", "包长度",
       "label32_2", "label33_2", "label34_2"}, &GcuFrame::length},
     {{4, 1, FieldKind::Byte, kPlain, "version", "", "版本号",
@@ -76,7 +76,7 @@ inline constexpr std::array<FieldRow<GcuFrame>, 31> kGcuRows = {{
       "label52_2", "lineEdit53_2", "label54_2"}, &GcuFrame::workMode},
     {{6, 2, FieldKind::Hex, kPlain, "camera_status", "", "吊舱状态标志",
       "label62_2", "lineEdit63_2", "label64_2"},
-     BytePair<GcuFrame>{&GcuFrame::statusFlags0, &GcuFrame::statusFlags1}},
+     protocol::BytePair<GcuFrame>{&GcuFrame::statusFlags0, &GcuFrame::statusFlags1}},
     {{8, 2, FieldKind::I16, kPlain, "miss_horizontal", "", "水平方向脱靶量",
       "label72_2", "lineEdit73_2", "label74_2"}, &GcuFrame::missHorizontal},
     {{10, 2, FieldKind::I16, kPlain, "miss_vertical", "", "垂直方向脱靶量",
@@ -111,7 +111,7 @@ inline constexpr std::array<FieldRow<GcuFrame>, 31> kGcuRows = {{
       "label212_2", "lineEdit213_2", "label214_2"}, &GcuFrame::podCode},
     {{41, 2, FieldKind::Hex, kPlain, "fault_code", "", "故障代码",
       "label222_2", "lineEdit223_2", "label224_2"},
-     BytePair<GcuFrame>{&GcuFrame::faultCode0, &GcuFrame::faultCode1}},
+     protocol::BytePair<GcuFrame>{&GcuFrame::faultCode0, &GcuFrame::faultCode1}},
     {{43, 4, FieldKind::I32, kTenths, "target_distance", "m", "目标距离",
       "label232_2", "lineEdit233_2", "label234_2"}, &GcuFrame::targetDistance},
     {{47, 4, FieldKind::I32, kGeoDegrees, "target_longitude", "deg", "目标经度",

@@ -107,7 +107,7 @@ QByteArray buildHostFrame(const HostTexts &texts)
     QByteArray frame;
     frame.reserve(kFrameOverhead + 16);
     for (std::size_t i = 0; i < kHostRows.size(); ++i) {
-        const Field &field = kHostRows[i].field;
+        const protocol::Field &field = kHostRows[i].field;
         if (field.kind == FieldKind::Flags)
             frame.append(char(statusFlags(texts.controlValid, texts.inertialValid)));
         else if (field.kind == FieldKind::Command)

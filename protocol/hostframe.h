@@ -76,25 +76,25 @@ void parseHostFrame(const QByteArray &bytes, HostFrame &record);
 /// Returns `record.length`; of a smaller buffer only what is there is written.
 quint16 packHostFrame(const HostFrame &record, QByteArray &bytes);
 
-constexpr Limit kByteLimit{Limit::Integer, 0, 255};
-constexpr Limit kControlLimit{Limit::Integer, -18000, 18000};
-constexpr Limit kCentiLimit{Limit::Real, -1000000, 1000000, 2};
-constexpr Limit kMilliLimit{Limit::Real, -1000000, 1000000, 3};
+constexpr protocol::Limit kByteLimit{protocol::Limit::Integer, 0, 255};
+constexpr protocol::Limit kControlLimit{protocol::Limit::Integer, -18000, 18000};
+constexpr protocol::Limit kCentiLimit{protocol::Limit::Real, -1000000, 1000000, 2};
+constexpr protocol::Limit kMilliLimit{protocol::Limit::Real, -1000000, 1000000, 3};
 
 /// Limit given by a pattern. The two with "\0" demand a decimal point: a plain "0" isn't acceptable
 /// to them, the text that their fields start with. A pattern that took it would let operators type
 /// what these fields have always refused.
-constexpr Limit matching(const char *pattern)
+constexpr protocol::Limit matching(const char *pattern)
 {
-    return {Limit::Pattern, 0, 0, 0, pattern};
+    return {protocol::Limit::Pattern, 0, 0, 0, pattern};
 }
 
 /// The rows of the host frame in wire order, a row a field.
 // clang-format off
-inline constexpr std::array<FieldRow<HostFrame>, 29> kHostRows = {{
+inline constexpr std::array<protocol::FieldRow<HostFrame>, 29> kHostRows = {{
     {{0, 2, FieldKind::Constant, kPlain, "header", "", "协议头",
       "label22", "", "", {0xA8, 0xE5}},
-     BytePair<HostFrame>{&HostFrame::header0, &HostFrame::header1}},
+     protocol::BytePair<HostFrame>{&HostFrame::header0, &HostFrame::header1}},
     {{2, 2, FieldKind::Length, kPlain, "length", "B", "包长度",
       "label32", "label33", "label34"}, &HostFrame::length},
     {{4, 1, FieldKind::SignedByte, kPlain, "version", "", "版本号",
@@ -131,7 +131,7 @@ inline constexpr std::array<FieldRow<HostFrame>, 29> kHostRows = {{
     {{28, 2, FieldKind::I16, kHundredths, "velocity_up", "m/s", "载机天向速度",
       "label172", "lineEdit173", "label174", {}, kCentiLimit}, &HostFrame::velocityUp},
     {{30, 1, FieldKind::Byte, kPlain, "subframe_request", "", "返回数据副帧请求码",
-      "label182", "lineEdit183", "label184", {}, {Limit::Integer, 0, 9}},
+      "label182", "lineEdit183", "label184", {}, {protocol::Limit::Integer, 0, 9}},
      &HostFrame::subFrameRequest},
     {{31, 6, FieldKind::Reserved, kPlain, "reserved1", "", "预留",
       "label192", "", ""}, &HostFrame::reserved1},
@@ -152,7 +152,7 @@ inline constexpr std::array<FieldRow<HostFrame>, 29> kHostRows = {{
       "label252", "lineEdit253", "label254", {},
       matching("^[0-9]*$")}, &HostFrame::gnssMilliseconds},
     {{55, 2, FieldKind::I16, kPlain, "gnss_week", "", "载机GNSS周数",
-      "label262", "lineEdit263", "label264", {}, {Limit::Integer, -32767, 32767}},
+      "label262", "lineEdit263", "label264", {}, {protocol::Limit::Integer, -32767, 32767}},
      &HostFrame::gnssWeek},
     {{57, 4, FieldKind::I32, kThousandthsSingle, "relative_height", "m", "相对高度",
       "label272", "lineEdit273", "label274", {}, kMilliLimit}, &HostFrame::relativeHeight},

@@ -23,7 +23,7 @@ enum LinkIndex { kTcpIndex = 0, kUdpIndex = 1 };
 constexpr int kLogBlockLimit = 50000;
 constexpr int kShownWidth = 10000000;
 constexpr int kHighestPort = 65535;
-constexpr Limit kPortLimit{Limit::Integer, 0, 99999};
+constexpr protocol::Limit kPortLimit{protocol::Limit::Integer, 0, 99999};
 
 constexpr Caption kCaptions[] = {
     {"label", "连接设备"},       {"label_2", "连接方式"},

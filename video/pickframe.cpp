@@ -38,7 +38,7 @@ constexpr int kPictureInPictureSize = kFrameOverhead + 2;
 
 constexpr double kFullScale = 10000.0;
 
-const PickCommand &commandOf(Pick pick)
+const PickCommand &commandOf(video::Pick pick)
 {
     return kPickCommands[int(pick)];
 }
@@ -56,12 +56,13 @@ quint16 pickUnit(double position, int extent)
     return extent > 0 ? quint16(qint64(position * kFullScale / extent)) : quint16(0);
 }
 
-bool canEnd(Pick pick)
+bool canEnd(video::Pick pick)
 {
     return commandOf(pick).hasFlag;
 }
 
-QByteArray pickFrame(Pick pick, bool start, const PickCorners &corners, const FrameTexts &texts)
+QByteArray pickFrame(video::Pick pick, bool start, const PickCorners &corners,
+                     const FrameTexts &texts)
 {
     const PickCommand &row = commandOf(pick);
     QString command = QLatin1String(row.code);

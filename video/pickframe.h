@@ -16,8 +16,12 @@ struct FrameTexts
     QString version;  ///< one byte
 };
 
+namespace video {
+
 /// What a pick on the picture is for.
 enum class Pick { Pointing, Cursor, Region, Tracking };
+
+} // namespace video
 
 /// A pick: two corners in 0 to 10000 from left to right and from top to bottom.
 using PickCorners = std::array<quint16, 4>; // x0, y0, x1, y1
@@ -27,11 +31,12 @@ using PickCorners = std::array<quint16, 4>; // x0, y0, x1, y1
 quint16 pickUnit(double position, int extent);
 
 /// Whether the function can be ended. There is no frame that ends a pointing.
-bool canEnd(Pick pick);
+bool canEnd(video::Pick pick);
 
 /// The frame that starts or ends a function: 77 to 82 bytes, the command at offset 69, the CRC
 /// in the last two.
-QByteArray pickFrame(Pick pick, bool start, const PickCorners &corners, const FrameTexts &texts);
+QByteArray pickFrame(video::Pick pick, bool start, const PickCorners &corners,
+                     const FrameTexts &texts);
 
 /// The frame of 73 bytes that takes picture-in-picture to `step`, 1 to 4.
 QByteArray pictureInPictureFrame(int step, const FrameTexts &texts);

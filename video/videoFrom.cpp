@@ -130,13 +130,13 @@ void videoFrom::SelectTracking(bool isSelected)
         m_rectangleMode = true;
 }
 
-Pick videoFrom::chosenPick() const
+video::Pick videoFrom::chosenPick() const
 {
     if (ui.pushButton_Pointing->isChecked())
-        return Pick::Pointing;
+        return video::Pick::Pointing;
     if (ui.pushButton_Cursor->isChecked())
-        return Pick::Cursor;
-    return ui.pushButton_Region->isChecked() ? Pick::Region : Pick::Tracking;
+        return video::Pick::Cursor;
+    return ui.pushButton_Region->isChecked() ? video::Pick::Region : video::Pick::Tracking;
 }
 
 void videoFrom::readFrameTexts()

@@ -45,7 +45,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    Pick chosenPick() const;
+    video::Pick chosenPick() const;
     void readFrameTexts();
     FrameTexts frameTexts() const;
     void sendPick(bool start);

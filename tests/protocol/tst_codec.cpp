@@ -5,7 +5,7 @@
 #include <QtEndian>
 
 // Ahead of its use: an optimised build looks for it there.
-Q_DECLARE_METATYPE(Scale)
+Q_DECLARE_METATYPE(protocol::Scale)
 
 class tst_codec : public QObject
 {
@@ -128,10 +128,10 @@ void tst_codec::hexTextToBytesPairsFromTheEnd()
 void tst_codec::scaledFields_data()
 {
     QTest::addColumn<int>("kind");
-    QTest::addColumn<Scale>("scale");
+    QTest::addColumn<protocol::Scale>("scale");
     QTest::addColumn<QString>("text");
     QTest::addColumn<QByteArray>("bytes");
-    const auto row = [](FieldKind kind, Scale scale, const char *text, const char *hex) {
+    const auto row = [](FieldKind kind, protocol::Scale scale, const char *text, const char *hex) {
         QTest::addRow("%s as kind %d, K %g", text, int(kind), scale.k)
             << int(kind) << scale << QString::fromLatin1(text) << QByteArray::fromHex(hex);
     };
@@ -165,10 +165,10 @@ void tst_codec::scaledFields_data()
 void tst_codec::scaledFields()
 {
     QFETCH(int, kind);
-    QFETCH(Scale, scale);
+    QFETCH(protocol::Scale, scale);
     QFETCH(QString, text);
     QFETCH(QByteArray, bytes);
-    const Field field{0, bytes.size(), FieldKind(kind), scale};
+    const protocol::Field field{0, bytes.size(), FieldKind(kind), scale};
     QCOMPARE(fieldBytes(field, text), bytes);
 }
 

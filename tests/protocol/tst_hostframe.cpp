@@ -169,8 +169,8 @@ void tst_hostframe::buildFromTexts()
 
 void tst_hostframe::saidLengthDecidesSlices()
 {
-    const Field &area = kHostRows[kHostRows.size() - 2].field;
-    const Field &crc = kHostRows.back().field;
+    const protocol::Field &area = kHostRows[kHostRows.size() - 2].field;
+    const protocol::Field &crc = kHostRows.back().field;
     QByteArray frame = sampleFrame("49 2001 8E5F");
     QCOMPARE(fieldSlice(area, frame), QByteArray::fromHex("2001"));
     QCOMPARE(fieldSlice(crc, frame), frame.right(2));

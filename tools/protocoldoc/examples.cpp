@@ -54,7 +54,7 @@ QByteArray photoFrame()
 QByteArray pointingFrame()
 {
     const quint16 middle = pickUnit(0.5, 1);
-    return pickFrame(Pick::Pointing, true, {middle, middle, middle, middle},
+    return pickFrame(video::Pick::Pointing, true, {middle, middle, middle, middle},
                      {carrier(), kOne, kOne});
 }
 

@@ -85,7 +85,7 @@ QString code(const QString &text)
 }
 
 /// Where a field stands. The form's own text, in English with its own signs.
-QString placeOf(const Field &field)
+QString placeOf(const protocol::Field &field)
 {
     QString place = byteLabel(field);
     if (!isChinese())
@@ -117,15 +117,15 @@ QString kindOf(FieldKind kind)
     }
 }
 
-QString factorOf(const Scale &scale)
+QString factorOf(const protocol::Scale &scale)
 {
-    if (scale.precision == Precision::Integer)
+    if (scale.precision == protocol::Precision::Integer)
         return {};
     return scale.k == kGeoDegrees.k ? QString::fromUtf8("10⁷") : QString::number(scale.k);
 }
 
 /// A unit as it is printed: the tables have it in ASCII.
-QString unitOf(const Field &field)
+QString unitOf(const protocol::Field &field)
 {
     return QString(QLatin1String(field.unit))
         .replace(QStringLiteral("deg"), QStringLiteral("°"))
@@ -133,11 +133,12 @@ QString unitOf(const Field &field)
 }
 
 /// What a scaled value is computed in on its way to the wire.
-QString precisionOf(const Scale &scale)
+QString precisionOf(const protocol::Scale &scale)
 {
-    if (scale.precision == Precision::Integer)
+    if (scale.precision == protocol::Precision::Integer)
         return {};
-    return scale.precision == Precision::Single ? chosen("单", "single") : chosen("双", "double");
+    return scale.precision == protocol::Precision::Single ? chosen("单", "single")
+                                                          : chosen("双", "double");
 }
 
 template <typename Rows>
@@ -145,7 +146,7 @@ QString fieldTable(const QString &table, const Rows &rows, bool isWritten, Notes
 {
     QList<QStringList> lines;
     for (const auto &row : rows) {
-        const Field &field = row.field;
+        const protocol::Field &field = row.field;
         QStringList cells{placeOf(field), code(QLatin1String(field.id)),
                           field.size == 0 ? QStringLiteral("N") : QString::number(field.size),
                           kindOf(field.kind), factorOf(field.scale)};
@@ -223,7 +224,7 @@ QString frameBlock(const QByteArray &frame)
     return (lines << QStringLiteral("```")).join(QLatin1Char('\n'));
 }
 
-QString valueOf(const Field &field, const QByteArray &frame)
+QString valueOf(const protocol::Field &field, const QByteArray &frame)
 {
     if (field.kind == FieldKind::Command)
         return commandName(byteAt(frame, kFixedSize));
