@@ -15,6 +15,8 @@
 
 namespace {
 
+using namespace tour; // its marks
+
 constexpr int kWaitMs = 60000; ///< for what comes in a second, on a busy machine under a sanitizer
 constexpr int kSilenceMs = 30000; ///< well below a minute: a silent server is given up after 5 s
 

@@ -10,6 +10,8 @@
 #include <QStyleOptionSlider>
 #include <QTest>
 
+namespace tour {
+
 namespace {
 
 constexpr int kFlagDigit = 11 * 2;
@@ -103,3 +105,5 @@ void releaseYawSlider(Tour &tour)
     releaseAt(slider, handleOf(slider));
     await(QStringLiteral("the slider springs back"), [slider] { return slider->value() == 0; });
 }
+
+} // namespace tour

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace tour {
+
 // What the tour does on the flow console, which has to be in front.
 
 class Tour;
@@ -22,3 +24,5 @@ void enterMode(Tour &tour, const char *button, const char *command);
 /// Takes the yaw rate's slider to the right and keeps it there.
 void holdYawSlider(Tour &tour);
 void releaseYawSlider(Tour &tour);
+
+} // namespace tour

@@ -6,6 +6,8 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 
+namespace tour {
+
 namespace {
 
 void openConsole(Tour &tour)
@@ -143,3 +145,5 @@ QVector<Step> consoleSteps()
          "学习模式：收到应答后自动停止", learn},
     };
 }
+
+} // namespace tour

@@ -2,6 +2,8 @@
 
 #include <QFile>
 
+namespace tour {
+
 namespace {
 
 QByteArray bytesOf(const QString &path)
@@ -29,3 +31,5 @@ KeptFile::~KeptFile()
     if (file.open(QIODevice::WriteOnly))
         file.write(m_bytes);
 }
+
+} // namespace tour

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
+namespace tour {
+
 /// Puts a file back at its end as it was found at its start: the same bytes, or none at all.
 class KeptFile
 {
@@ -18,3 +20,5 @@ private:
     bool m_wasThere;
     QByteArray m_bytes;
 };
+
+} // namespace tour

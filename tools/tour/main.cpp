@@ -11,6 +11,8 @@
 
 namespace {
 
+using namespace tour;
+
 struct Options
 {
     QString folder;

@@ -2,6 +2,8 @@
 
 #include <functional>
 
+namespace tour {
+
 namespace {
 
 constexpr int kColourSpan = 60;
@@ -84,3 +86,5 @@ bool isGrey(const QImage &image, const QRectF &area)
     const QRect pixels = pixelsOf(image, area);
     return search(image, pixels, hasNoColour).count > kGreyPart * pixels.width() * pixels.height();
 }
+
+} // namespace tour

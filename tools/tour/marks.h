@@ -5,6 +5,8 @@
 #include <QPointF>
 #include <QRectF>
 
+namespace tour {
+
 // Finds what the simulated pod draws in a picture of it. Places and areas are in 0 to 1 of the
 // picture.
 
@@ -26,3 +28,5 @@ bool isAt(const QImage &image, const QColor &colour, const QPointF &place);
 
 /// Whether next to all pixels in `area` are grey.
 bool isGrey(const QImage &image, const QRectF &area);
+
+} // namespace tour

@@ -13,6 +13,8 @@
 
 #include <exception>
 
+namespace tour {
+
 namespace {
 
 const QString kTyped = QStringLiteral("57");
@@ -193,5 +195,7 @@ QVector<Step> menuSteps()
          "帮助和协议交由桌面打开，文件不存在时不提示", openDocuments},
     };
 }
+
+} // namespace tour
 
 #include "menusteps.moc"

@@ -13,6 +13,8 @@
 #include <QTest>
 #include <QWindow>
 
+namespace tour {
+
 namespace {
 
 constexpr int kPatienceMs = 30000;
@@ -198,3 +200,5 @@ void takeFromList(QComboBox *box, const QString &entry)
     await(QStringLiteral("%1 reads \"%2\"").arg(nameOf(box), entry),
           [&] { return !listOf(box) && box->currentText() == entry; });
 }
+
+} // namespace tour

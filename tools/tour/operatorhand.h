@@ -9,6 +9,8 @@
 class QComboBox;
 class QPoint;
 
+namespace tour {
+
 /// What a step claims and what didn't come true.
 class TourFailure : public std::runtime_error
 {
@@ -57,3 +59,5 @@ void paste(QWidget *field, const QString &text);
 void openList(QComboBox *box);
 /// Goes through the open list of a combo box by the arrow keys and takes an entry.
 void takeFromList(QComboBox *box, const QString &entry);
+
+} // namespace tour

@@ -4,6 +4,8 @@
 #include <QComboBox>
 #include <QPushButton>
 
+namespace tour {
+
 namespace {
 
 const QString kHere = QStringLiteral("127.0.0.1");
@@ -231,3 +233,5 @@ QVector<Step> packetSteps()
          "通过UDP发送同一数据包并收到应答", sendOverUdp},
     };
 }
+
+} // namespace tour

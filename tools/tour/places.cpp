@@ -9,6 +9,8 @@
 
 #include <cstdio>
 
+namespace tour {
+
 namespace {
 
 /// The nearest class of ours that a widget belongs to.
@@ -58,3 +60,5 @@ void tellPlaces()
     showNotice("TCP连接成功！");
     tellWidgets(opened("PopFrame"));
 }
+
+} // namespace tour

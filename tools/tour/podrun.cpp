@@ -13,6 +13,8 @@
 #include <csignal>
 #endif
 
+namespace tour {
+
 namespace {
 
 constexpr quint16 kTcpPort = 2332;
@@ -112,3 +114,5 @@ quint16 PodRun::listeningPort(const QString &kind)
         throw TourFailure(QStringLiteral("the pod doesn't run: ") + m_output.trimmed());
     return match.captured(1).toUShort();
 }
+
+} // namespace tour

@@ -4,6 +4,8 @@
 #include <QProcess>
 #include <QString>
 
+namespace tour {
+
 /// Which pod the tour is driven against.
 struct PodChoice
 {
@@ -55,3 +57,5 @@ private:
     quint16 m_replyPort = 0;
     quint16 m_streamPort = 0;
 };
+
+} // namespace tour

@@ -2,6 +2,8 @@
 
 #include <QVector>
 
+namespace tour {
+
 class Tour;
 
 /// What the picture after a step shows.
@@ -24,3 +26,5 @@ QVector<Step> packetSteps();
 QVector<Step> consoleSteps();
 QVector<Step> videoSteps();
 QVector<Step> menuSteps();
+
+} // namespace tour

@@ -14,6 +14,8 @@
 
 #include <cstdio>
 
+namespace tour {
+
 namespace {
 
 constexpr int kStillMs = 1500;
@@ -223,3 +225,5 @@ void Tour::awaitSent(const QString &claim, int place, const QString &digits)
         return !sent.isEmpty() && sent.last().mid(place, digits.size()) == digits;
     });
 }
+
+} // namespace tour

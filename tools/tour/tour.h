@@ -8,6 +8,8 @@
 
 #include <QString>
 
+namespace tour {
+
 /// The real main window beside a simulated pod, and what a step needs to drive and read them. Made
 /// on the main thread, after the choice of the language.
 class Tour
@@ -75,3 +77,5 @@ private:
     PodRun m_pod;
     NacelleBench m_window;
 };
+
+} // namespace tour

@@ -11,6 +11,8 @@
 #include <QPushButton>
 #include <QWindow>
 
+namespace tour {
+
 namespace {
 
 constexpr int kHoldMs = 4000;
@@ -346,3 +348,5 @@ QVector<Step> videoSteps()
          playAgain, video},
     };
 }
+
+} // namespace tour
