@@ -72,6 +72,10 @@ public:
     /// program.
     static QGlobal *instance();
 
+    /// The one object, made with the text files of another folder: for tools, before anything asks
+    /// for it. If it's there already, it stays as it is.
+    static QGlobal *instanceFrom(const QString &folder);
+
     /// Apart from the one object: the settings of a first start. The maps are null.
     static std::unique_ptr<QGlobal> atFirstStart();
 

@@ -5,6 +5,7 @@
 #include "foundation/stylesheets.h"
 #include "foundation/textfiles.h"
 
+#include <QCoreApplication>
 #include <QMutexLocker>
 
 std::atomic<QGlobal *> QGlobal::s_instance{nullptr};
@@ -14,6 +15,11 @@ QGlobal *QGlobal::instance()
 {
     if (QGlobal *made = s_instance)
         return made;
+    return instanceFrom(QCoreApplication::applicationDirPath());
+}
+
+QGlobal *QGlobal::instanceFrom(const QString &folder)
+{
     const QMutexLocker locker(&s_mutex);
     if (QGlobal *made = s_instance)
         return made;
@@ -25,7 +31,7 @@ QGlobal *QGlobal::instance()
     global->spareMap3 = new QMap<QString, QString>;
     if (!FileUtils().loadControlConfig())
         global->makeDefaultRows();
-    readTextFiles(*global);
+    readTextFilesFrom(folder, *global);
     global->styleSheets =
         new QMap<QString, QString>(buildStyleSheets(*global->palette, global->scaleFactor));
     return global;

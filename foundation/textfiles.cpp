@@ -2,7 +2,6 @@
 
 #include "foundation/QGlobal.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QTextStream>
 
@@ -74,11 +73,6 @@ void readLanguage(const QString &path, QGlobal &global)
 }
 
 } // namespace
-
-void readTextFiles(QGlobal &global)
-{
-    readTextFilesFrom(QCoreApplication::applicationDirPath(), global);
-}
 
 void readTextFilesFrom(const QString &folder, QGlobal &global)
 {

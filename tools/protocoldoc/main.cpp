@@ -1,5 +1,4 @@
 #include "foundation/QGlobal.h"
-#include "foundation/textfiles.h"
 #include "tools/commandline/commandline.h"
 #include "tools/protocoldoc/tables.h"
 
@@ -80,8 +79,7 @@ int main(int argc, char *argv[])
     if (words.size() != 5)
         return complainOfUsage(QStringLiteral("five arguments are needed"));
 
-    QGlobal &global = *QGlobal::instance();
-    readTextFilesFrom(words.at(1), global);
+    QGlobal &global = *QGlobal::instanceFrom(words.at(1));
     global.languageChinese = words.at(0) == QLatin1String("zh");
     Notes notes(words.at(2), global.languageChinese);
     const QMap<QString, QString> texts = placeholderTexts(notes);
