@@ -94,6 +94,12 @@ QString sliderSheet(double scale)
         .arg(int(12 * scale));
 }
 
+QString buttonSheet(const QString &background, const QString &text, const QString &font)
+{
+    return "QPushButton{background-color:" + background + "; border-radius:4px; color:" + text +
+           "; font:" + font + "px;}QPushButton:pressed{ border:2px solid  rgba(17,159,236,255);}";
+}
+
 } // namespace
 
 QMap<QString, QString> buildStyleSheets(const QMap<QString, QString> &palette, double scale)
@@ -116,9 +122,7 @@ QMap<QString, QString> buildStyleSheets(const QMap<QString, QString> &palette, d
                       "url(:/NacelleDesk/Resources/cbx_selected2.png);}");
     sheets["comboBox"] = comboBoxSheet(c("main"), c("bright"), c("control"), general(16), font14);
     sheets["slider"] = sliderSheet(scale);
-    sheets["button"] = "QPushButton{background-color:" + c("control") +
-                       "; border-radius:4px; color:" + c("bright") + "; font:" + font14 +
-                       "px;}QPushButton:pressed{ border:2px solid  rgba(17,159,236,255);}";
+    sheets["button"] = buttonSheet(c("control"), c("bright"), font14);
     sheets["progressBar"] = "QProgressBar{border-radius: 0px;  background-color: #000000;}"
                             "QProgressBar::chunk{ background-color:" +
                             c("hover") + "; }";

@@ -47,6 +47,16 @@ void readConfig(const QString &path, QGlobal &global)
     readConfigLine(stream, global.configValue2);
 }
 
+void readModels(const QString &path, QGlobal &global)
+{
+    readLines(path, QLatin1Char(':'), 2, [&global](const QStringList &parts) {
+        QList<int> numbers;
+        for (const QString &piece : partsOf(parts.at(1), QLatin1Char(',')))
+            numbers.append(piece.toInt());
+        global.modelMap->insert(parts.at(0), numbers);
+    });
+}
+
 void readLanguage(const QString &path, QGlobal &global)
 {
     QFile file(path);
@@ -90,13 +100,7 @@ void readTextFilesFrom(const QString &folder, QGlobal &global)
         [&global](const QStringList &parts) { global.palette->insert(parts.at(0), parts.at(1)); });
 
     global.modelMap = new QMap<QString, QList<int>>;
-    readLines(folder + QLatin1String("/ModelMap.ini"), QLatin1Char(':'), 2,
-              [&global](const QStringList &parts) {
-                  QList<int> numbers;
-                  for (const QString &piece : partsOf(parts.at(1), QLatin1Char(',')))
-                      numbers.append(piece.toInt());
-                  global.modelMap->insert(parts.at(0), numbers);
-              });
+    readModels(folder + QLatin1String("/ModelMap.ini"), global);
 
     global.chineseTexts = new QMap<QString, QString>;
     global.englishTexts = new QMap<QString, QString>;

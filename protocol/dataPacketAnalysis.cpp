@@ -347,28 +347,31 @@ bool dataPacketAnalysis::eventFilter(QObject *watched, QEvent *event)
     return QWidget::eventFilter(watched, event);
 }
 
+void dataPacketAnalysis::nameRow(const FieldWidgets &row)
+{
+    row.bytes->setText(QGlobal::instance()->translate(byteLabel(*row.field)));
+    const QString name = translated(row.field->key);
+    setTextOf(row.name, name);
+    for (QLabel *label : row.name->parentWidget()->findChildren<QLabel *>()) {
+        const QVariant column = label->property("column");
+        if (column == QLatin1String("value"))
+            nameReadout(label, name);
+        else if (column == QLatin1String("hex"))
+            nameReadout(label, name + QLatin1Char(' ') + translated("16进制"));
+    }
+}
+
 void dataPacketAnalysis::retranslate()
 {
     relabel(this, kFixedTexts);
-    const QGlobal *global = QGlobal::instance();
     for (const Form *form : {&m_hostForm, &m_gcuForm}) {
-        for (const FieldWidgets &row : *form) {
-            row.bytes->setText(global->translate(byteLabel(*row.field)));
-            const QString name = translated(row.field->key);
-            setTextOf(row.name, name);
-            for (QLabel *label : row.name->parentWidget()->findChildren<QLabel *>()) {
-                const QVariant column = label->property("column");
-                if (column == QLatin1String("value"))
-                    nameReadout(label, name);
-                else if (column == QLatin1String("hex"))
-                    nameReadout(label, name + QLatin1Char(' ') + translated("16进制"));
-            }
-        }
+        for (const FieldWidgets &row : *form)
+            nameRow(row);
     }
     nameReadout(ui.textEdit_Send, ui.label_Host->text());
     nameReadout(ui.textEdit_Rev, ui.label_Gcu->text());
     for (QLabel *label : {ui.label293, ui.label303, ui.label303_2, ui.label313_2})
-        label->setText(global->translate(label->text()));
+        label->setText(QGlobal::instance()->translate(label->text()));
     ui.label293->setText(commandName(byteAt(hexTextToBytes(ui.label294->text()), 0)));
     ui.lineEdit53_2->setText(modeName(byteAt(hexTextToBytes(ui.label54_2->text()), 0)));
     ui.label303_2->setText(renewedFeedbackText(hexTextToBytes(ui.label304_2->text())));

@@ -77,6 +77,7 @@ private:
     void connectSlots();
     void setFixedSizes();
     void showFields(const Form &form, const QByteArray &frame);
+    void nameRow(const FieldWidgets &row);
     void showVerdict(QLabel *label, const QByteArray &frame);
 
     NacelleBench *m_window = nullptr;

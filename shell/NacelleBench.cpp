@@ -129,6 +129,20 @@ Datagram takeDatagram(QUdpSocket &socket)
     return {buffer, QHostAddress(sender.toIPv4Address()).toString()};
 }
 
+/// One stop bit whatever the panel shows: its choice is taken and ignored on purpose.
+QSerialPort *makePort(const QString &name, int baudRate, int dataBits, int parity)
+{
+    auto *port = new QSerialPort;
+    port->setPortName(name);
+    port->setBaudRate(baudRate, QSerialPort::AllDirections);
+    port->setDataBits(QSerialPort::DataBits(dataBits));
+    port->setParity(parity == kOddParityIndex    ? QSerialPort::OddParity
+                    : parity == kEvenParityIndex ? QSerialPort::EvenParity
+                                                 : QSerialPort::NoParity);
+    port->setStopBits(QSerialPort::OneStop);
+    return port;
+}
+
 } // namespace
 
 /// The pictures lie in a static library, which the linker takes only by name.
@@ -153,21 +167,8 @@ NacelleBench::NacelleBench(QWidget *parent) : QMainWindow(parent)
 
 void NacelleBench::build()
 {
-    auto *pageButtons = new QButtonGroup(this);
-    pageButtons->setExclusive(true);
-    pageButtons->addButton(ui.pushButton_1);
-    pageButtons->addButton(ui.pushButton_2);
-    connect(ui.pushButton_1, &QPushButton::toggled, this, &NacelleBench::SelectDataPacketAnalysis);
-    connect(ui.pushButton_2, &QPushButton::toggled, this, &NacelleBench::SelectFlowAnalysis);
-    // The sizes in the form are those of a screen with 1080 lines, as everywhere.
-    ui.widgetTop->setFixedHeight(scaled(50));
-    for (QPushButton *button : {ui.pushButton_1, ui.pushButton_2}) {
-        button->setFixedSize(scaled(240), scaled(50));
-        recolour(button);
-        scaleText(button);
-    }
-    ui.menuButton->setFixedSize(scaled(32), scaled(32));
-
+    connectPageButtons();
+    dressTop();
     dressForm(ui.widgetContent);
     m_panel = new connectDevice(ui.widget_1);
     m_panel->setMainWindow(this);
@@ -181,16 +182,33 @@ void NacelleBench::build()
     retranslate();
 }
 
+void NacelleBench::connectPageButtons()
+{
+    auto *pageButtons = new QButtonGroup(this);
+    pageButtons->setExclusive(true);
+    pageButtons->addButton(ui.pushButton_1);
+    pageButtons->addButton(ui.pushButton_2);
+    connect(ui.pushButton_1, &QPushButton::toggled, this, &NacelleBench::SelectDataPacketAnalysis);
+    connect(ui.pushButton_2, &QPushButton::toggled, this, &NacelleBench::SelectFlowAnalysis);
+}
+
+/// The sizes in the form are those of a screen with 1080 lines, as everywhere.
+void NacelleBench::dressTop()
+{
+    ui.widgetTop->setFixedHeight(scaled(50));
+    for (QPushButton *button : {ui.pushButton_1, ui.pushButton_2}) {
+        button->setFixedSize(scaled(240), scaled(50));
+        recolour(button);
+        scaleText(button);
+    }
+    ui.menuButton->setFixedSize(scaled(32), scaled(32));
+}
+
 void NacelleBench::buildMenu()
 {
     auto *menu = new QMenu(this);
-    languageMenu = new QMenu(menu);
-    for (QMenu *each : {menu, languageMenu})
-        each->setStyleSheet(menuStyle());
-    languageMenu->addAction(QStringLiteral("简体中文"), this, &NacelleBench::switchChinese);
-    languageMenu->addSeparator();
-    languageMenu->addAction(QStringLiteral("English"), this, &NacelleBench::switchEnglish);
-
+    menu->setStyleSheet(menuStyle());
+    languageMenu = makeLanguageMenu(menu);
     menu->addMenu(languageMenu);
     menu->addSeparator();
     menu->addSeparator();
@@ -207,6 +225,16 @@ void NacelleBench::buildMenu()
     }
     retitleMenu();
     ui.menuButton->setMenu(menu);
+}
+
+QMenu *NacelleBench::makeLanguageMenu(QMenu *menu)
+{
+    auto *languages = new QMenu(menu);
+    languages->setStyleSheet(menuStyle());
+    languages->addAction(QStringLiteral("简体中文"), this, &NacelleBench::switchChinese);
+    languages->addSeparator();
+    languages->addAction(QStringLiteral("English"), this, &NacelleBench::switchEnglish);
+    return languages;
 }
 
 void NacelleBench::retitleMenu()
@@ -446,15 +474,7 @@ void NacelleBench::CreateSerialPort(QString portName, int baudRate, int dataBits
 {
     connectType = kSerialLink;
     serialPortName = portName;
-    serialPort = new QSerialPort;
-    serialPort->setPortName(portName);
-    serialPort->setBaudRate(baudRate, QSerialPort::AllDirections);
-    serialPort->setDataBits(QSerialPort::DataBits(dataBits));
-    serialPort->setParity(parity == kOddParityIndex    ? QSerialPort::OddParity
-                          : parity == kEvenParityIndex ? QSerialPort::EvenParity
-                                                       : QSerialPort::NoParity);
-    // One stop bit whatever the panel shows: its choice is taken and ignored on purpose.
-    serialPort->setStopBits(QSerialPort::OneStop);
+    serialPort = makePort(portName, baudRate, dataBits, parity);
     if (!serialPort->open(QIODevice::ReadWrite)) {
         showNotice("打开串口失败！");
         return;

@@ -90,7 +90,10 @@ protected:
 
 private:
     void build();
+    void connectPageButtons();
+    void dressTop();
     void buildMenu();
+    QMenu *makeLanguageMenu(QMenu *menu);
     void retitleMenu();
     void switchLanguage(bool chinese);
     void retranslatePage();

@@ -64,6 +64,18 @@ videoFrom::videoFrom(QWidget *parent) : QWidget(parent)
     for (QPushButton *button : {ui.pushButton_Pointing, ui.pushButton_Tracking,
                                 ui.pushButton_Cursor, ui.pushButton_Region})
         picks->addButton(button);
+    connectSlots();
+    const std::pair<QLabel *, QLabel *> readouts[] = {{ui.label_X0, ui.label_1},
+                                                      {ui.label_Y0, ui.label_2},
+                                                      {ui.label_X1, ui.label_3},
+                                                      {ui.label_Y1, ui.label_4}};
+    for (const auto &[readout, caption] : readouts)
+        nameReadout(readout, caption->text());
+    retranslate();
+}
+
+void videoFrom::connectSlots()
+{
     connect(ui.pushButton_Pointing, &QPushButton::toggled, this, &videoFrom::SelectPointing);
     connect(ui.pushButton_Cursor, &QPushButton::toggled, this, &videoFrom::SelectPointing);
     connect(ui.pushButton_Tracking, &QPushButton::toggled, this, &videoFrom::SelectTracking);
@@ -72,13 +84,6 @@ videoFrom::videoFrom(QWidget *parent) : QWidget(parent)
     connect(ui.pushButton_Quit, &QPushButton::clicked, this, &videoFrom::quit);
     connect(ui.pushButton_Refresh, &QPushButton::clicked, this, &videoFrom::refreshURL);
     connect(ui.pushButton_Switch, &QPushButton::clicked, this, &videoFrom::switchMode);
-    const std::pair<QLabel *, QLabel *> readouts[] = {{ui.label_X0, ui.label_1},
-                                                      {ui.label_Y0, ui.label_2},
-                                                      {ui.label_X1, ui.label_3},
-                                                      {ui.label_Y1, ui.label_4}};
-    for (const auto &[readout, caption] : readouts)
-        nameReadout(readout, caption->text());
-    retranslate();
 }
 
 void videoFrom::setOwners(NacelleBench *window, flowAnalysis *page)

@@ -45,6 +45,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
+    void connectSlots();
     video::Pick chosenPick() const;
     void readFrameTexts();
     FrameTexts frameTexts() const;
