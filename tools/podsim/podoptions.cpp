@@ -196,6 +196,26 @@ void readStream(OptionReader &reader, StreamOptions &stream)
         reader.refuse("size", QStringLiteral("even numbers from 64x64 to 3840x2160 are needed"));
 }
 
+void describeOptions(QCommandLineParser &parser)
+{
+    parser.setApplicationDescription(QStringLiteral(
+        "A simulated camera pod: answers the host frames of the GCU private protocol "
+        "and tells each event on a line of its own."));
+    addStandardOptions(parser);
+    for (const OptionRow &row : kOptions)
+        parser.addOption(
+            {QLatin1String(row.name), QLatin1String(row.text), QLatin1String(row.value)});
+}
+
+void readOptions(OptionReader &reader, PodOptions &options)
+{
+    readLinks(reader, options);
+    readMode(reader, options);
+    readFaults(reader, options.faults);
+    readStream(reader, options.stream);
+    options.isVerbose = reader.has("verbose");
+}
+
 QString missingLink()
 {
     return QStringLiteral(
@@ -219,14 +239,7 @@ std::optional<QSize> parseSize(const QString &text)
 ParsedOptions parseOptions(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral(
-        "A simulated camera pod: answers the host frames of the GCU private protocol "
-        "and tells each event on a line of its own."));
-    addStandardOptions(parser);
-    for (const OptionRow &row : kOptions)
-        parser.addOption(
-            {QLatin1String(row.name), QLatin1String(row.text), QLatin1String(row.value)});
-
+    describeOptions(parser);
     ParsedOptions parsed;
     if (!parser.parse(completed(arguments))) {
         parsed.error = parser.errorText();
@@ -236,11 +249,7 @@ ParsedOptions parseOptions(const QStringList &arguments)
     if (!parsed.answer.isEmpty())
         return parsed;
     OptionReader reader(parser);
-    readLinks(reader, parsed.options);
-    readMode(reader, parsed.options);
-    readFaults(reader, parsed.options.faults);
-    readStream(reader, parsed.options.stream);
-    parsed.options.isVerbose = reader.has("verbose");
+    readOptions(reader, parsed.options);
     parsed.error = reader.error();
     if (!parser.positionalArguments().isEmpty())
         parsed.error = QStringLiteral("unexpected: %1").arg(parser.positionalArguments().first());

@@ -66,7 +66,10 @@ void PodView::draw()
 {
     m_painter.fillRect(QRect(QPoint(), m_size), m_look.of(kSkyColour, kSkyTemperature));
     drawGround();
-    drawGrid();
+    m_painter.setPen(m_lineColour);
+    const Grid lines = grid();
+    drawAzimuths(lines);
+    drawElevations(lines);
     for (const SceneObject &object : kScene)
         drawObject(object);
 }
@@ -96,7 +99,7 @@ void PodView::drawGround()
     m_painter.drawConvexPolygon(clipped(whole, down));
 }
 
-void PodView::drawGrid()
+PodView::Grid PodView::grid() const
 {
     const PodCamera &camera = m_state.cameras[m_camera];
     const double width = 2 * toDegrees(std::atan(camera.halfWidth()));
@@ -104,30 +107,36 @@ void PodView::drawGrid()
                                       [width](double s) { return width / s <= kMostLines; });
     const double reach = toDegrees(std::atan(std::hypot(camera.halfWidth(), camera.halfHeight())));
     const Angles sight = anglesOf(m_state.lineOfSight());
-    const bool holdsPole = std::abs(sight.pitch) + reach >= 90;
-    const double azimuthStep = holdsPole ? kWideStep : step;
-    const double azimuthReach =
-        holdsPole
-            ? 180
-            : toDegrees(std::asin(std::sin(toRadians(reach)) / std::cos(toRadians(sight.pitch))));
-    const double nearAzimuth = rounded(sight.yaw, azimuthStep);
-    const double nearElevation = rounded(sight.pitch, step);
+    if (std::abs(sight.pitch) + reach >= 90) // a pole is in view
+        return {sight, step, reach, kWideStep, 180};
+    return {sight, step, reach, step,
+            toDegrees(std::asin(std::sin(toRadians(reach)) / std::cos(toRadians(sight.pitch))))};
+}
 
-    m_painter.setPen(m_lineColour);
-    forMultiples(sight.yaw, azimuthReach, azimuthStep, [&](double azimuth) {
+void PodView::drawAzimuths(const Grid &grid)
+{
+    const double nearElevation = rounded(grid.sight.pitch, grid.step);
+    forMultiples(grid.sight.yaw, grid.azimuthReach, grid.azimuthStep, [&](double azimuth) {
         drawCurve([&](double part) {
-            return Angles{0, std::clamp(sight.pitch + reach * part, -90.0, 90.0), azimuth};
+            return Angles{0, std::clamp(grid.sight.pitch + grid.reach * part, -90.0, 90.0),
+                          azimuth};
         });
-        drawNumber({0, nearElevation, azimuth}, wrapped(azimuth), azimuthStep);
+        drawNumber({0, nearElevation, azimuth}, wrapped(azimuth), grid.azimuthStep);
     });
-    forMultiples(sight.pitch, reach, step, [&](double elevation) {
+}
+
+/// The line that the azimuths are written on has no number.
+void PodView::drawElevations(const Grid &grid)
+{
+    const double nearAzimuth = rounded(grid.sight.yaw, grid.azimuthStep);
+    forMultiples(grid.sight.pitch, grid.reach, grid.step, [&](double elevation) {
         if (std::abs(elevation) >= 90)
             return;
         drawCurve([&](double part) {
-            return Angles{0, elevation, sight.yaw + azimuthReach * part};
+            return Angles{0, elevation, grid.sight.yaw + grid.azimuthReach * part};
         });
-        if (elevation != nearElevation)
-            drawNumber({0, elevation, nearAzimuth}, elevation, step);
+        if (elevation != rounded(grid.sight.pitch, grid.step))
+            drawNumber({0, elevation, nearAzimuth}, elevation, grid.step);
     });
 }
 

@@ -21,10 +21,22 @@ public:
 private:
     using Curve = std::function<Angles(double part)>;
 
+    /// The lines of azimuth and elevation that can be seen, in degrees.
+    struct Grid
+    {
+        Angles sight;
+        double step = 0;  ///< between lines of elevation
+        double reach = 0; ///< of the view to each side of its middle
+        double azimuthStep = 0;
+        double azimuthReach = 0;
+    };
+
     /// Pixel at which a direction in ground axes is seen; nothing for what is behind the camera.
     std::optional<QPointF> pixelOf(const Vector &direction) const;
     void drawGround();
-    void drawGrid();
+    Grid grid() const;
+    void drawAzimuths(const Grid &grid);
+    void drawElevations(const Grid &grid);
     void drawCurve(const Curve &curve);
     void drawNumber(const Angles &place, double degrees, double step);
     void drawObject(const SceneObject &object);
