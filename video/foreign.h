@@ -55,6 +55,6 @@ inline bool canLoad(const ForeignLibrary &library, const char *function)
     auto function(Arguments... arguments)                                                          \
     {                                                                                              \
         static const auto loaded = foreignFunction<decltype(&::function)>(library, #function);     \
-        Q_ASSERT_X(loaded, library.name, #function);                                               \
+        Q_ASSERT_X(loaded, (library).name, #function);                                             \
         return loaded(arguments...);                                                               \
     }
