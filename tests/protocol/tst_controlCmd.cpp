@@ -26,7 +26,7 @@ private slots:
     }
     void cleanup()
     {
-        delete m_dialog;
+        m_dialog.reset();
         m_page.reset();
     }
     void eachItem_data();
@@ -75,6 +75,13 @@ private:
             QTest::keyClick(items(), Qt::Key_Down);
     }
     void click(const char *button) { QTest::mouseClick(find<QPushButton>(button), Qt::LeftButton); }
+    /// Presses a button that closes the dialog: it doesn't stay behind unseen.
+    void closeBy(const char *button)
+    {
+        click(button);
+        const QPointer<controlCmd> closed = m_dialog.release();
+        QTRY_VERIFY(!closed);
+    }
     void type(const char *row, const QString &text)
     {
         auto *field = find<QLineEdit>(QString("lineEdit_") + row);
@@ -85,18 +92,18 @@ private:
     /// Opens the dialog by the workbench's own button, on the command that stands in its form.
     void open(const QString &command)
     {
-        delete m_dialog;
+        m_dialog.reset();
         m_page->findChild<QLabel *>("label294")->setText(command);
         QTest::mouseClick(m_page->findChild<QPushButton *>("pushButton_Cmd"), Qt::LeftButton);
         for (QWidget *widget : QApplication::topLevelWidgets()) {
             if (auto *dialog = qobject_cast<controlCmd *>(widget))
-                m_dialog = dialog;
+                m_dialog.reset(dialog);
         }
-        QVERIFY(m_dialog && QTest::qWaitForWindowExposed(m_dialog));
+        QVERIFY(m_dialog && QTest::qWaitForWindowExposed(m_dialog.get()));
     }
 
     std::unique_ptr<dataPacketAnalysis> m_page;
-    QPointer<controlCmd> m_dialog;
+    std::unique_ptr<controlCmd> m_dialog;
 };
 
 void tst_controlCmd::eachItem_data()
@@ -267,8 +274,7 @@ void tst_controlCmd::confirmedCommandGoesIntoTheForm()
     type("4", "170.9175332");
     type("5", "38.0300822");
     type("6", "41.123");
-    click("pushButton_Ok");
-    QTRY_VERIFY(!m_dialog); // none is left to gather
+    closeBy("pushButton_Ok");
     QCOMPARE(form("label293"), QString("凝视(地理坐标引导)"));
     QCOMPARE(form("label294"), QString("15 24 F2 DF 65 16 EE AA 16 A3 A0 00 00 "));
     QCOMPARE(form("label34"), QString("54 00 "));
@@ -283,8 +289,7 @@ void tst_controlCmd::cancelLeavesTheForm()
     click("pushButton_Ok");
     open("20 01 ");
     pick(31);
-    click("pushButton_Cancel");
-    QTRY_VERIFY(!m_dialog);
+    closeBy("pushButton_Cancel");
     QCOMPARE(form("label293"), QString("拍照"));
     QCOMPARE(form("label294"), QString("20 01 "));
     QCOMPARE(form("label33"), QString("73"));
