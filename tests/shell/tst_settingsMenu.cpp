@@ -1,5 +1,7 @@
+#include "console/flowAnalysis.h"
 #include "foundation/About.h"
 #include "foundation/QGlobal.h"
+#include "protocol/dataPacketAnalysis.h"
 #include "tests/support/strictmain.h"
 #include "tests/support/videobench.h"
 
@@ -86,6 +88,7 @@ private slots:
     void formsOfTheWorkbenchStay();
     void duringARun();
     void folderThatCannotBeWritten();
+    void otherColours();
 
 private:
     QMenu *menu() { return m_bench->find<QPushButton>("menuButton")->menu(); }
@@ -262,6 +265,28 @@ void tst_settingsMenu::folderThatCannotBeWritten()
     QVERIFY(Bench::takeNotices().isEmpty());
     QCOMPARE(m_bench->window()->windowTitle(), translated("云台报文工作台"));
     QVERIFY(QDir().rmdir(savedFile()));
+}
+
+/// An operator's palette shows on every page, where the sheets are the program's own.
+void tst_settingsMenu::otherColours()
+{
+    QMap<QString, QString> *palette = QGlobal::instance()->palette;
+    const QMap<QString, QString> ours = *palette;
+    for (QString &colour : *palette)
+        colour = "#7A2E52";
+    m_bench.reset();
+    VideoBench bench;
+    QStringList sheets{bench.find<flowAnalysis>("CurrentPage")->styleSheet(),
+                       bench.find<QLabel>("label_5")->styleSheet(), bench.video()->styleSheet()};
+    bench.click("pushButton_1");
+    sheets << bench.find<dataPacketAnalysis>("CurrentPage")->styleSheet()
+           << bench.find<QPushButton>("pushButton_1")->styleSheet();
+    *palette = ours;
+    for (const QString &sheet : qAsConst(sheets)) {
+        QVERIFY2(sheet.contains("#7A2E52"), qPrintable(sheet));
+        for (const char *kept : {"#202835", "#283142", "#323E52", "#397AF7", "#A9A9A9"})
+            QVERIFY2(!sheet.contains(kept), qPrintable(sheet));
+    }
 }
 
 NACELLE_TEST_MAIN(tst_settingsMenu)
