@@ -7,6 +7,7 @@
 #include "protocol/hostframe.h"
 #include "protocol/modes.h"
 #include "tools/protocoldoc/examples.h"
+#include "tools/protocoldoc/rowtexts.h"
 
 #include <QVector>
 
@@ -64,16 +65,6 @@ QString pipeTable(const QVector<Column> &columns, const QList<QStringList> &rows
     return lines.join(QLatin1Char('\n'));
 }
 
-/// The key's text; a key without one in the document's language is a problem.
-QString nameOf(const char *key, Notes &notes)
-{
-    const QGlobal &global = *QGlobal::instance();
-    const QString text = QString::fromUtf8(key);
-    if (!(isChinese() ? global.chineseTexts : global.englishTexts)->contains(text))
-        notes.complain(QStringLiteral("no name in this language: ") + text);
-    return global.translate(text);
-}
-
 QString hexNumber(quint8 number)
 {
     return QStringLiteral("0x") + hexDigits(QByteArray(1, char(number)));
@@ -93,28 +84,13 @@ QString placeOf(const protocol::Field &field)
     return place.replace(QLatin1Char('-'), QChar(0x2212));
 }
 
-QString kindOf(FieldKind kind)
+/// The kind in the document's language.
+QString kindText(FieldKind kind)
 {
-    switch (kind) {
-    case FieldKind::Byte:
-    case FieldKind::Mode:
-        return QStringLiteral("u8");
-    case FieldKind::SignedByte:
-        return QStringLiteral("i8");
-    case FieldKind::I16:
-        return QStringLiteral("i16");
-    case FieldKind::U16:
-    case FieldKind::Length:
-        return QStringLiteral("u16");
-    case FieldKind::I32:
-        return QStringLiteral("i32");
-    case FieldKind::U32:
-        return QStringLiteral("u32");
-    case FieldKind::Flags:
+    const QString text = kindOf(kind);
+    if (text == QLatin1String("bits"))
         return chosen("位", "bits");
-    default:
-        return chosen("字节", "bytes");
-    }
+    return text == QLatin1String("bytes") ? chosen("字节", "bytes") : text;
 }
 
 QString factorOf(const protocol::Scale &scale)
@@ -122,14 +98,6 @@ QString factorOf(const protocol::Scale &scale)
     if (scale.precision == protocol::Precision::Integer)
         return {};
     return scale.k == kGeoDegrees.k ? QString::fromUtf8("10⁷") : QString::number(scale.k);
-}
-
-/// A unit as it is printed: the tables have it in ASCII.
-QString unitOf(const protocol::Field &field)
-{
-    return QString(QLatin1String(field.unit))
-        .replace(QStringLiteral("deg"), QStringLiteral("°"))
-        .replace(QStringLiteral("s2"), QStringLiteral("s²"));
 }
 
 /// What a scaled value is computed in on its way to the wire.
@@ -149,7 +117,7 @@ QString fieldTable(const QString &table, const Rows &rows, bool isWritten, Notes
         const protocol::Field &field = row.field;
         QStringList cells{placeOf(field), code(QLatin1String(field.id)),
                           field.size == 0 ? QStringLiteral("N") : QString::number(field.size),
-                          kindOf(field.kind), factorOf(field.scale)};
+                          kindText(field.kind), factorOf(field.scale)};
         if (isWritten)
             cells << precisionOf(field.scale);
         lines << cells + QStringList{unitOf(field), nameOf(field.key, notes),

@@ -1,0 +1,145 @@
+-- Checksum: CRC-16/XMODEM, a byte a step, with high and low half apart.
+
+local CRC_HIGH, CRC_LOW = {}, {}
+for i = 0, 255 do
+    local crc = i * 256
+    for _ = 1, 8 do
+        crc = crc >= 0x8000 and bxor(crc % 0x8000 * 2, 0x1021) or crc * 2
+    end
+    CRC_HIGH[i], CRC_LOW[i] = floor(crc / 256), crc % 256
+end
+
+-- The checksum of `size` bytes of `s` from `first` on, in its two halves.
+local function checksum(s, first, size)
+    local high, low = 0, 0
+    local bytes = { byte(s, first, first + size - 1) }
+    for i = 1, size do
+        local index = bxor(high, bytes[i])
+        high, low = bxor(low, CRC_HIGH[index]), CRC_LOW[index]
+    end
+    return high, low
+end
+
+-- The size at which what begins at `first` is a frame with a right checksum, whatever its length
+-- field says: there the checksum over all, its own bytes included, is 0.
+local function size_by_checksum(s, first, most)
+    local high, low = 0, 0
+    for size = 1, most do
+        local index = bxor(high, byte(s, first + size - 1))
+        high, low = bxor(low, CRC_HIGH[index]), CRC_LOW[index]
+        if size >= SMALLEST and high == 0 and low == 0 then
+            return size
+        end
+    end
+end
+
+-- Cutting: what a run of bytes consists of.
+
+local function frame_at(s, at)
+    return FRAMES[sub(s, at, at + 1)]
+end
+
+-- The next place from `from` on where a frame's header stands, or one past the end.
+local function next_header(s, from)
+    local host = find(s, "\168\229", from, true) or #s + 1
+    local gcu = find(s, "\138\94", from, true) or #s + 1
+    return min(host, gcu)
+end
+
+-- S, nil where it isn't there or is none.
+local function said_size(s, at)
+    local low, high = byte(s, at + 2, at + 3)
+    local said = high and low + 256 * high
+    if said and said >= frame_at(s, at).smallest and said <= proto.prefs.largest then
+        return said
+    end
+end
+
+local function is_right(s, at, size)
+    local high, low = checksum(s, at, size)
+    return high == 0 and low == 0
+end
+
+-- The first header after `at` and before `stop` for which test(its place, S, bytes there) holds.
+local function inner_header(s, at, stop, test)
+    local inner = next_header(s, at + 2)
+    while inner < stop do
+        local said = said_size(s, inner)
+        if said and test(inner, said, #s - inner + 1) then
+            return inner
+        end
+        inner = next_header(s, inner + 1)
+    end
+end
+
+local function right_inside(s, at, stop)
+    return inner_header(s, at, stop, function(inner, said, there)
+        return said <= there and is_right(s, inner, said)
+    end)
+end
+
+local function begun_inside(s, at, stop)
+    return inner_header(s, at, stop, function(_, said, there)
+        return said > there
+    end)
+end
+
+-- The size of a frame whose length field or checksum is wrong; nil where nothing tells.
+local function broken_size(s, at, said)
+    local there = #s - at + 1
+    local size = size_by_checksum(s, at, min(there, proto.prefs.largest))
+    if size then
+        return size
+    end
+    local stop = said and min(at + said, #s + 1) or #s + 1
+    local inner = right_inside(s, at, stop)
+    return inner and inner - at
+end
+
+-- A frame with a header at `at`: its size, or nil to wait for more bytes.
+local function frame_size(s, at, may_wait)
+    local there = #s - at + 1
+    local said = said_size(s, at)
+    if said and said <= there and is_right(s, at, said) then
+        return said
+    end
+    local size = there >= SMALLEST and broken_size(s, at, said)
+    if size then
+        return size
+    end
+    local is_short = there < 4 or said and said > there
+    if may_wait and (is_short or said and begun_inside(s, at, at + said)) then
+        return nil
+    end
+    return said and min(said, there) or next_header(s, at + 2) - at
+end
+
+-- Bytes in front of the next header; the first half of a header at the end may wait for the other.
+local function noise_size(s, at, may_wait)
+    local stop = next_header(s, at)
+    local last = byte(s, #s)
+    if stop > #s and may_wait and (last == 0xA8 or last == 0x8A) then
+        stop = #s
+    end
+    return stop - at
+end
+
+-- Calls take(at, size, frame) for each piece of `s`, `frame` being nil for noise. Returns the place
+-- from which on more bytes are needed, or nil.
+local function cut(s, may_wait, take)
+    local at = 1
+    while at <= #s do
+        local frame = frame_at(s, at)
+        local size
+        if frame then
+            size = frame_size(s, at, may_wait)
+        else
+            size = noise_size(s, at, may_wait)
+        end
+        if not size or size == 0 then
+            return at
+        end
+        take(at, size, frame)
+        at = at + size
+    end
+end

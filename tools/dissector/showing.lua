@@ -1,0 +1,271 @@
+-- Showing. `frame` holds its bytes, its size and its place in `tvb`.
+
+local function number_at(s, at, kind, size)
+    local value = 0
+    for i = at + size, at + 1, -1 do
+        value = value * 256 + byte(s, i)
+    end
+    local half = SIGNED[kind]
+    return half and value >= half and value - 2 * half or value
+end
+
+local function complain(item, view, expert_id, text, ...)
+    item:add_proto_expert_info(EXPERTS[expert_id], format(TEXTS[text][view.language], ...))
+end
+
+-- A field `at` bytes into the frame, or nil where the frame ends before it.
+local function show_number(tree, frame, row, at)
+    if at + row.size > frame.size then
+        return nil
+    end
+    local range = frame.tvb(frame.at + at, row.size)
+    if not row.k then
+        local item = tree:add_le(row.field, range)
+        return row.tail == "" and item or item:append_text(row.tail)
+    end
+    local raw = number_at(frame.bytes, at, row.kind, row.size)
+    local item = tree:add(row.field, range, raw / row.k)
+    item:append_text(format("%s (%d)", row.tail, raw))
+    item:add_le(row.raw, range)
+    return item
+end
+
+local function show_params(tree, frame, view, row, at)
+    if row.fixed and at < frame.area_end then
+        local value = byte(frame.bytes, at + 1)
+        local item = tree:add(view["command.fixed"], frame.tvb(frame.at + at, 1))
+        if value ~= row.fixed then
+            complain(item, view, "fixed", "other_fixed", value, row.fixed)
+        end
+        at = at + 1
+    end
+    for _, id in ipairs(row.params) do
+        local param = view.params[id]
+        if at + param.size > frame.area_end then
+            return at
+        end
+        show_number(tree, frame, param, at)
+        at = at + param.size
+    end
+    return at
+end
+
+local function show_rest(tree, frame, field, at)
+    if at < frame.area_end then
+        tree:add(field, frame.tvb(frame.at + at, frame.area_end - at))
+    end
+end
+
+-- The code that opens either area.
+local function show_code(tree, frame, view, area)
+    local range = frame.tvb(frame.at + AREA_AT, 1)
+    local item = tree:add(view[area .. ".code"], range)
+    local row = COMMANDS[frame.code]
+    if row then
+        local id = tree:add(view[area .. ".id"], range, row.id):set_generated()
+        id:append_text(": " .. row.note[view.language])
+    else
+        complain(item, view, "unknown", "unknown", frame.code)
+    end
+    return row
+end
+
+local function show_command(tree, frame, view)
+    local row = show_code(tree, frame, view, "command")
+    local at = AREA_AT + 1
+    if row then
+        at = show_params(tree, frame, view, row, at)
+        local there = frame.area_end - AREA_AT
+        if there ~= row.size then
+            complain(tree, view, "area", "area", there, row.size)
+        end
+    end
+    show_rest(tree, frame, view["command.rest"], at)
+end
+
+local function show_feedback(tree, frame, view)
+    show_code(tree, frame, view, "feedback")
+    local at = AREA_AT + 1
+    if at < frame.area_end then
+        tree:add(view["feedback.result"], frame.tvb(frame.at + at, 1))
+    end
+    show_rest(tree, frame, view["feedback.rest"], at + 1)
+end
+
+local function show_area(tree, frame, view, row)
+    local size = frame.area_end - AREA_AT
+    if size <= 0 then
+        return
+    end
+    local item = tree:add(row.field, frame.tvb(frame.at + AREA_AT, size))
+    local show = frame.id == "host" and show_command or show_feedback
+    show(item, frame, view)
+end
+
+local function show_crc(tree, frame, view, row)
+    if not frame.has_crc then
+        return
+    end
+    local range = frame.tvb(frame.at + frame.size - CRC_SIZE, CRC_SIZE)
+    local item = tree:add(row.field, range)
+    item:add(row.status, range, frame.is_right and 1 or 0):set_generated()
+    item:append_text(" " .. STATUS[frame.is_right and 1 or 0][view.language])
+    if not frame.is_right then
+        local high, low = checksum(frame.bytes, 1, frame.size - CRC_SIZE)
+        complain(item, view, "checksum", "should", high * 256 + low)
+    end
+end
+
+local function show_mode(tree, frame, view)
+    local row = MODES[frame.mode]
+    if row then
+        local id = tree:add(view["gcu.mode.id"], frame.tvb(frame.at + 5, 1), row.id):set_generated()
+        id:append_text(": " .. row.note[view.language])
+    end
+end
+
+local function show_length(item, frame, view)
+    if frame.said ~= frame.size then
+        complain(item, view, "length", "length", frame.said, frame.size)
+    end
+end
+
+local function show_flags(item, frame, view)
+    for _, field in ipairs(view.flags) do
+        item:add(field, frame.tvb(frame.at + 11, 1))
+    end
+end
+
+-- What belongs to a field beyond its row.
+local DETAILS = { length = show_length, mode = show_mode, flags = show_flags }
+local AREAS = { command = show_area, feedback = show_area, crc = show_crc }
+
+local function show_rows(tree, frame, view)
+    for _, row in ipairs(view[frame.id]) do
+        local area = AREAS[row.id]
+        if area then
+            area(tree, frame, view, row)
+        else
+            local item = show_number(tree, frame, row, row.at)
+            local detail = DETAILS[row.id]
+            if item and detail then
+                detail(item, frame, view)
+            end
+        end
+    end
+end
+
+local function seconds(value)
+    local whole = floor(value)
+    return NSTime.new(whole, floor((value - whole) * 1e9 + 0.5))
+end
+
+local function show_record(tree, record, frame, view)
+    local question = record.question
+    if record.period then
+        tree:add(view.period, seconds(record.period)):set_generated()
+    end
+    if frame.id == "host" then
+        if record.is_repeat then
+            tree:add(view.repeat_of, question.number):set_generated()
+        end
+        if question and question.answer then
+            tree:add(view.response_in, question.answer):set_generated()
+        end
+    elseif question then
+        tree:add(view.response_to, question.number):set_generated()
+    end
+    if record.response_time then
+        tree:add(view.response_time, seconds(record.response_time)):set_generated()
+    end
+    if record.is_unasked then
+        complain(tree, view, "unasked", "unasked")
+    end
+end
+
+local function unknown_name(code)
+    return format("0x%02X", code)
+end
+
+-- A frame in a few words, for the column of that purpose.
+local function summary(frame, view)
+    local language = view.language
+    local words = { frame.name[language] .. ":" }
+    if frame.mode then
+        words[2] = (view.modes[frame.mode] or unknown_name(frame.mode)) .. ","
+    end
+    if frame.code then
+        words[#words + 1] = view.commands[frame.code] or unknown_name(frame.code)
+    else
+        words[#words + 1] = WORDS.none[language]
+    end
+    if frame.id == "gcu" and frame.area_end > AREA_AT + 1 then
+        words[#words + 1] = RESULTS[byte(frame.bytes, AREA_AT + 2)][language]
+    end
+    return table.concat(words, " ")
+end
+
+local function read_frame(tvb, s, at, size, kind)
+    local bytes = sub(s, at, at + size - 1)
+    local low, high = byte(bytes, 3, 4)
+    local frame = { tvb = tvb, at = at - 1, size = size, bytes = bytes, id = kind.id, name = kind.name,
+        said = high and low + 256 * high or 0 }
+    -- A frame that was cut off ends without a checksum; one whose length field is no length may have one.
+    frame.has_crc = size >= SMALLEST and (frame.said <= size or is_right(bytes, 1, size))
+    frame.is_right = frame.has_crc and is_right(bytes, 1, size)
+    frame.area_end = frame.has_crc and size - CRC_SIZE or size
+    frame.code = frame.area_end > AREA_AT and byte(bytes, AREA_AT + 1) or nil
+    frame.mode = kind.id == "gcu" and byte(bytes, 6) or nil
+    return frame
+end
+
+local function tell(pinfo, text)
+    if shown_count == 1 then
+        pinfo.cols.info = text
+    else
+        pinfo.cols.info:append("; " .. text)
+    end
+end
+
+local function show_direction(pinfo, tree, view)
+    local direction = pinfo.port_type ~= PORT_TYPE_TCP and pinfo.port_type ~= PORT_TYPE_UDP
+        and pinfo.p2p_dir
+    if DIRECTIONS[direction] then
+        tree:add(view.direction, direction):set_generated()
+    end
+end
+
+local function show_frame(tvb, pinfo, tree, view, s, at, size, kind)
+    local frame = read_frame(tvb, s, at, size, kind)
+    local record = record_of(pinfo, frame)
+    local text = summary(frame, view)
+    local item = tree:add(proto, tvb(at - 1, size)):append_text(", " .. text)
+    show_direction(pinfo, item, view)
+    show_rows(item, frame, view)
+    show_record(item, record, frame, view)
+    tell(pinfo, text)
+end
+
+local function show_noise(tvb, tree, view, at, size)
+    local range = tvb(at - 1, size)
+    local item = tree:add(proto, range):append_text(", " .. TEXTS.noise[view.language])
+    complain(item:add(view.noise, range), view, "noise", "noise")
+end
+
+function proto.dissector(tvb, pinfo, tree)
+    local view = VIEWS[proto.prefs.language] or VIEWS[1]
+    local s = tvb:raw()
+    pinfo.cols.protocol = "NACELLE"
+    local rest = cut(s, pinfo.can_desegment > 0, function(at, size, kind)
+        if kind then
+            show_frame(tvb, pinfo, tree, view, s, at, size, kind)
+        else
+            show_noise(tvb, tree, view, at, size)
+        end
+    end)
+    if rest then
+        pinfo.desegment_offset = rest - 1
+        pinfo.desegment_len = DESEGMENT_ONE_MORE_SEGMENT
+    end
+    return tvb:len()
+end
