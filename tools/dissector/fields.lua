@@ -4,6 +4,9 @@ local SIGNED = { i8 = 0x80, i16 = 0x8000, i32 = 0x80000000 }
 local MAKERS = { u8 = "uint8", i8 = "int8", u16 = "uint16", i16 = "int16", u32 = "uint32",
     i32 = "int32", bits = "uint8", bytes = "bytes" }
 
+-- Fields with others below them, or with something to say of.
+local WITH_DETAILS = { length = true, mode = true, flags = true }
+
 local TEXTS = {
     raw = { en = "Raw value", zh = "原始整数" },
     bits = { en = "Other bits", zh = "其他位" },
@@ -71,7 +74,7 @@ local DIRECTIONS = { [0] = TEXTS.sent, [1] = TEXTS.received }
 local function number_field(view, id, row, names)
     local language = view.language
     local made = { id = row.id, at = row.at, size = row.size, kind = row.kind, k = row.k,
-        tail = row.unit and " " .. row.unit or "" }
+        tail = row.unit and " " .. row.unit or "", has_details = WITH_DETAILS[row.id] }
     local name, note = row.name[language], row.note and row.note[language]
     if row.k then
         made.field = add_field("double", id, name, note)

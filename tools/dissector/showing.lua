@@ -1,4 +1,5 @@
--- Showing. `frame` holds its bytes, its size and its place in `tvb`.
+-- Showing. `frame` holds its bytes, its size and its place in `tvb`. Of what nobody sees and no filter
+-- or column asks for, nothing is added to the tree: that is most of the time of a large capture.
 
 local function number_at(s, at, kind, size)
     local value = 0
@@ -13,9 +14,14 @@ local function complain(item, view, expert_id, text, ...)
     item:add_proto_expert_info(EXPERTS[expert_id], format(TEXTS[text][view.language], ...))
 end
 
--- A field `at` bytes into the frame, or nil where the frame ends before it.
+local function is_wanted(tree, frame, row)
+    return frame.is_shown or row.has_details or tree:referenced(row.field)
+        or row.raw and tree:referenced(row.raw)
+end
+
+-- A field `at` bytes into the frame, or nil where the frame ends before it or nobody wants it.
 local function show_number(tree, frame, row, at)
-    if at + row.size > frame.size then
+    if at + row.size > frame.size or not is_wanted(tree, frame, row) then
         return nil
     end
     local range = frame.tvb(frame.at + at, row.size)
@@ -205,14 +211,14 @@ local function summary(frame, view)
     return table.concat(words, " ")
 end
 
-local function read_frame(tvb, s, at, size, kind)
+local function read_frame(tvb, s, at, size, kind, known_right)
     local bytes = sub(s, at, at + size - 1)
     local low, high = byte(bytes, 3, 4)
     local frame = { tvb = tvb, at = at - 1, size = size, bytes = bytes, id = kind.id, name = kind.name,
         said = high and low + 256 * high or 0 }
     -- A frame that was cut off ends without a checksum; one whose length field is no length may have one.
-    frame.has_crc = size >= SMALLEST and (frame.said <= size or is_right(bytes, 1, size))
-    frame.is_right = frame.has_crc and is_right(bytes, 1, size)
+    frame.is_right = known_right or size >= SMALLEST and is_right(bytes, 1, size)
+    frame.has_crc = frame.is_right or size >= SMALLEST and frame.said <= size
     frame.area_end = frame.has_crc and size - CRC_SIZE or size
     frame.code = frame.area_end > AREA_AT and byte(bytes, AREA_AT + 1) or nil
     frame.mode = kind.id == "gcu" and byte(bytes, 6) or nil
@@ -235,15 +241,32 @@ local function show_direction(pinfo, tree, view)
     end
 end
 
-local function show_frame(tvb, pinfo, tree, view, s, at, size, kind)
-    local frame = read_frame(tvb, s, at, size, kind)
+-- Something that an expert item says of, wanted or not.
+local function is_odd(frame, record)
+    if not frame.is_right or frame.said ~= frame.size or record.is_unasked then
+        return true
+    end
+    local row = COMMANDS[frame.code]
+    if not row or frame.id == "gcu" then
+        return not row and frame.code ~= nil
+    end
+    return frame.area_end - AREA_AT ~= row.size
+        or row.fixed and row.fixed ~= byte(frame.bytes, AREA_AT + 2)
+end
+
+local own_dissector
+
+local function show_frame(pinfo, tree, view, frame)
     local record = record_of(pinfo, frame)
     local text = summary(frame, view)
-    local item = tree:add(proto, tvb(at - 1, size)):append_text(", " .. text)
-    show_direction(pinfo, item, view)
-    show_rows(item, frame, view)
-    show_record(item, record, frame, view)
     tell(pinfo, text)
+    if tree:referenced(own_dissector) or is_odd(frame, record) then
+        local item = tree:add(proto, frame.tvb(frame.at, frame.size)):append_text(", " .. text)
+        frame.is_shown = item.visible
+        show_direction(pinfo, item, view)
+        show_rows(item, frame, view)
+        show_record(item, record, frame, view)
+    end
 end
 
 local function show_noise(tvb, tree, view, at, size)
@@ -256,9 +279,9 @@ function proto.dissector(tvb, pinfo, tree)
     local view = VIEWS[proto.prefs.language] or VIEWS[1]
     local s = tvb:raw()
     pinfo.cols.protocol = "NACELLE"
-    local rest = cut(s, pinfo.can_desegment > 0, function(at, size, kind)
+    local rest = cut(s, pinfo.can_desegment > 0, function(at, size, kind, known_right)
         if kind then
-            show_frame(tvb, pinfo, tree, view, s, at, size, kind)
+            show_frame(pinfo, tree, view, read_frame(tvb, s, at, size, kind, known_right))
         else
             show_noise(tvb, tree, view, at, size)
         end
@@ -269,3 +292,4 @@ function proto.dissector(tvb, pinfo, tree)
     end
     return tvb:len()
 end
+own_dissector = Dissector.get("nacelle")
