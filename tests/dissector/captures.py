@@ -55,7 +55,34 @@ class Link:
     def segment(self, to_pod, payload):
         ends = (BENCH, POD) if to_pod else (POD, BENCH)
         ports = self.ports if to_pod else self.ports[::-1]
-        head = struct.pack(">HHIIBBHHH", *ports, self.sent[to_pod], self.sent[not to_pod], 0x50, 0x18,
-                           8192, 0, 0)
+        numbers = (self.sent[to_pod], self.sent[not to_pod])
+        head = struct.pack(">HHIIBBHHH", *ports, *numbers, 0x50, 0x18, 8192, 0, 0)
         self.sent[to_pod] += len(payload)
         return _ip(6, *ends, head + payload)
+
+
+def checksum(data):
+    """CRC-16/XMODEM, bit by bit."""
+    crc = 0
+    for byte in data:
+        crc ^= byte << 8
+        for _ in range(8):
+            crc = (crc << 1 ^ 0x1021 if crc & 0x8000 else crc << 1) & 0xFFFF
+    return crc
+
+
+def _frame(header, middle, area, size):
+    body = header + struct.pack("<H", 71 + len(area) if size is None else size) + middle + area
+    return body + struct.pack(">H", checksum(body))
+
+
+def host(area, serial=0, size=None):
+    """A host frame. `serial` stands in its GNSS time; `size` is another length field."""
+    middle = b"\x01" + bytes(46) + struct.pack("<I", serial) + bytes(14)
+    return _frame(b"\xA8\xE5", middle, area, size)
+
+
+def gcu(area, serial=0, size=None):
+    """A GCU frame. `serial` stands in its target distance."""
+    middle = b"\x01\x12" + bytes(37) + struct.pack("<I", serial) + bytes(22)
+    return _frame(b"\x8A\x5E", middle, area, size)

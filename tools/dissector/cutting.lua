@@ -25,19 +25,6 @@ local function checksum(s, first, size)
     return high, low
 end
 
--- The size at which what begins at `first` is a frame with a right checksum, whatever its length
--- field says: there the checksum over all, its own bytes included, is 0.
-local function size_by_checksum(s, first, most)
-    local high, low = 0, 0
-    for size = 1, most do
-        local index = XOR[high][byte(s, first + size - 1)]
-        high, low = XOR[low][CRC_HIGH[index]], CRC_LOW[index]
-        if size >= SMALLEST and high == 0 and low == 0 then
-            return size
-        end
-    end
-end
-
 -- Cutting: what a run of bytes consists of.
 
 local function frame_at(s, at)
@@ -46,8 +33,8 @@ end
 
 -- The next place from `from` on where a frame's header stands, or one past the end.
 local function next_header(s, from)
-    local host = find(s, "\168\229", from, true) or #s + 1
-    local gcu = find(s, "\138\94", from, true) or #s + 1
+    local host = find(s, HOST_HEADER, from, true) or #s + 1
+    local gcu = find(s, GCU_HEADER, from, true) or #s + 1
     return min(host, gcu)
 end
 
@@ -87,6 +74,22 @@ local function begun_inside(s, at, stop)
     return inner_header(s, at, stop, function(_, said, there)
         return said > there
     end)
+end
+
+-- The size at which what begins at `at` is a frame with a right checksum, whatever its length field
+-- says: there the checksum over all, its own bytes included, is 0, and nothing or a header follows.
+-- A checksum that ends in 00 is 0 one byte early, too.
+local function size_by_checksum(s, at, most)
+    local high, low = 0, 0
+    for size = 1, most do
+        local index = XOR[high][byte(s, at + size - 1)]
+        high, low = XOR[low][CRC_HIGH[index]], CRC_LOW[index]
+        local follows = at + size
+        local is_end = follows > #s or frame_at(s, follows)
+        if high == 0 and low == 0 and size >= SMALLEST and is_end then
+            return size
+        end
+    end
 end
 
 -- The size of a frame whose length field or checksum is wrong; nil where nothing tells.
@@ -130,8 +133,8 @@ local function noise_size(s, at, may_wait)
     return stop - at
 end
 
--- Calls take(at, size, frame, known right) for each piece of `s`, `frame` being nil for noise. Returns
--- the place from which on more bytes are needed, or nil.
+-- Calls take(at, size, frame, known right) for each piece of `s`, `frame` being nil for noise.
+-- Returns the place from which on more bytes are needed, or nil.
 local function cut(s, may_wait, take)
     local at = 1
     while at <= #s do
@@ -139,6 +142,9 @@ local function cut(s, may_wait, take)
         local size, known_right
         if frame then
             size, known_right = frame_size(s, at, may_wait)
+            if size and size < SMALLEST and not said_size(s, at) then
+                frame = nil
+            end
         else
             size = noise_size(s, at, may_wait)
         end

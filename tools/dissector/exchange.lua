@@ -3,20 +3,25 @@
 
 local conversations, records
 local shown_packet, shown_count
-local tcp_stream = Field.new("tcp.stream")
 
 function proto.init()
     conversations, records = {}, {}
     shown_packet, shown_count = nil, 0
 end
 
--- UDP commands leave from ever new ports, so that addresses alone tell who talks to whom.
+local function is_networked(pinfo)
+    return pinfo.port_type == PORT_TYPE_TCP or pinfo.port_type == PORT_TYPE_UDP
+end
+
+-- UDP commands leave from ever new ports, so that addresses alone tell who talks to whom. A capture
+-- without addresses is one conversation.
 local function conversation_of(pinfo)
     local key = "capture"
-    if pinfo.port_type == PORT_TYPE_TCP then
-        key = tcp_stream().value
-    elseif pinfo.port_type == PORT_TYPE_UDP then
+    if is_networked(pinfo) then
         local from, to = tostring(pinfo.src), tostring(pinfo.dst)
+        if pinfo.port_type == PORT_TYPE_TCP then
+            from, to = from .. " " .. pinfo.src_port, to .. " " .. pinfo.dst_port
+        end
         key = from < to and from .. " " .. to or to .. " " .. from
     end
     conversations[key] = conversations[key] or { questions = {} }
@@ -27,7 +32,7 @@ end
 local function note_command(conversation, record, frame, now, number)
     record.period = conversation.last_time and now - conversation.last_time
     conversation.last_time = now
-    if not frame.is_right then
+    if not frame.is_right or not frame.code then
         return
     end
     local code, questions = frame.code, conversation.questions

@@ -107,11 +107,11 @@ local function flag_fields(view)
     for _, flag in ipairs(FLAG_BITS) do
         local mask = 2 ^ flag.bit
         rest = rest - mask
-        fields[#fields + 1] = add_field("bool", "host.flags." .. flag.id, flag.name[view.language], 8,
-            nil, mask)
+        fields[#fields + 1] = add_field("bool", "host.flags." .. flag.id,
+            flag.name[view.language], 8, nil, mask)
     end
-    fields[#fields + 1] = add_field("uint8", "host.flags.other", TEXTS.bits[view.language], base.HEX,
-        nil, rest)
+    fields[#fields + 1] = add_field("uint8", "host.flags.other", TEXTS.bits[view.language],
+        base.HEX, nil, rest)
     return fields
 end
 
@@ -122,7 +122,8 @@ end
 
 local function make_view(language)
     local view = { language = language, params = {} }
-    view.host, view.gcu = frame_fields(view, FRAMES["\168\229"]), frame_fields(view, FRAMES["\138\94"])
+    view.host = frame_fields(view, FRAMES[HOST_HEADER])
+    view.gcu = frame_fields(view, FRAMES[GCU_HEADER])
     view.flags = flag_fields(view)
     for id, param in pairs(PARAMS) do
         view.params[id] = number_field(view, "command." .. id, param)

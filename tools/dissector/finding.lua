@@ -22,7 +22,7 @@ local function try(tvb, pinfo, tree)
     if said <= tvb:len() then
         pinfo.conversation = proto
     end
-    proto.dissector(tvb, pinfo, tree)
+    dissect(tvb, pinfo, tree) -- by way of Wireshark it couldn't ask for more bytes
     return true
 end
 proto:register_heuristic("tcp", try)

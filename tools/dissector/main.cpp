@@ -36,7 +36,7 @@ bool complainOfAll(const QStringList &problems)
 
 bool write(const QString &target, const QByteArray &tables, const QStringList &parts)
 {
-    QByteArray all = "-- Made by the build of NacelleBench from the tables of its own.\n\n" + tables;
+    QByteArray all = "-- Made by the build of NacelleBench from the program's tables.\n\n" + tables;
     for (const QString &part : parts) {
         QFile file(part);
         if (!file.open(QIODevice::ReadOnly))

@@ -1,7 +1,8 @@
--- The GCU private protocol for Wireshark 3.6 to 4.x: host frames and GCU frames over TCP, UDP and in
--- captures of link type USER0. The build joins the parts of this folder after the program's tables.
+-- The GCU private protocol for Wireshark 3.6 to 4.x: host frames and GCU frames over TCP, UDP and
+-- in captures of link type USER0. The build joins the parts of this folder after the program's
+-- tables.
 
--- Two copies, the user's and the system's, would be two protocols of one name: the first one serves.
+-- Two copies, the user's and the system's, would be two protocols of one name: the first serves.
 do
     local asked, there = pcall(Dissector.get, "nacelle")
     if asked and there then
@@ -22,16 +23,20 @@ local USER0 = 45 -- Wireshark's number of the link type
 local PORT_TYPE_TCP, PORT_TYPE_UDP = 2, 3
 
 -- The two frames, by their first two bytes.
+local HOST_HEADER, GCU_HEADER = "\168\229", "\138\94"
 local FRAMES = {
-    ["\168\229"] = { id = "host", rows = HOST_ROWS, smallest = 72, name = { en = "Host", zh = "上位机" } },
-    ["\138\94"] = { id = "gcu", rows = GCU_ROWS, smallest = 71, name = { en = "GCU", zh = "GCU" } },
+    [HOST_HEADER] = { id = "host", rows = HOST_ROWS, smallest = 72,
+        name = { en = "Host", zh = "上位机" } },
+    [GCU_HEADER] = { id = "gcu", rows = GCU_ROWS, smallest = 71,
+        name = { en = "GCU", zh = "GCU" } },
 }
 local SMALLEST = 71
 
 proto.prefs.language = Pref.enum("Language", 1, "Language of names; filters are the same in both",
     { { 1, "English", 1 }, { 2, "中文", 2 } }, false)
-proto.prefs.tcp_ports = Pref.range("TCP ports", "2332", "Ports on which all is this protocol", 65535)
-proto.prefs.udp_ports = Pref.range("UDP ports", "2337-2338", "Ports on which all is this protocol",
+proto.prefs.tcp_ports = Pref.range("TCP ports", "2332", "Ports with nothing else on them",
+    65535)
+proto.prefs.udp_ports = Pref.range("UDP ports", "2337-2338", "Ports with nothing else on them",
     65535)
 proto.prefs.user0 = Pref.bool("Link type USER0", true, "Take captures of link type 147")
 proto.prefs.largest = Pref.uint("Largest frame", 257,

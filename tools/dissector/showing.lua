@@ -1,5 +1,6 @@
--- Showing. `frame` holds its bytes, its size and its place in `tvb`. Of what nobody sees and no filter
--- or column asks for, nothing is added to the tree: that is most of the time of a large capture.
+-- Showing. `frame` holds its bytes, its size and its place in `tvb`. Of what nobody sees and no
+-- filter or column asks for, nothing is added to the tree: that is most of the time of a large
+-- capture.
 
 local function number_at(s, at, kind, size)
     local value = 0
@@ -214,9 +215,9 @@ end
 local function read_frame(tvb, s, at, size, kind, known_right)
     local bytes = sub(s, at, at + size - 1)
     local low, high = byte(bytes, 3, 4)
-    local frame = { tvb = tvb, at = at - 1, size = size, bytes = bytes, id = kind.id, name = kind.name,
-        said = high and low + 256 * high or 0 }
-    -- A frame that was cut off ends without a checksum; one whose length field is no length may have one.
+    local frame = { tvb = tvb, at = at - 1, size = size, bytes = bytes, id = kind.id,
+        name = kind.name, said = high and low + 256 * high or 0 }
+    -- A frame that was cut off ends without a checksum.
     frame.is_right = known_right or size >= SMALLEST and is_right(bytes, 1, size)
     frame.has_crc = frame.is_right or size >= SMALLEST and frame.said <= size
     frame.area_end = frame.has_crc and size - CRC_SIZE or size
@@ -234,8 +235,7 @@ local function tell(pinfo, text)
 end
 
 local function show_direction(pinfo, tree, view)
-    local direction = pinfo.port_type ~= PORT_TYPE_TCP and pinfo.port_type ~= PORT_TYPE_UDP
-        and pinfo.p2p_dir
+    local direction = not is_networked(pinfo) and pinfo.p2p_dir
     if DIRECTIONS[direction] then
         tree:add(view.direction, direction):set_generated()
     end
@@ -275,7 +275,7 @@ local function show_noise(tvb, tree, view, at, size)
     complain(item:add(view.noise, range), view, "noise", "noise")
 end
 
-function proto.dissector(tvb, pinfo, tree)
+local function dissect(tvb, pinfo, tree)
     local view = VIEWS[proto.prefs.language] or VIEWS[1]
     local s = tvb:raw()
     pinfo.cols.protocol = "NACELLE"
@@ -292,4 +292,5 @@ function proto.dissector(tvb, pinfo, tree)
     end
     return tvb:len()
 end
+proto.dissector = dissect
 own_dissector = Dissector.get("nacelle")
