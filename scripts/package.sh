@@ -86,6 +86,10 @@ package_windows() {
 
     local name=NacelleBench-$version-win64$standin
     install_into windows "$work/$name"
+    # What makes the dissector doesn't run here as a program for Windows.
+    scripts/build.sh release dissector
+    cp -r build/release/wireshark "$work/$name"
+    rm "$work/$name/wireshark/install-wireshark.sh"
     # Nine tenths of the compiler's runtime are for its debugger.
     x86_64-w64-mingw32-strip --strip-debug "$work/$name"/lib*.dll
     finish windows "$work/$name"

@@ -40,7 +40,7 @@ class Mutants(unittest.TestCase):
             for bad in ["Lua Error", "Malformed Packet", "Dissector bug"]:
                 at = text.find(bad)
                 self.assertEqual(at, -1, text[max(at - 3000, 0):at + 300])
-            shown = re.findall(r"^Frame \d+: \d+ bytes on wire", text, re.MULTILINE)
+            shown = re.findall(r"^Frame \d+: \d+ bytes? on wire", text, re.MULTILINE)
             self.assertEqual(len(shown), len(packets))
 
     def test_user0(self):

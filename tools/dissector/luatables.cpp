@@ -137,15 +137,13 @@ QString paramLine(const Param &param, const Explanations &names)
 {
     const QString id = QLatin1String(param.id);
     const ParamForm form = formOf(param.kind);
-    const QString name = inBoth(names, [&id](Notes &notes) {
-        return notes.take(QStringLiteral("param"), id);
-    });
-    return entry(param.id,
-                 table(QStringList{entry("id", quoted(id)),
-                                   entry("size", QString::number(paramSize(param.kind))),
-                                   entry("kind", quoted(QLatin1String(form.kind)))} +
-                       scaleEntries(form.scale, QString::fromUtf8(form.unit)) +
-                       QStringList{entry("name", name)}));
+    const QString name =
+        inBoth(names, [&id](Notes &notes) { return notes.take(QStringLiteral("param"), id); });
+    return entry(param.id, table(QStringList{entry("id", quoted(id)),
+                                             entry("size", QString::number(paramSize(param.kind))),
+                                             entry("kind", quoted(QLatin1String(form.kind)))} +
+                                 scaleEntries(form.scale, QString::fromUtf8(form.unit)) +
+                                 QStringList{entry("name", name)}));
 }
 
 /// Each parameter once. One id stands for one form: two would be two fields of one filter name.
@@ -173,8 +171,8 @@ QString codeLine(const QString &of, const Row &row, const QStringList &more,
     const QString code = QStringLiteral("0x%1").arg(
         QString::number(row.code, 16).rightJustified(2, QLatin1Char('0')).toUpper());
     return QStringLiteral("[%1] = ").arg(code) +
-           table(QStringList{entry("id", quoted(QLatin1String(row.id))),
-                             nameEntry(row.name, notes), noteEntry(of, code, notes)} +
+           table(QStringList{entry("id", quoted(QLatin1String(row.id))), nameEntry(row.name, notes),
+                             noteEntry(of, code, notes)} +
                  more);
 }
 
@@ -210,8 +208,7 @@ QStringList wordLines(const Explanations &notes)
     };
     QStringList lines;
     for (const auto &word : kWords)
-        lines << entry(word[0],
-                       inBoth(notes, [&word](Notes &of) { return nameOf(word[1], of); }));
+        lines << entry(word[0], inBoth(notes, [&word](Notes &of) { return nameOf(word[1], of); }));
     return lines;
 }
 

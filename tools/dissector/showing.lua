@@ -226,19 +226,31 @@ local function read_frame(tvb, s, at, size, kind, known_right)
     return frame
 end
 
-local function tell(pinfo, text)
+local function tell(pinfo, frame, language, text)
     if shown_count == 1 then
         pinfo.cols.info = text
+        if not is_networked(pinfo) then
+            tell_ends(pinfo, frame, language)
+        end
     else
         pinfo.cols.info:append("; " .. text)
     end
 end
 
+-- Of a capture without addresses: who sends which frame is certain, and the link may say which way
+-- it went.
 local function show_direction(pinfo, tree, view)
-    local direction = not is_networked(pinfo) and pinfo.p2p_dir
-    if DIRECTIONS[direction] then
+    local direction = pinfo.p2p_dir
+    if DIRECTIONS[direction] and not is_networked(pinfo) then
         tree:add(view.direction, direction):set_generated()
     end
+end
+
+local function tell_ends(pinfo, frame, language)
+    local names = { FRAMES[HOST_HEADER].name[language], FRAMES[GCU_HEADER].name[language] }
+    local is_host = frame.id == "host"
+    pinfo.cols.src = names[is_host and 1 or 2]
+    pinfo.cols.dst = names[is_host and 2 or 1]
 end
 
 -- Something that an expert item says of, wanted or not.
@@ -259,7 +271,7 @@ local own_dissector
 local function show_frame(pinfo, tree, view, frame)
     local record = record_of(pinfo, frame)
     local text = summary(frame, view)
-    tell(pinfo, text)
+    tell(pinfo, frame, view.language, text)
     if tree:referenced(own_dissector) or is_odd(frame, record) then
         local item = tree:add(proto, frame.tvb(frame.at, frame.size)):append_text(", " .. text)
         frame.is_shown = item.visible
