@@ -226,26 +226,7 @@ local function read_frame(tvb, s, at, size, kind, known_right)
     return frame
 end
 
-local function tell(pinfo, frame, language, text)
-    if shown_count == 1 then
-        pinfo.cols.info = text
-        if not is_networked(pinfo) then
-            tell_ends(pinfo, frame, language)
-        end
-    else
-        pinfo.cols.info:append("; " .. text)
-    end
-end
-
--- Of a capture without addresses: who sends which frame is certain, and the link may say which way
--- it went.
-local function show_direction(pinfo, tree, view)
-    local direction = pinfo.p2p_dir
-    if DIRECTIONS[direction] and not is_networked(pinfo) then
-        tree:add(view.direction, direction):set_generated()
-    end
-end
-
+-- Of a capture without addresses: who sends which frame is certain.
 local function tell_ends(pinfo, frame, language)
     local names = { FRAMES[HOST_HEADER].name[language], FRAMES[GCU_HEADER].name[language] }
     local is_host = frame.id == "host"
@@ -267,6 +248,25 @@ local function is_odd(frame, record)
 end
 
 local own_dissector
+
+local function tell(pinfo, frame, language, text)
+    if shown_count == 1 then
+        pinfo.cols.info = text
+        if not is_networked(pinfo) then
+            tell_ends(pinfo, frame, language)
+        end
+    else
+        pinfo.cols.info:append("; " .. text)
+    end
+end
+
+-- Which way it went, where the capture says so.
+local function show_direction(pinfo, tree, view)
+    local direction = pinfo.p2p_dir
+    if DIRECTIONS[direction] and not is_networked(pinfo) then
+        tree:add(view.direction, direction):set_generated()
+    end
+end
 
 local function show_frame(pinfo, tree, view, frame)
     local record = record_of(pinfo, frame)
