@@ -18,7 +18,7 @@ packages_for() {
         lint) echo clang-format clang-tidy cppcheck shellcheck reuse ;;
         pictures) echo imagemagick ;;
         documents) echo pandoc weasyprint ;;
-        wireshark) echo tshark lua-check ;;
+        wireshark) echo tshark lua-check python3 ;;
         bench) echo libbenchmark-dev ;;
         fuzz) echo clang libclang-rt-dev ;;
         memcheck) echo valgrind ;;

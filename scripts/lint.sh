@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# clang-format, clang-tidy, cppcheck and shellcheck over all that is ours, and reuse on whose it is.
+# clang-format, clang-tidy, cppcheck, shellcheck and luacheck over all that is ours, and reuse on whose it is.
 # Ends with 0 when there are no findings.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-scripts/install-deps.sh build bench stream lint
+scripts/install-deps.sh build bench stream lint wireshark
 failed=0
 
 sources() {
@@ -37,6 +37,10 @@ sources '*.cpp' |
 
 echo "== shellcheck"
 sources '*.sh' | xargs -0 shellcheck .ci/run || failed=1
+
+echo "== luacheck"
+ninja -C build/lint --quiet dissector
+luacheck --quiet build/lint/wireshark/nacelle.lua || failed=1
 
 echo "== reuse"
 reuse lint --quiet || failed=1
