@@ -101,6 +101,7 @@ class Faults(unittest.TestCase):
     ROWS = [
         ("length", host(PHOTO, 7, size=74), {"length"}),
         ("length", host(PHOTO, 7, size=72), {"length"}),
+        ("length, checksum ends in 00", host(PHOTO, 10232, size=74), {"length"}),
         ("length", gcu(PHOTO_DONE, 7, size=0), {"length"}),
         ("length", gcu(PHOTO_DONE, 7, size=0xFFFF), {"length"}),
         ("checksum", host(PHOTO, 7)[:-1] + b"\x00", {"checksum"}),
@@ -111,7 +112,7 @@ class Faults(unittest.TestCase):
         ("short command", host(b"\x1A\x01\x88\x13", 7), {"area"}),
         ("fixed byte", host(b"\x20\x02", 7), {"fixed"}),
         ("unasked", gcu(b"\x21\x00", 7), {"unasked"}),
-        ("noise", b"\x01\xA8\xA8\xE5\x55\x8A", {"noise"}),
+        ("noise", b"\x01\xA8\xA8\x55\x8A", {"noise"}),
     ]
 
     def test_faults(self):
@@ -123,9 +124,17 @@ class Faults(unittest.TestCase):
                 found, _ = support.frames(capture)
                 good = [frame for frame in serials(found) if frame[1] in (1, 2, 3) and frame[2]]
                 self.assertEqual([number for _, number, _ in good], [1, 2, 3], name)
+                self.assertEqual(sum(frame.size for frame in found), sum(map(len, parts)), name)
+                self.assertEqual(len(found), 4, (name, [frame.size for frame in found]))
                 said = set().union(*(frame.experts() for frame in found))
                 titles = [(frame.title, frame.size) for frame in found]
                 self.assertEqual(said & experts, experts, (name, titles))
+
+    def test_header_in_noise(self):
+        noise, frame, link = b"\xA8\xE5\x48\x00" + bytes(20), host(PHOTO, 1), Link()
+        parts = [noise + frame[:60], frame[60:] + host(PHOTO, 2)]
+        found, _ = support.frames(ethernet([(0, link.segment(True, part)) for part in parts]))
+        self.assertEqual(serials(found)[-2:], [("host", 1, True), ("host", 2, True)])
 
     def test_right_checksum_is_named(self):
         frame = host(PHOTO)
