@@ -22,12 +22,6 @@ const CommandRow *firstWhere(Predicate predicate)
     return row == kCommands.end() ? nullptr : &*row;
 }
 
-/// The row whose name is shown for a code. The one asymmetry of the two directions stands here.
-const CommandRow *findNamed(quint8 code)
-{
-    return findCommand(code == kGeoLockCode ? kGuidanceCode : code);
-}
-
 QByteArray paramBytes(ParamKind kind, const QString &text)
 {
     switch (kind) {
@@ -61,31 +55,38 @@ const CommandRow *findCommand(const QString &name)
     return firstWhere([&name](const CommandRow &row) { return translated(row.name) == name; });
 }
 
+/// The one asymmetry of the two directions stands here.
+const CommandRow *shownCommand(quint8 code)
+{
+    return findCommand(code == kGeoLockCode ? kGuidanceCode : code);
+}
+
 QString commandName(quint8 code)
 {
-    const CommandRow *row = findNamed(code);
+    const CommandRow *row = shownCommand(code);
     return row ? translated(row->name) : QString();
 }
 
 QByteArray commandNameGbk(quint8 code)
 {
-    const CommandRow *row = findNamed(code);
+    const CommandRow *row = shownCommand(code);
     const QTextCodec *gbk = QTextCodec::codecForName("GBK");
     return row && gbk ? gbk->fromUnicode(QString::fromUtf8(row->name)) : QByteArray();
+}
+
+QByteArray commandBytes(const CommandRow &command, const std::array<QString, kMaxParams> &texts)
+{
+    QByteArray bytes(1, char(command.code));
+    if (command.fixedByte != kNoFixedByte)
+        bytes.append(char(command.fixedByte));
+    for (std::size_t i = 0; i < command.params.size(); ++i)
+        bytes.append(paramBytes(command.params[i].kind, texts[i]));
+    return bytes;
 }
 
 QByteArray commandBytes(const QString &name, const QString &p1, const QString &p2,
                         const QString &p3, const QString &p4, const QString &p5, const QString &p6)
 {
     const CommandRow *row = findCommand(name);
-    if (!row)
-        return {};
-
-    QByteArray bytes(1, char(row->code));
-    if (row->fixedByte != kNoFixedByte)
-        bytes.append(char(row->fixedByte));
-    const QString *texts[kMaxParams] = {&p1, &p2, &p3, &p4, &p5, &p6};
-    for (std::size_t i = 0; i < row->params.size(); ++i)
-        bytes.append(paramBytes(row->params[i].kind, *texts[i]));
-    return bytes;
+    return row ? commandBytes(*row, {p1, p2, p3, p4, p5, p6}) : QByteArray();
 }

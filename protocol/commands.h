@@ -161,9 +161,15 @@ QString commandName(quint8 code);
 /// The same name as 8-bit text in GBK without language lookup, null for an unknown code.
 QByteArray commandNameGbk(quint8 code);
 
-/// The command area (code byte and payload) of the command named `name` in the current language.
-/// Parameter texts stand in payload order without the fixed byte; those beyond the command's own
-/// are ignored. An unknown name gives an empty array.
+/// The row whose name is shown for a code: that of code 0x15 for 0x16; null for an unknown code.
+const CommandRow *shownCommand(quint8 code);
+
+/// The command area (code byte and payload) of a command whose parameters are these texts, in
+/// payload order without the fixed byte. A text that doesn't parse counts as 0.
+QByteArray commandBytes(const CommandRow &command, const std::array<QString, kMaxParams> &texts);
+
+/// The same of the command named `name` in the current language. Texts beyond the command's own are
+/// ignored. An unknown name gives an empty array.
 QByteArray commandBytes(const QString &name, const QString &p1 = {}, const QString &p2 = {},
                         const QString &p3 = {}, const QString &p4 = {}, const QString &p5 = {},
                         const QString &p6 = {});
