@@ -1,0 +1,38 @@
+#pragma once
+
+#include "tools/wire/filter.h"
+#include "tools/wire/output.h"
+#include "tools/wire/recordreader.h"
+
+#include <QCommandLineParser>
+#include <QStringList>
+
+#include <functional>
+
+namespace wire {
+
+/// Options of all verbs that read recordings, and of those that choose among frames.
+void addReadOptions(QCommandLineParser &parser);
+void addFilterOptions(QCommandLineParser &parser);
+void addTimeOptions(QCommandLineParser &parser);
+void addLanguageOption(QCommandLineParser &parser);
+void addOutputOption(QCommandLineParser &parser);
+
+/// What they say; false with `error` set where a value isn't one that the option takes.
+bool readReadOptions(const QCommandLineParser &parser, ReadOptions &options, QString &error);
+bool readFilter(const QCommandLineParser &parser, Filter &filter, QString &error);
+bool readTimes(const QCommandLineParser &parser, Filter &filter, QString &error);
+bool readLanguage(const QCommandLineParser &parser, Language &language, QString &error);
+
+/// The reader of a path, "-" for standard input, or of the digits of a frame; null with `error`
+/// set.
+std::unique_ptr<RecordReader> openInput(const QString &word, const ReadOptions &options,
+                                        std::function<void()> beforeRead, QString &error);
+
+/// Hands the records of all inputs, standard input where none is named, to `take`, which says
+/// whether it wants more. `output` is handed over before each wait for an input. Gives the exit
+/// code back; what is wrong with an input or the output is said on standard error.
+int forEachRecord(const QStringList &words, const ReadOptions &options, Output &output,
+                  const std::function<bool(const Record &)> &take);
+
+} // namespace wire

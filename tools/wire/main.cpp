@@ -1,0 +1,83 @@
+#include "tools/commandline/commandline.h"
+#include "tools/commandline/speech.h"
+#include "tools/wire/verbs.h"
+
+#include <QCoreApplication>
+
+namespace {
+
+constexpr char kDescription[] =
+    "Frames of the GCU private protocol on the command line: made, taken apart, sent, recorded "
+    "and\n"
+    "played again. Between the verbs a frame is a line of hexadecimal digits.\n"
+    "\n";
+
+constexpr char kEnds[] =
+    "\n"
+    "`nacelle-wire <verb> --help` shows a verb's own options and examples. Data goes to standard\n"
+    "output, words to standard error.\n"
+    "\n"
+    "Ends with 0; with 1 for a failure, with 2 for a wrong command line, with 3 when there was no\n"
+    "answer.";
+
+const wire::Verb *const kVerbs[] = {
+    &wire::kComposeVerb, &wire::kDecodeVerb, &wire::kConvertVerb,
+    &wire::kFieldsVerb,  &wire::kDiffVerb,
+};
+
+/// The verb that the command line begins with, or null.
+const wire::Verb *verbOf(const QStringList &arguments)
+{
+    for (const wire::Verb *verb : kVerbs)
+        if (arguments.value(1) == QLatin1String(verb->name))
+            return verb;
+    return nullptr;
+}
+
+QString overview()
+{
+    QString text = QLatin1String(kDescription);
+    for (const wire::Verb *verb : kVerbs)
+        text += QStringLiteral("  %1 %2\n")
+                    .arg(QLatin1String(verb->name), -9)
+                    .arg(QLatin1String(verb->summary));
+    return text + QLatin1String(kEnds);
+}
+
+int runWithoutVerb()
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(overview());
+    parser.addPositionalArgument(QStringLiteral("verb"), QStringLiteral("One of those above."));
+    if (const std::optional<int> code = readCommandLine(parser))
+        return *code;
+    const QString word = parser.positionalArguments().value(0);
+    return complainOfUsage(word.isEmpty() ? QStringLiteral("a verb is needed")
+                                          : QStringLiteral("no such verb: ") + word);
+}
+
+int run()
+{
+    const wire::Verb *verb = verbOf(QCoreApplication::arguments());
+    if (!verb)
+        return runWithoutVerb();
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QString::fromUtf8(verb->text));
+    parser.addPositionalArgument(QLatin1String(verb->name), QString(), QLatin1String(verb->name));
+    parser.addPositionalArgument(QStringLiteral("words"), QString(), QLatin1String(verb->words));
+    verb->addOptions(parser);
+    if (const std::optional<int> code = readCommandLine(parser))
+        return *code;
+    return verb->run(parser, parser.positionalArguments().mid(1));
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const int code = run();
+    if (std::fflush(stdout) != 0 || std::ferror(stdout))
+        return complain(QStringLiteral("the output can't be written"));
+    return code;
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "tools/wire/textbuffer.h"
+
+#include <QFile>
+#include <QString>
+
+namespace wire {
+
+/// A file or standard output, written in large pieces. What went wrong is kept and said once; after
+/// it nothing more is written.
+class Output
+{
+public:
+    /// Standard output for "-" and an empty path. False with `error` set where it can't be opened.
+    bool open(const QString &path);
+
+    /// What is put here goes out with the next `flush`, or when it has become much.
+    TextBuffer &buffer() { return m_buffer; }
+    /// Hands over what has become much; false after a failure.
+    bool settle() { return m_buffer.size() < kMuch ? m_error.isEmpty() : flush(); }
+    bool flush();
+    /// The file is whole and closed, or not.
+    bool close();
+
+    qint64 written() const { return m_written; }
+    const QString &error() const { return m_error; }
+
+private:
+    static constexpr int kMuch = 128 * 1024;
+
+    bool fail();
+
+    QFile m_file;
+    QString m_name;
+    TextBuffer m_buffer;
+    qint64 m_written = 0;
+    QString m_error;
+};
+
+} // namespace wire

@@ -1,0 +1,265 @@
+#include "tools/wire/pcapngreader.h"
+
+#include "protocol/fields.h"
+
+#include <QtEndian>
+
+namespace wire {
+
+namespace {
+
+constexpr int kBlockHead = 8;
+constexpr int kBlockTail = 4;
+constexpr int kLargestBlock = 16 * 1024 * 1024;
+constexpr int kMostInterfaces = 4096;
+constexpr int kMostFlows = 256;
+constexpr int kEnhancedHead = 20;
+constexpr quint16 kFlagsOption = 2;
+constexpr quint16 kResolutionOption = 9;
+constexpr quint16 kOffsetOption = 14;
+
+/// Units of a second by the option's byte: powers of ten, or of two with the highest bit set.
+quint64 unitsOf(quint8 resolution)
+{
+    const int power = resolution & 0x7F;
+    if (resolution & 0x80)
+        return power < 63 ? quint64(1) << power : 0;
+    quint64 units = power <= 18 ? 1 : 0;
+    for (int i = 0; i < power; ++i)
+        units *= 10;
+    return units;
+}
+
+qint64 microsecondsOf(quint64 stamp, quint64 units, qint64 offset)
+{
+    constexpr quint64 kMicro = 1000000;
+    const quint64 seconds = stamp / units, rest = stamp % units;
+    const quint64 micros =
+        units <= kMicro * kMicro ? rest * kMicro / units : rest / (units / kMicro);
+    // Far from any real time the sum would leave its type.
+    constexpr qint64 kFar = qint64(1) << 40;
+    if (seconds > quint64(kFar) || offset > kFar || offset < -kFar)
+        return kNoTime;
+    return (qint64(seconds) + offset) * qint64(kMicro) + qint64(micros);
+}
+
+} // namespace
+
+PcapngReader::PcapngReader(std::unique_ptr<ByteSource> source, Cut cut)
+    : RecordReader(std::move(source)), m_cut(cut), m_own(cut, Direction::Rx)
+{
+}
+
+quint16 PcapngReader::u16(const char *at) const
+{
+    const auto value = qFromLittleEndian<quint16>(at);
+    return m_isSwapped ? qbswap(value) : value;
+}
+
+quint32 PcapngReader::u32(const char *at) const
+{
+    const auto value = qFromLittleEndian<quint32>(at);
+    return m_isSwapped ? qbswap(value) : value;
+}
+
+bool PcapngReader::takeQueued(Record &record)
+{
+    if (m_taken == m_queue.size()) {
+        m_queue.clear();
+        m_taken = 0;
+        return false;
+    }
+    record = m_queue.at(m_taken++);
+    return true;
+}
+
+bool PcapngReader::next(Record &record)
+{
+    while (!takeQueued(record)) {
+        if (m_isEnded)
+            return false;
+        m_isEnded = !readBlock();
+        if (m_isEnded) {
+            for (StreamCutter &cutter : m_flows) {
+                cutter.finish();
+                queueForeign(cutter);
+            }
+        }
+    }
+    return true;
+}
+
+/// One block, whatever it is; false at the end and where nothing can be read any more.
+bool PcapngReader::readBlock()
+{
+    const qint64 position = source().position();
+    const int there = source().fill(kBlockHead + kBlockTail);
+    if (there == 0)
+        return false;
+    const QString place = QStringLiteral(" at byte %1").arg(position);
+    if (there < kBlockHead + kBlockTail) {
+        addTrouble(QStringLiteral("the recording is cut in a block") + place);
+        return false;
+    }
+    // A section may be of another byte order, so that its length can't be read before its magic.
+    if (u32(source().data()) == kSectionBlock)
+        m_isSwapped = qFromLittleEndian<quint32>(source().data() + kBlockHead) != kByteOrderMagic;
+    const quint32 type = u32(source().data());
+    const quint32 length = u32(source().data() + 4);
+    if (length < kBlockHead + kBlockTail || length % 4 != 0 || length > kLargestBlock) {
+        addTrouble(QStringLiteral("a block that says it has %1 bytes").arg(length) + place +
+                   QStringLiteral(": what follows can't be found"));
+        return false;
+    }
+    if (source().fill(int(length)) < int(length)) {
+        addTrouble(QStringLiteral("the recording is cut in a block") + place);
+        return false;
+    }
+    const char *body = source().data() + kBlockHead;
+    const int size = int(length) - kBlockHead - kBlockTail;
+    if (type == kSectionBlock)
+        takeSection(body, size);
+    else if (type == kInterfaceBlock)
+        takeInterface(body, size);
+    else if (type == kEnhancedBlock)
+        takeEnhanced(body, size);
+    else if (type == kSimpleBlock)
+        takeSimple(body, size);
+    source().drop(int(length));
+    return true;
+}
+
+void PcapngReader::takeSection(const char *body, int size)
+{
+    if (size < 4 || u32(body) != kByteOrderMagic)
+        addTrouble(QStringLiteral("a section without its magic number"));
+    m_interfaces.clear();
+}
+
+/// Calls `take(code, bytes, size)` for each option that lies within the body.
+template <typename Take>
+void PcapngReader::forEachOption(const char *body, int from, int size, Take take) const
+{
+    while (from + 4 <= size) {
+        const quint16 code = u16(body + from);
+        const int length = u16(body + from + 2);
+        from += 4;
+        if (code == 0 || length > size - from)
+            return;
+        take(code, body + from, length);
+        from += (length + 3) / 4 * 4;
+    }
+}
+
+void PcapngReader::takeInterface(const char *body, int size)
+{
+    if (size < 8 || m_interfaces.size() >= kMostInterfaces) {
+        addTrouble(QStringLiteral("an interface that can't be read"));
+        return;
+    }
+    Interface interface;
+    interface.linkType = u16(body);
+    forEachOption(body, 8, size, [&](quint16 code, const char *at, int length) {
+        if (code == kResolutionOption && length >= 1)
+            interface.unitsPerSecond = unitsOf(quint8(*at));
+        if (code == kOffsetOption && length >= 8) {
+            const auto value = qFromLittleEndian<qint64>(at);
+            interface.offset = m_isSwapped ? qbswap(value) : value;
+        }
+    });
+    m_interfaces.append(interface);
+    if (interface.linkType != kUser0Link && !isKnownLinkType(interface.linkType))
+        addTrouble(QStringLiteral("packets of link type %1 aren't read").arg(interface.linkType));
+}
+
+void PcapngReader::takeEnhanced(const char *body, int size)
+{
+    const quint32 index = size < kEnhancedHead ? quint32(kMostInterfaces) : u32(body);
+    const quint32 captured = size < kEnhancedHead ? 0 : u32(body + 12);
+    if (index >= quint32(m_interfaces.size()) || captured > quint32(size - kEnhancedHead)) {
+        addTrouble(
+            QStringLiteral("a packet that isn't of any interface, or longer than its block"));
+        return;
+    }
+    const Interface &interface = m_interfaces.at(int(index));
+    Packet packet;
+    packet.bytes = body + kEnhancedHead;
+    packet.size = int(captured);
+    const quint64 stamp = quint64(u32(body + 4)) << 32 | u32(body + 8);
+    if (interface.unitsPerSecond > 0)
+        packet.time = microsecondsOf(stamp, interface.unitsPerSecond, interface.offset);
+    forEachOption(body, kEnhancedHead + (packet.size + 3) / 4 * 4, size,
+                  [&](quint16 code, const char *at, int length) {
+                      const quint32 flags = code == kFlagsOption && length >= 4 ? u32(at) & 3 : 0;
+                      if (flags == 1 || flags == 2)
+                          packet.direction = flags == 1 ? Direction::Rx : Direction::Tx;
+                  });
+    takePacket(interface, packet);
+}
+
+void PcapngReader::takeSimple(const char *body, int size)
+{
+    if (size < 4 || m_interfaces.isEmpty()) {
+        addTrouble(
+            QStringLiteral("a packet that isn't of any interface, or longer than its block"));
+        return;
+    }
+    Packet packet;
+    packet.bytes = body + 4;
+    packet.size = int(qMin(quint32(size - 4), u32(body)));
+    takePacket(m_interfaces.front(), packet);
+}
+
+void PcapngReader::takePacket(const Interface &interface, const Packet &packet)
+{
+    if (interface.linkType != kUser0Link) {
+        takeForeign(payloadOf(interface.linkType, packet.bytes, packet.size), packet);
+        return;
+    }
+    if (m_cut == Cut::AsBench && packet.direction == Direction::Rx) {
+        m_own.push(packet.bytes, packet.size, packet.time);
+        for (Record record; m_own.take(record, true);)
+            m_queue.append(record);
+        return;
+    }
+    Record record{packet.time, packet.direction, QByteArray(packet.bytes, packet.size)};
+    if (record.direction == Direction::Unknown)
+        record.direction = usualDirection(kindOf(record.bytes));
+    m_queue.append(record);
+}
+
+void PcapngReader::takeForeign(const Payload &payload, const Packet &packet)
+{
+    if (payload.kind == Payload::None || payload.size == 0)
+        return;
+    if (payload.kind == Payload::Datagram) {
+        const QByteArray bytes(payload.bytes, payload.size);
+        if (kindOf(bytes) != FrameKind::Unknown)
+            m_queue.append({packet.time, usualDirection(kindOf(bytes)), bytes});
+        return;
+    }
+    // The bench cuts what it receives only.
+    const bool isSent = kindOf(payload.bytes, payload.size) == FrameKind::Host;
+    StreamCutter &cutter = flowOf(payload.flow, isSent ? Cut::Searching : m_cut);
+    cutter.push(payload.bytes, payload.size, packet.time);
+    queueForeign(cutter);
+}
+
+/// Of a capture that may hold anything only frames are taken, not the bytes between them.
+void PcapngReader::queueForeign(StreamCutter &cutter)
+{
+    for (Record record; cutter.take(record, true);)
+        if (kindOf(record.bytes) != FrameKind::Unknown && record.bytes.size() >= kFrameOverhead)
+            m_queue.append(record);
+}
+
+/// A capture may have any number of streams. Beyond a few hundred all begin anew.
+StreamCutter &PcapngReader::flowOf(const QByteArray &key, Cut cut)
+{
+    if (!m_flows.contains(key) && m_flows.size() >= kMostFlows)
+        m_flows.clear();
+    const auto flow = m_flows.find(key);
+    return flow == m_flows.end() ? *m_flows.insert(key, StreamCutter(cut)) : *flow;
+}
+
+} // namespace wire

@@ -1,0 +1,234 @@
+#include "tools/wire/decode.h"
+#include "tools/wire/framefields.h"
+
+#include <QDateTime>
+
+namespace wire {
+
+namespace {
+
+Span spanOf(const protocol::Field &field, FrameKind kind, const char *bytes, int size)
+{
+    if (field.kind == FieldKind::Crc)
+        return crcOf(bytes, size);
+    if (isVariable(field.kind))
+        return areaOf(kind, bytes, size);
+    return field.offset + field.size <= size ? Span{field.offset, field.size} : Span{};
+}
+
+/// "photo", or "zoom_ratio camera=1 zoom=20"; an unknown command's code as 0x40.
+void putCommand(const char *area, int size, TextBuffer &out)
+{
+    const CommandView view = commandIn(area, size);
+    if (!view.row) {
+        out.put("0x", 2);
+        out.putHex(area, 1);
+        return;
+    }
+    out.put(view.row->id);
+    forEachParam(*view.row, area, size, [&out](const Param &param, const char *at) {
+        out.put(' ');
+        out.put(param.id);
+        out.put('=');
+        putParam(param.kind, at, out);
+    });
+}
+
+void putFeedback(const char *area, int size, TextBuffer &out)
+{
+    const CommandView view = commandIn(area, size);
+    if (view.row)
+        out.put(view.row->id);
+    else
+        out.putHex(area, 1);
+    if (size > 1) {
+        out.put(' ');
+        out.put(resultWord(quint8(area[1])));
+    }
+}
+
+void putCell(const protocol::Field &field, const char *at, int size, TextBuffer &out)
+{
+    if (field.kind == FieldKind::Command)
+        putCommand(at, size, out);
+    else if (field.kind == FieldKind::Feedback)
+        putFeedback(at, size, out);
+    else
+        putValue(field, at, out);
+}
+
+/// A column of both frames: the field's place in each, or none.
+struct Column
+{
+    QByteArray id;
+    int places[3] = {-1, -1, -1};
+};
+
+QVector<Column> columns()
+{
+    QVector<Column> all;
+    for (const FrameKind kind : {FrameKind::Host, FrameKind::Gcu}) {
+        const QVector<protocol::Field> &fields = fieldsOf(kind);
+        for (int i = 0; i < fields.size(); ++i) {
+            auto column = std::find_if(all.begin(), all.end(),
+                                       [&](const Column &each) { return each.id == fields[i].id; });
+            if (column == all.end())
+                column = all.insert(all.end(), Column{fields[i].id});
+            column->places[int(kind)] = i;
+        }
+    }
+    return all;
+}
+
+class CsvFormat : public FrameFormat
+{
+public:
+    void begin(TextBuffer &out) const override
+    {
+        out.put("time,dir,frame,bytes,verdict");
+        for (const Column &column : m_columns) {
+            out.put(',');
+            out.put(column.id);
+        }
+        out.put(",hex\n");
+    }
+
+    void add(const Record &record, TextBuffer &out) const override
+    {
+        const FrameKind kind = kindOf(record.bytes);
+        if (record.time != kNoTime)
+            out.putTime(record.time);
+        out.put(',');
+        out.put(wordOf(record.direction));
+        out.put(',');
+        out.put(wordOf(kind));
+        out.put(',');
+        out.putNumber(record.bytes.size());
+        out.put(',');
+        out.put(wordOf(verdictOf(record.bytes)));
+        for (const Column &column : m_columns)
+            putColumn(column.places[int(kind)], kind, record.bytes, out);
+        out.put(',');
+        out.putHex(record.bytes.constData(), record.bytes.size());
+        out.put('\n');
+    }
+
+private:
+    static void putColumn(int place, FrameKind kind, const QByteArray &bytes, TextBuffer &out)
+    {
+        out.put(',');
+        if (place < 0)
+            return;
+        const protocol::Field &field = fieldsOf(kind)[place];
+        const Span span = spanOf(field, kind, bytes.constData(), bytes.size());
+        if (span.size > 0)
+            putCell(field, bytes.constData() + span.offset, span.size, out);
+    }
+
+    const QVector<Column> m_columns = columns();
+};
+
+class TextFormat : public FrameFormat
+{
+public:
+    explicit TextFormat(Language language) : m_language(language) {}
+
+    void add(const Record &record, TextBuffer &out) const override
+    {
+        const char *bytes = record.bytes.constData();
+        const int size = record.bytes.size();
+        const FrameKind kind = kindOf(bytes, size);
+        putTitle(record, kind, out);
+        for (const protocol::Field &field : fieldsOf(kind)) {
+            const Span span = spanOf(field, kind, bytes, size);
+            if (span.size > 0 || field.kind == FieldKind::Feedback)
+                putRow(field, bytes + span.offset, span.size, verdictOf(record.bytes), out);
+        }
+        if (kind == FrameKind::Unknown)
+            out.putHex(bytes, size);
+        out.put('\n');
+    }
+
+private:
+    QString text(const char *key) const { return nameOf(key, m_language); }
+
+    void putTitle(const Record &record, FrameKind kind, TextBuffer &out) const
+    {
+        if (record.time != kNoTime) {
+            const auto when = QDateTime::fromMSecsSinceEpoch(record.time / 1000);
+            out.put(when.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz ")));
+        }
+        if (record.direction != Direction::Unknown)
+            out.put(text(record.direction == Direction::Tx ? "发" : "收") + QLatin1Char(' '));
+        if (kind != FrameKind::Unknown)
+            out.put(text(kind == FrameKind::Host ? "上位机发送数据" : "GCU返回数据") +
+                    QLatin1String(", "));
+        out.putNumber(record.bytes.size());
+        out.put(" B\n");
+    }
+
+    void putRow(const protocol::Field &field, const char *at, int size, Verdict verdict,
+                TextBuffer &out) const
+    {
+        TextBuffer value;
+        if (size > 0 && !isVariable(field.kind) && isNumber(field.kind) &&
+            field.kind != FieldKind::Mode)
+            putValue(field, at, value);
+        QString shown = QString::fromUtf8(value.bytes());
+        if (shown.isEmpty())
+            shown = words(field, at, size, verdict);
+        else if (*field.unit)
+            shown += QLatin1Char(' ') + QLatin1String(field.unit);
+        out.put("  ");
+        out.put(padded(text(byteLabel(field).toUtf8().constData()), 9));
+        out.put(padded(text(field.key), 22));
+        out.put(padded(shown, 26));
+        out.putHex(at, size);
+        out.put('\n');
+    }
+
+    /// To a width in columns of a terminal, where a Chinese character takes two.
+    static QString padded(const QString &text, int width)
+    {
+        int used = 0;
+        for (const QChar c : text)
+            used += c.unicode() >= 0x2E80 ? 2 : 1;
+        return text + QString(qMax(1, width - used), QLatin1Char(' '));
+    }
+
+    QString words(const protocol::Field &field, const char *at, int size, Verdict verdict) const
+    {
+        if (field.kind == FieldKind::Crc)
+            return text(verdict == Verdict::Ok ? "通过" : "不通过");
+        if (field.kind == FieldKind::Mode)
+            return modeOf(quint8(*at)) ? text(modeOf(quint8(*at))->name) : QString();
+        if (field.kind != FieldKind::Command && field.kind != FieldKind::Feedback)
+            return {};
+        if (size == 0)
+            return text("无命令");
+        const CommandRow *row = shownCommand(quint8(*at));
+        const QString name = row ? text(row->name) : QString();
+        return field.kind == FieldKind::Feedback && size > 1 ? name + result(quint8(at[1])) : name;
+    }
+
+    QString result(quint8 code) const
+    {
+        return text(code == 0 ? "成功" : code == 1 ? "失败" : "执行中");
+    }
+
+    Language m_language;
+};
+
+} // namespace
+
+std::unique_ptr<FrameFormat> csvFormat()
+{
+    return std::make_unique<CsvFormat>();
+}
+
+std::unique_ptr<FrameFormat> textFormat(Language language)
+{
+    return std::make_unique<TextFormat>(language);
+}
+
+} // namespace wire

@@ -1,0 +1,161 @@
+#include "tools/commandline/commandline.h"
+#include "tools/wire/catalogue.h"
+#include "tools/wire/decode.h"
+#include "tools/wire/inputs.h"
+#include "tools/wire/recordwriter.h"
+#include "tools/wire/verbs.h"
+
+#include <QCoreApplication>
+
+namespace wire {
+
+namespace {
+
+constexpr char kDecodeText[] =
+    "Takes the frames of recordings apart: field by field as the workbench shows them, as a JSON\n"
+    "object a line, or as comma-separated values under a line of titles. Reads files, standard\n"
+    "input, or a frame's digits. What an input is, is found out by its content:\n"
+    "\n"
+    "  pcapng       of this tool, or of Wireshark on TCP or UDP. Segments are taken in the order\n"
+    "               in which they were captured; where that isn't the order of their bytes, let\n"
+    "               Wireshark put them together first\n"
+    "  line form    (1732190000.123456) tx A8E5…\n"
+    "  log text     copied from the bench's display, in Chinese or English\n"
+    "  hex          a frame a line\n"
+    "  raw bytes    cut into frames by header and checksum; what stands between is kept as "
+    "unknown\n"
+    "\n"
+    "  nacelle-wire decode A8E5480001000000000000…\n"
+    "  nacelle-wire decode --json night.pcapng | jq 'select(.fields.mode==\"track\")'\n"
+    "  nacelle-wire decode --csv --kind gcu --from 5min --to 6min night.pcapng -o minute.csv\n"
+    "  nacelle-wire decode --crc bad night.pcapng\n"
+    "\n"
+    "Ends with 1 when an input is damaged, after all that could be read of it.";
+
+constexpr char kConvertText[] =
+    "Writes recordings in another form: pcapng, line, log (the text of the bench's display, in\n"
+    "--language) or hex. Without --as the end of the output's name says which: .pcapng, .log, "
+    ".hex\n"
+    "or .txt; else it is line. The inputs are what `decode` reads.\n"
+    "\n"
+    "  nacelle-wire convert night.pcapng | grep ' tx ' | less\n"
+    "  nacelle-wire convert --date 2025-11-21 pasted.txt -o pasted.pcapng\n"
+    "  nacelle-wire convert --as hex --command photo night.pcapng";
+
+constexpr char kFieldsText[] =
+    "Writes the tables of both frames, of all commands and work modes as one JSON document: id,\n"
+    "offset, size, kind, factor K (wire = value x K), unit, names in both languages.\n"
+    "\n"
+    "  nacelle-wire fields | jq -r '.commands[] | [.code, .id, .en] | @tsv'";
+
+void addDecodeOptions(QCommandLineParser &parser)
+{
+    parser.addOption({QStringLiteral("text"),
+                      QStringLiteral("Field by field; this is what is done without an option.")});
+    parser.addOption({QStringLiteral("json"), QStringLiteral("A JSON object a line.")});
+    parser.addOption({QStringLiteral("csv"), QStringLiteral("Comma-separated values.")});
+    addLanguageOption(parser);
+    addReadOptions(parser);
+    addFilterOptions(parser);
+    addOutputOption(parser);
+}
+
+void addConvertOptions(QCommandLineParser &parser)
+{
+    parser.addOption({QStringLiteral("as"), QStringLiteral("pcapng, line, log or hex."),
+                      QStringLiteral("form")});
+    addLanguageOption(parser);
+    addReadOptions(parser);
+    addFilterOptions(parser);
+    addOutputOption(parser);
+}
+
+/// What the verbs of this file have in common: options, inputs and an output.
+int pour(const QCommandLineParser &parser, const QStringList &words, const FrameFormat &format)
+{
+    ReadOptions options;
+    Filter filter;
+    QString error;
+    if (!readReadOptions(parser, options, error) || !readFilter(parser, filter, error))
+        return complainOfUsage(error);
+    Output output;
+    if (!output.open(parser.value(QStringLiteral("output"))))
+        return complain(output.error());
+    format.begin(output.buffer());
+    return forEachRecord(words, options, output, [&](const Record &record) {
+        if (filter.takes(record))
+            format.add(record, output.buffer());
+        return true;
+    });
+}
+
+int decode(const QCommandLineParser &parser, const QStringList &words)
+{
+    Language language = Language::English;
+    QString error;
+    if (!readLanguage(parser, language, error))
+        return complainOfUsage(error);
+    const bool isJson = parser.isSet(QStringLiteral("json")),
+               isCsv = parser.isSet(QStringLiteral("csv"));
+    if (isJson + isCsv + parser.isSet(QStringLiteral("text")) > 1)
+        return complainOfUsage(QStringLiteral("one of --text, --json and --csv"));
+    const auto format = isJson ? jsonFormat() : isCsv ? csvFormat() : textFormat(language);
+    return pour(parser, words, *format);
+}
+
+std::unique_ptr<FrameFormat> formatNamed(const QString &name, Language language)
+{
+    if (name == QLatin1String("pcapng"))
+        return pcapngFormat({QString(), QString(), toolName()});
+    if (name == QLatin1String("log"))
+        return logFormat(language);
+    if (name == QLatin1String("hex"))
+        return hexFormat();
+    return name == QLatin1String("line") ? lineFormat() : nullptr;
+}
+
+int convert(const QCommandLineParser &parser, const QStringList &words)
+{
+    Language language = Language::English;
+    QString error;
+    if (!readLanguage(parser, language, error))
+        return complainOfUsage(error);
+    QString name = parser.value(QStringLiteral("as"));
+    const QString path = parser.value(QStringLiteral("output"));
+    for (const char *each : {"pcapng", "log", "hex"})
+        if (name.isEmpty() && path.endsWith(QLatin1Char('.') + QLatin1String(each)))
+            name = QLatin1String(each);
+    const auto format = formatNamed(name.isEmpty() ? QStringLiteral("line") : name, language);
+    if (!format)
+        return complainOfUsage(QStringLiteral("--as %1: pcapng, line, log or hex").arg(name));
+    return pour(parser, words, *format);
+}
+
+void addFieldsOptions(QCommandLineParser &parser)
+{
+    addOutputOption(parser);
+}
+
+int fields(const QCommandLineParser &parser, const QStringList &words)
+{
+    if (!words.isEmpty())
+        return complainOfUsage(QStringLiteral("unexpected: ") + words.first());
+    Output output;
+    if (!output.open(parser.value(QStringLiteral("output"))))
+        return complain(output.error());
+    output.buffer().put(catalogue());
+    return output.close() ? kExitDone : complain(output.error());
+}
+
+} // namespace
+
+const Verb kDecodeVerb{
+    "decode",    "[input...]",     "take frames apart as text, JSON lines or CSV",
+    kDecodeText, addDecodeOptions, decode};
+const Verb kConvertVerb{"convert",    "[input...]",      "write a recording in another form",
+                        kConvertText, addConvertOptions, convert};
+const Verb kFieldsVerb{
+    "fields",         "",    "the tables of frames, commands and modes as JSON", kFieldsText,
+    addFieldsOptions, fields};
+
+} // namespace wire
