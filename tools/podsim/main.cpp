@@ -1,9 +1,9 @@
 #include "tools/commandline/commandline.h"
+#include "tools/commandline/stopsignal.h"
 #include "tools/podsim/podcontrol.h"
 #include "tools/podsim/podoptions.h"
 #include "tools/podsim/podserver.h"
 #include "tools/podsim/podstream.h"
-#include "tools/podsim/stopsignal.h"
 
 #include <QCoreApplication>
 
@@ -13,7 +13,7 @@ namespace {
 
 int run(const podsim::PodOptions &options)
 {
-    const podsim::StopSignal stop;
+    const StopSignal stop;
     podsim::PodServer server(options);
     std::unique_ptr<podsim::PodStream> stream;
     std::optional<podsim::PodControl> control;
@@ -24,7 +24,7 @@ int run(const podsim::PodOptions &options)
                                            "GStreamer and its RTSP server"),
                             kExitUsage);
     }
-    QObject::connect(&stop, &podsim::StopSignal::stopped, &QCoreApplication::quit);
+    QObject::connect(&stop, &StopSignal::stopped, &QCoreApplication::quit);
     QString reason = server.open();
     if (reason.isEmpty() && stream)
         reason = stream->open();

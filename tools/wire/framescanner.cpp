@@ -85,14 +85,17 @@ int FrameScanner::endOf(int at, bool ends)
     return afterFailure(at, length, ends);
 }
 
-/// A frame without a right checksum: it ends at S where a header follows, or nothing.
+/// A frame without a right checksum: it ends at S where a header follows, or nothing; else with the
+/// next header, for which it may have to wait.
 int FrameScanner::afterFailure(int at, int length, bool ends) const
 {
     const int size = m_bytes.size();
     const int next = at + length;
     if (length > 0 && (next < size ? isHeader(next) : next == size && (ends || m_isFinished)))
         return next;
-    return headerFrom(at + 2);
+    const int end = headerFrom(at + 2);
+    const bool mayGoOn = end == size && !ends && !m_isFinished && size - at < kLongestScanned;
+    return mayGoOn ? kWait : end;
 }
 
 bool FrameScanner::take(QByteArray &piece, bool ends)

@@ -161,6 +161,44 @@ bool readLanguage(const QCommandLineParser &parser, Language &language, QString 
            refuse(error, "language", word, "zh or en");
 }
 
+std::unique_ptr<FrameFormat> readForm(const QString &name, const QString &path, Language language,
+                                      const Origin &origin, QString &error)
+{
+    QString form = name;
+    for (const char *each : {"pcapng", "log", "hex"})
+        if (name.isEmpty() && path.endsWith(QLatin1Char('.') + QLatin1String(each)))
+            form = QLatin1String(each);
+    if (form == QLatin1String("pcapng"))
+        return pcapngFormat(origin);
+    if (form == QLatin1String("log"))
+        return logFormat(language);
+    if (form == QLatin1String("hex"))
+        return hexFormat();
+    if (form.isEmpty() || form == QLatin1String("line"))
+        return lineFormat();
+    refuse(error, "as", form, "pcapng, line, log or hex");
+    return nullptr;
+}
+
+bool readDurationOption(const QCommandLineParser &parser, const char *name, qint64 &microseconds,
+                        QString &error)
+{
+    const QString text = valueOf(parser, name);
+    return !parser.isSet(QLatin1String(name)) ||
+           (readDuration(text, microseconds) && microseconds > 0) ||
+           refuse(error, name, text, "a length of time as 30ms, 10s, 5min or 1h");
+}
+
+bool readCountOption(const QCommandLineParser &parser, const char *name, int least, int &count,
+                     QString &error)
+{
+    bool isGood = true;
+    if (parser.isSet(QLatin1String(name)))
+        count = valueOf(parser, name).toInt(&isGood);
+    return (isGood && count >= least) ||
+           refuse(error, name, valueOf(parser, name), "a whole number");
+}
+
 std::unique_ptr<RecordReader> openInput(const QString &word, const ReadOptions &options,
                                         std::function<void()> beforeRead, QString &error)
 {

@@ -3,6 +3,7 @@
 #include "tools/wire/filter.h"
 #include "tools/wire/output.h"
 #include "tools/wire/recordreader.h"
+#include "tools/wire/recordwriter.h"
 
 #include <QCommandLineParser>
 #include <QStringList>
@@ -23,6 +24,17 @@ bool readReadOptions(const QCommandLineParser &parser, ReadOptions &options, QSt
 bool readFilter(const QCommandLineParser &parser, Filter &filter, QString &error);
 bool readTimes(const QCommandLineParser &parser, Filter &filter, QString &error);
 bool readLanguage(const QCommandLineParser &parser, Language &language, QString &error);
+
+/// The form in which a recording is written: by name, or else by the end of the file's name; null
+/// with `error` set where there is none such. A recording's first block names the origin.
+std::unique_ptr<FrameFormat> readForm(const QString &name, const QString &path, Language language,
+                                      const Origin &origin, QString &error);
+
+/// A length of time or a whole number from `least` on; what isn't given stays as it is.
+bool readDurationOption(const QCommandLineParser &parser, const char *name, qint64 &microseconds,
+                        QString &error);
+bool readCountOption(const QCommandLineParser &parser, const char *name, int least, int &count,
+                     QString &error);
 
 /// The reader of a path, "-" for standard input, or of the digits of a frame; null with `error`
 /// set.

@@ -21,8 +21,9 @@ constexpr char kEnds[] =
     "answer.";
 
 const wire::Verb *const kVerbs[] = {
-    &wire::kComposeVerb, &wire::kDecodeVerb, &wire::kConvertVerb,
-    &wire::kFieldsVerb,  &wire::kDiffVerb,
+    &wire::kComposeVerb, &wire::kDecodeVerb, &wire::kSendVerb,
+    &wire::kDumpVerb,    &wire::kRecordVerb, &wire::kReplayVerb,
+    &wire::kConvertVerb, &wire::kDiffVerb,   &wire::kFieldsVerb,
 };
 
 /// The verb that the command line begins with, or null.

@@ -2,7 +2,6 @@
 #include "tools/wire/catalogue.h"
 #include "tools/wire/decode.h"
 #include "tools/wire/inputs.h"
-#include "tools/wire/recordwriter.h"
 #include "tools/wire/verbs.h"
 
 #include <QCoreApplication>
@@ -103,31 +102,17 @@ int decode(const QCommandLineParser &parser, const QStringList &words)
     return pour(parser, words, *format);
 }
 
-std::unique_ptr<FrameFormat> formatNamed(const QString &name, Language language)
-{
-    if (name == QLatin1String("pcapng"))
-        return pcapngFormat({QString(), QString(), toolName()});
-    if (name == QLatin1String("log"))
-        return logFormat(language);
-    if (name == QLatin1String("hex"))
-        return hexFormat();
-    return name == QLatin1String("line") ? lineFormat() : nullptr;
-}
-
 int convert(const QCommandLineParser &parser, const QStringList &words)
 {
     Language language = Language::English;
     QString error;
     if (!readLanguage(parser, language, error))
         return complainOfUsage(error);
-    QString name = parser.value(QStringLiteral("as"));
-    const QString path = parser.value(QStringLiteral("output"));
-    for (const char *each : {"pcapng", "log", "hex"})
-        if (name.isEmpty() && path.endsWith(QLatin1Char('.') + QLatin1String(each)))
-            name = QLatin1String(each);
-    const auto format = formatNamed(name.isEmpty() ? QStringLiteral("line") : name, language);
+    const auto format =
+        readForm(parser.value(QStringLiteral("as")), parser.value(QStringLiteral("output")),
+                 language, {QString(), QString(), toolName()}, error);
     if (!format)
-        return complainOfUsage(QStringLiteral("--as %1: pcapng, line, log or hex").arg(name));
+        return complainOfUsage(error);
     return pour(parser, words, *format);
 }
 

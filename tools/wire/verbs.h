@@ -24,5 +24,9 @@ extern const Verb kDecodeVerb;
 extern const Verb kConvertVerb;
 extern const Verb kFieldsVerb;
 extern const Verb kDiffVerb;
+extern const Verb kSendVerb;
+extern const Verb kDumpVerb;
+extern const Verb kRecordVerb;
+extern const Verb kReplayVerb;
 
 } // namespace wire

@@ -2,8 +2,6 @@
 
 #include <QObject>
 
-namespace podsim {
-
 /// Turns the wish that the program end into a Qt signal: SIGINT and SIGTERM, by a pipe to itself;
 /// on Windows Ctrl+C, a closed console and what QProcess::terminate sends. At most one at a time;
 /// lives in the main thread to the end of the program.
@@ -23,5 +21,3 @@ signals:
 private:
     QObject *m_listener = nullptr;
 };
-
-} // namespace podsim

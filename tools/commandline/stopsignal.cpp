@@ -1,4 +1,4 @@
-#include "tools/podsim/stopsignal.h"
+#include "tools/commandline/stopsignal.h"
 
 #include <QSocketNotifier>
 
@@ -7,8 +7,6 @@
 #include <csignal>
 
 #include <unistd.h>
-
-namespace podsim {
 
 namespace {
 
@@ -42,5 +40,3 @@ StopSignal::StopSignal()
     sigaction(SIGTERM, &action, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
 }
-
-} // namespace podsim

@@ -1,4 +1,4 @@
-#include "tools/podsim/stopsignal.h"
+#include "tools/commandline/stopsignal.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QCoreApplication>
@@ -6,8 +6,6 @@
 #include <atomic>
 
 #include <windows.h>
-
-namespace podsim {
 
 namespace {
 
@@ -48,5 +46,3 @@ StopSignal::StopSignal()
     if (SetConsoleCtrlHandler(passOn, TRUE))
         m_listener = filter;
 }
-
-} // namespace podsim

@@ -1,0 +1,288 @@
+#include "tools/wire/link.h"
+
+#include <QHostInfo>
+#include <QNetworkProxy>
+#include <QSerialPort>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTimer>
+#include <QUdpSocket>
+
+namespace wire {
+
+namespace {
+
+constexpr int kConnectLimitMs = 3000;
+constexpr qint64 kReadSize = 64 * 1024;
+
+void makeQuick(QTcpSocket *socket)
+{
+    // Else a frame waits until the one before it is acknowledged.
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    socket->setReadBufferSize(kReadSize);
+}
+
+QHostAddress resolved(const QString &host)
+{
+    const QHostAddress address(host);
+    if (!address.isNull())
+        return address;
+    for (const QHostAddress &each : QHostInfo::fromName(host).addresses())
+        if (each.protocol() == QAbstractSocket::IPv4Protocol)
+            return each;
+    return {};
+}
+
+/// A connection to a pod that listens.
+class TcpLink : public Link
+{
+public:
+    explicit TcpLink(const LinkAddress &address) : Link(address)
+    {
+        m_limit.setSingleShot(true);
+        m_socket.setProxy(QNetworkProxy::NoProxy);
+        connect(&m_limit, &QTimer::timeout, this, [this] { fail(QStringLiteral("no answer")); });
+        connect(&m_socket, &QTcpSocket::connected, this, [this] {
+            m_limit.stop();
+            makeQuick(&m_socket);
+            emit opened();
+        });
+        connect(&m_socket, &QTcpSocket::readyRead, this,
+                [this] { emit received(m_socket.readAll()); });
+        connect(&m_socket, &QTcpSocket::bytesWritten, this, &Link::written);
+        connect(&m_socket, &QTcpSocket::errorOccurred, this,
+                [this] { fail(m_socket.errorString()); });
+    }
+
+    void open() override
+    {
+        m_isGone = false;
+        m_limit.start(kConnectLimitMs);
+        m_socket.connectToHost(m_address.host, m_address.port);
+    }
+
+    bool send(const QByteArray &bytes) override
+    {
+        return m_socket.state() == QAbstractSocket::ConnectedState &&
+               m_socket.write(bytes) == bytes.size() && (m_socket.flush() || true);
+    }
+
+    qint64 unsent() const override { return m_socket.bytesToWrite(); }
+
+    void close() override
+    {
+        m_isGone = true;
+        m_socket.disconnectFromHost();
+        if (m_socket.state() == QAbstractSocket::ClosingState)
+            m_socket.waitForDisconnected(kConnectLimitMs);
+    }
+
+private:
+    void fail(const QString &reason)
+    {
+        if (m_isGone)
+            return;
+        m_isGone = true;
+        m_limit.stop();
+        const QByteArray last = m_socket.readAll();
+        if (!last.isEmpty())
+            emit received(last);
+        m_socket.abort();
+        emit closed(failure(reason));
+    }
+
+    QTcpSocket m_socket;
+    QTimer m_limit;
+    bool m_isGone = false;
+};
+
+/// The pod's side of TCP: all that connect get what is sent, and are heard.
+class TcpListenLink : public Link
+{
+public:
+    explicit TcpListenLink(const LinkAddress &address) : Link(address)
+    {
+        m_server.setProxy(QNetworkProxy::NoProxy);
+        connect(&m_server, &QTcpServer::newConnection, this, [this] {
+            while (QTcpSocket *socket = m_server.nextPendingConnection())
+                take(socket);
+        });
+    }
+
+    void open() override
+    {
+        if (!m_server.listen(resolved(m_address.host), m_address.port))
+            emit closed(failure(m_server.errorString()));
+    }
+
+    bool send(const QByteArray &bytes) override
+    {
+        for (QTcpSocket *client : qAsConst(m_clients)) {
+            client->write(bytes);
+            client->flush();
+        }
+        return !m_clients.isEmpty();
+    }
+
+    qint64 unsent() const override
+    {
+        qint64 most = 0;
+        for (const QTcpSocket *client : m_clients)
+            most = qMax(most, client->bytesToWrite());
+        return most;
+    }
+
+    void close() override
+    {
+        m_server.close();
+        const QList<QTcpSocket *> clients = m_clients;
+        for (QTcpSocket *client : clients) {
+            client->disconnectFromHost();
+            if (client->state() == QAbstractSocket::ClosingState)
+                client->waitForDisconnected(kConnectLimitMs);
+        }
+    }
+
+private:
+    void take(QTcpSocket *socket)
+    {
+        makeQuick(socket);
+        m_clients.append(socket);
+        connect(socket, &QTcpSocket::readyRead, this,
+                [this, socket] { emit received(socket->readAll()); });
+        connect(socket, &QTcpSocket::bytesWritten, this, &Link::written);
+        connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
+            m_clients.removeAll(socket);
+            socket->deleteLater();
+            emit written(); // what waited for it is gone
+        });
+        emit opened();
+    }
+
+    QTcpServer m_server;
+    QList<QTcpSocket *> m_clients;
+};
+
+/// Datagrams: each leaves from a fresh port, answers are received on the local one.
+class UdpLink : public Link
+{
+public:
+    explicit UdpLink(const LinkAddress &address) : Link(address)
+    {
+        connect(&m_socket, &QUdpSocket::readyRead, this, &UdpLink::read);
+    }
+
+    void open() override
+    {
+        m_host = resolved(m_address.host);
+        if (m_host.isNull())
+            emit closed(failure(QStringLiteral("no such host")));
+        else if (!m_socket.bind(QHostAddress::AnyIPv4, m_address.local))
+            emit closed(
+                failure(QStringLiteral("port %1: ").arg(m_address.local) + m_socket.errorString()));
+        else
+            emit opened();
+    }
+
+    bool send(const QByteArray &bytes) override
+    {
+        return QUdpSocket().writeDatagram(bytes, m_host, m_address.port) == bytes.size();
+    }
+
+    void close() override { m_socket.close(); }
+
+private:
+    void read()
+    {
+        while (m_socket.hasPendingDatagrams()) {
+            QByteArray bytes(int(qMax<qint64>(0, m_socket.pendingDatagramSize())), '\0');
+            // A refusal of what was sent before comes as a datagram that can't be read.
+            if (m_socket.readDatagram(bytes.data(), bytes.size()) < 0)
+                return;
+            emit received(bytes);
+        }
+    }
+
+    QUdpSocket m_socket;
+    QHostAddress m_host;
+};
+
+class SerialLink : public Link
+{
+public:
+    explicit SerialLink(const LinkAddress &address) : Link(address)
+    {
+        connect(&m_port, &QSerialPort::readyRead, this,
+                [this] { emit received(m_port.readAll()); });
+        connect(&m_port, &QSerialPort::bytesWritten, this, &Link::written);
+        connect(&m_port, &QSerialPort::errorOccurred, this,
+                [this](QSerialPort::SerialPortError error) {
+                    // Later: the port reports from within its own reading.
+                    if (error == QSerialPort::ResourceError && m_port.isOpen())
+                        QTimer::singleShot(0, this, &SerialLink::lose);
+                });
+    }
+
+    void open() override
+    {
+        m_port.setPortName(m_address.host);
+        m_port.setBaudRate(m_address.baud);
+        m_port.setDataBits(QSerialPort::DataBits(m_address.dataBits));
+        m_port.setParity(m_address.parity == 'o'   ? QSerialPort::OddParity
+                         : m_address.parity == 'e' ? QSerialPort::EvenParity
+                                                   : QSerialPort::NoParity);
+        m_port.setStopBits(QSerialPort::OneStop);
+        if (m_port.open(QIODevice::ReadWrite))
+            emit opened();
+        else
+            emit closed(failure(m_port.errorString()));
+    }
+
+    bool send(const QByteArray &bytes) override
+    {
+        const bool isTaken = m_port.isOpen() && m_port.write(bytes) == bytes.size();
+        m_port.flush();
+        return isTaken;
+    }
+
+    qint64 unsent() const override { return m_port.bytesToWrite(); }
+
+    void close() override
+    {
+        while (m_port.isOpen() && m_port.bytesToWrite() > 0 &&
+               m_port.waitForBytesWritten(kConnectLimitMs)) {
+        }
+        m_port.close();
+    }
+
+private:
+    void lose()
+    {
+        if (!m_port.isOpen())
+            return;
+        const QString reason = m_port.errorString();
+        m_port.close();
+        emit closed(failure(reason));
+    }
+
+    QSerialPort m_port;
+};
+
+} // namespace
+
+std::unique_ptr<Link> Link::make(const LinkAddress &address)
+{
+    switch (address.kind) {
+    case LinkAddress::TcpListen:
+        return std::make_unique<TcpListenLink>(address);
+    case LinkAddress::Udp:
+        return std::make_unique<UdpLink>(address);
+    case LinkAddress::Serial:
+        return std::make_unique<SerialLink>(address);
+    case LinkAddress::Tcp:
+        break;
+    }
+    return std::make_unique<TcpLink>(address);
+}
+
+} // namespace wire

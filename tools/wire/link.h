@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+namespace wire {
+
+/// Where a link leads. The ports and the form of a serial line are the pod's usual ones where the
+/// text doesn't name them.
+struct LinkAddress
+{
+    enum Kind : quint8 { Tcp, TcpListen, Udp, Serial };
+    Kind kind = Tcp;
+    QString text; ///< as it was given
+    QString host; ///< of serial the port's name
+    quint16 port = 0;
+    quint16 local = 0; ///< of UDP the port that datagrams are received on
+    int baud = 115200;
+    int dataBits = 8;
+    char parity = 'n'; ///< n, o or e
+};
+
+/// Reads `tcp://host:2332`, `tcp-listen://address:2332`, `udp://host:2337?local=2338`,
+/// `serial:///dev/ttyUSB0?baud=115200&parity=even&data=8`. False with `error` set for anything
+/// else.
+bool readLinkAddress(const QString &text, LinkAddress &address, QString &error);
+
+/// A link to a pod, or to a bench: bytes in, bytes out, by the bench's own rules. Lives in the
+/// thread of its event loop and belongs to who made it. A link that is closed may be opened again.
+class Link : public QObject
+{
+    Q_OBJECT
+
+public:
+    static std::unique_ptr<Link> make(const LinkAddress &address);
+
+    /// Begins to open it: `opened` or `closed` follows, of a link that opens at once before it
+    /// returns.
+    virtual void open() = 0;
+    /// Writes at once what the link takes; false where there is nobody at the other end.
+    virtual bool send(const QByteArray &bytes) = 0;
+    /// Bytes that wait to go out.
+    virtual qint64 unsent() const { return 0; }
+    /// Ends it once all has gone out.
+    virtual void close() = 0;
+    const LinkAddress &address() const { return m_address; }
+
+signals:
+    void opened();
+    void received(const QByteArray &bytes);
+    /// What waited to go out has become less.
+    void written();
+    /// It couldn't be opened, or is lost.
+    void closed(const QString &reason);
+
+protected:
+    explicit Link(const LinkAddress &address) : m_address(address) {}
+    QString failure(const QString &reason) const { return m_address.text + ": " + reason; }
+
+    const LinkAddress m_address;
+};
+
+} // namespace wire

@@ -1,0 +1,73 @@
+#include "tools/wire/linkrun.h"
+
+#include <limits>
+
+namespace wire {
+
+namespace {
+
+constexpr int kReopenMs = 1000;
+constexpr int kExitLost = 1;
+
+} // namespace
+
+Link &LinkRun::add(const LinkAddress &address)
+{
+    m_links.push_back(Link::make(address));
+    Link *link = m_links.back().get();
+    connect(link, &Link::closed, this,
+            [this, link](const QString &reason) { takeLoss(link, reason); });
+    return *link;
+}
+
+void LinkRun::limit(qint64 microseconds)
+{
+    const qint64 most = std::numeric_limits<int>::max();
+    QTimer::singleShot(int(qBound<qint64>(0, microseconds / 1000, most)), Qt::PreciseTimer, this,
+                       [this] { end(0); });
+}
+
+void LinkRun::end(int code)
+{
+    m_code = m_isEnded ? m_code : code;
+    m_isEnded = true;
+    m_loop.quit();
+}
+
+int LinkRun::run()
+{
+    for (const auto &link : m_links)
+        if (!m_isEnded)
+            link->open();
+    if (!m_isEnded)
+        m_loop.exec();
+    for (const auto &link : m_links) {
+        link->disconnect(this);
+        link->close();
+    }
+    return m_code;
+}
+
+void LinkRun::takeLoss(Link *link, const QString &reason)
+{
+    m_says(reason);
+    if (!m_reconnects)
+        return end(kExitLost);
+    QTimer::singleShot(kReopenMs, link, [link] { link->open(); });
+}
+
+void FrameTap::push(const QByteArray &bytes)
+{
+    m_cutter.push(bytes.constData(), bytes.size(), m_clock.now());
+    for (Record record; m_cutter.take(record, true);)
+        m_take(record);
+}
+
+void FrameTap::finish()
+{
+    m_cutter.finish();
+    for (Record record; m_cutter.take(record, true);)
+        m_take(record);
+}
+
+} // namespace wire

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "tools/wire/link.h"
+#include "tools/wire/record.h"
+#include "tools/wire/streamcutter.h"
+#include "tools/wire/wireclock.h"
+
+#include <QEventLoop>
+#include <QTimer>
+
+#include <functional>
+
+namespace wire {
+
+/// The links of one run of the program: opens them, opens lost ones again where that is wanted, and
+/// turns the event loop until somebody ends it. Belongs to the function that runs it.
+class LinkRun : public QObject
+{
+public:
+    /// `says` gets what an operator should know: a link that is lost, or up again.
+    LinkRun(bool reconnects, std::function<void(const QString &)> says)
+        : m_reconnects(reconnects), m_says(std::move(says))
+    {
+    }
+
+    /// Adds a link; it is opened by `run`. Whatever is sent to it before is lost.
+    Link &add(const LinkAddress &address);
+    /// Ends the run after so many microseconds.
+    void limit(qint64 microseconds);
+    void end(int code);
+    /// Turns the loop until `end`: its code. Then the links are closed.
+    int run();
+
+private:
+    void takeLoss(Link *link, const QString &reason);
+
+    bool m_reconnects;
+    std::function<void(const QString &)> m_says;
+    std::vector<std::unique_ptr<Link>> m_links;
+    QEventLoop m_loop;
+    bool m_isEnded = false;
+    int m_code = 0;
+};
+
+/// Makes records of what a link receives, and hands them on.
+class FrameTap
+{
+public:
+    using Take = std::function<void(const Record &)>;
+    FrameTap(Cut cut, Direction direction, const WireClock &clock, Take take)
+        : m_cutter(cut, direction), m_clock(clock), m_take(std::move(take))
+    {
+    }
+
+    void push(const QByteArray &bytes);
+    /// Hands on what still waits for more.
+    void finish();
+
+private:
+    StreamCutter m_cutter;
+    const WireClock &m_clock;
+    Take m_take;
+};
+
+} // namespace wire

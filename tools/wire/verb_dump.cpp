@@ -1,0 +1,130 @@
+#include "tools/commandline/commandline.h"
+#include "tools/commandline/stopsignal.h"
+#include "tools/wire/decode.h"
+#include "tools/wire/inputs.h"
+#include "tools/wire/linkrun.h"
+#include "tools/wire/verbs.h"
+
+namespace wire {
+
+namespace {
+
+constexpr char kText[] =
+    "Listens on a link and writes each frame that is received: in the line form, or taken apart.\n"
+    "\n"
+    "  tcp://host:2332                    a pod that listens; 2332 may be left out\n"
+    "  tcp-listen://address:2332          the pod's side, for a bench to connect to\n"
+    "  udp://host:2337?local=2338         to the host's port, received on the local one\n"
+    "  serial:///dev/ttyUSB0?baud=115200  parity=none, odd or even; data=8; on Windows "
+    "serial:///COM3\n"
+    "\n"
+    "Frames are found by header and checksum; what stands between them is shown as it is. A pod\n"
+    "that only answers has to be asked: see `send`.\n"
+    "\n"
+    "  nacelle-wire dump udp://192.168.144.121\n"
+    "  nacelle-wire dump --json serial:///dev/ttyUSB0 | jq .fields.mode\n"
+    "  nacelle-wire dump --crc bad --count 1 --for 10s tcp://192.168.144.121\n"
+    "\n"
+    "Ends with 1 when the link is lost or can't be opened, with 3 when --for is over before "
+    "--count.";
+
+void addOptions(QCommandLineParser &parser)
+{
+    parser.addOption({QStringLiteral("json"), QStringLiteral("A JSON object a line.")});
+    parser.addOption({QStringLiteral("csv"), QStringLiteral("Comma-separated values.")});
+    parser.addOption({QStringLiteral("text"), QStringLiteral("Field by field.")});
+    parser.addOption({QStringLiteral("hex"), QStringLiteral("The digits alone.")});
+    parser.addOption({QStringLiteral("count"), QStringLiteral("End after so many frames."),
+                      QStringLiteral("number")});
+    parser.addOption(
+        {QStringLiteral("for"), QStringLiteral("End after this time."), QStringLiteral("time")});
+    parser.addOption(
+        {QStringLiteral("reconnect"), QStringLiteral("Open a lost link again, every second.")});
+    addLanguageOption(parser);
+    addReadOptions(parser);
+    addFilterOptions(parser);
+    addOutputOption(parser);
+}
+
+std::unique_ptr<FrameFormat> formatOf(const QCommandLineParser &parser, Language language)
+{
+    if (parser.isSet(QStringLiteral("json")))
+        return jsonFormat();
+    if (parser.isSet(QStringLiteral("csv")))
+        return csvFormat();
+    if (parser.isSet(QStringLiteral("hex")))
+        return hexFormat();
+    return parser.isSet(QStringLiteral("text")) ? textFormat(language) : lineFormat();
+}
+
+struct Wanted
+{
+    LinkAddress address;
+    ReadOptions options;
+    Filter filter;
+    Language language = Language::English;
+    int count = 0;
+    qint64 time = 0;
+};
+
+bool readWanted(const QCommandLineParser &parser, const QStringList &words, Wanted &wanted,
+                QString &error)
+{
+    if (words.size() != 1)
+        error = QStringLiteral("one link is needed");
+    return words.size() == 1 && readLinkAddress(words.first(), wanted.address, error) &&
+           readReadOptions(parser, wanted.options, error) &&
+           readFilter(parser, wanted.filter, error) &&
+           readLanguage(parser, wanted.language, error) &&
+           readCountOption(parser, "count", 0, wanted.count, error) &&
+           readDurationOption(parser, "for", wanted.time, error);
+}
+
+int dump(LinkRun &run, Wanted &wanted, const FrameFormat &format, Output &output)
+{
+    const WireClock clock;
+    int count = 0;
+    FrameTap tap(wanted.options.cut, Direction::Unknown, clock, [&](const Record &record) {
+        if (!wanted.filter.takes(record) || (wanted.count > 0 && count == wanted.count))
+            return;
+        format.add(record, output.buffer());
+        if (++count == wanted.count)
+            run.end(kExitDone);
+    });
+    Link &link = run.add(wanted.address);
+    QObject::connect(&link, &Link::received, &run, [&](const QByteArray &bytes) {
+        tap.push(bytes);
+        if (!output.flush())
+            run.end(kExitFailure);
+    });
+    if (wanted.time > 0)
+        run.limit(wanted.time);
+    const int code = run.run();
+    tap.finish();
+    return code == kExitDone && count < wanted.count ? kExitNoAnswer : code;
+}
+
+int run(const QCommandLineParser &parser, const QStringList &words)
+{
+    Wanted wanted;
+    QString error;
+    if (!readWanted(parser, words, wanted, error))
+        return complainOfUsage(error);
+    Output output;
+    if (!output.open(parser.value(QStringLiteral("output"))))
+        return complain(output.error());
+    const auto format = formatOf(parser, wanted.language);
+    format->begin(output.buffer());
+    LinkRun links(parser.isSet(QStringLiteral("reconnect")),
+                  [](const QString &text) { complain(text); });
+    const StopSignal stop;
+    QObject::connect(&stop, &StopSignal::stopped, &links, [&links] { links.end(kExitDone); });
+    const int code = dump(links, wanted, *format, output);
+    return output.close() ? code : complain(output.error());
+}
+
+} // namespace
+
+const Verb kDumpVerb{"dump", "<link>", "listen on a link", kText, addOptions, run};
+
+} // namespace wire

@@ -1,0 +1,191 @@
+#include "tools/commandline/commandline.h"
+#include "tools/commandline/stopsignal.h"
+#include "tools/wire/inputs.h"
+#include "tools/wire/linkrun.h"
+#include "tools/wire/recorder.h"
+#include "tools/wire/verbs.h"
+
+namespace wire {
+
+namespace {
+
+constexpr char kText[] =
+    "Records what is received on a link; with --bridge it sits between bench and pod, hands on "
+    "all\n"
+    "bytes at once and records both sides. `dump --help` lists what a link can be; the two sides "
+    "of\n"
+    "a bridge may be of different kinds.\n"
+    "\n"
+    "  nacelle-wire record -o night.pcapng --rotate-time 1h --keep 12 --reconnect "
+    "serial:///dev/ttyUSB0\n"
+    "  nacelle-wire record -o run.pcapng --bridge tcp-listen://127.0.0.1:2332 serial:///COM3\n"
+    "  nacelle-wire record -o run.pcapng --bridge 'udp://127.0.0.1:2338?local=2347' "
+    "'udp://192.168.144.121?local=2339'\n"
+    "\n"
+    "The first has the bench connect to 127.0.0.1 by TCP while the pod is on a serial line. The\n"
+    "file's name says the form: .pcapng, .log, .hex, else the line form. What has been recorded "
+    "is\n"
+    "on the disk after a second at most. It goes on until Ctrl+C, --for, or the loss of a link.\n"
+    "\n"
+    "Ends with 1 when a link is lost or can't be opened, or the file can't be written.";
+
+constexpr int kFlushMs = 1000;
+
+void addOptions(QCommandLineParser &parser)
+{
+    parser.addOption(
+        {QStringLiteral("bridge"), QStringLiteral("The bench's side."), QStringLiteral("link")});
+    parser.addOption(
+        {QStringLiteral("for"), QStringLiteral("End after this time."), QStringLiteral("time")});
+    parser.addOption(
+        {QStringLiteral("reconnect"), QStringLiteral("Open a lost link again, every second.")});
+    parser.addOption({QStringLiteral("rotate-size"),
+                      QStringLiteral("Begin another file after so many megabytes."),
+                      QStringLiteral("MB")});
+    parser.addOption({QStringLiteral("rotate-time"),
+                      QStringLiteral("Begin another file after this time."),
+                      QStringLiteral("time")});
+    parser.addOption({QStringLiteral("keep"), QStringLiteral("Keep so many files, the newest."),
+                      QStringLiteral("number")});
+    parser.addOption({QStringLiteral("as"), QStringLiteral("pcapng, line, log or hex."),
+                      QStringLiteral("form")});
+    parser.addOption(
+        {QStringLiteral("as-bench"), QStringLiteral("Cut what is received as the bench does.")});
+    addLanguageOption(parser);
+    addOutputOption(parser);
+}
+
+struct Wanted
+{
+    LinkAddress pod, bench;
+    bool isBridge = false;
+    Cut cut = Cut::Searching;
+    Rotation rotation;
+    qint64 time = 0;
+    Language language = Language::English;
+};
+
+bool readWanted(const QCommandLineParser &parser, const QStringList &words, Wanted &wanted,
+                QString &error)
+{
+    const QString bench = parser.value(QStringLiteral("bridge"));
+    wanted.isBridge = parser.isSet(QStringLiteral("bridge"));
+    wanted.cut = parser.isSet(QStringLiteral("as-bench")) ? Cut::AsBench : Cut::Searching;
+    int megabytes = 0;
+    if (words.size() != 1)
+        error = QStringLiteral("one link is needed");
+    else if (parser.value(QStringLiteral("output")).isEmpty())
+        error = QStringLiteral("-o and the name of a file are needed; - is standard output");
+    const bool isGood =
+        error.isEmpty() && readLinkAddress(words.first(), wanted.pod, error) &&
+        (!wanted.isBridge || readLinkAddress(bench, wanted.bench, error)) &&
+        readLanguage(parser, wanted.language, error) &&
+        readDurationOption(parser, "for", wanted.time, error) &&
+        readDurationOption(parser, "rotate-time", wanted.rotation.microseconds, error) &&
+        readCountOption(parser, "rotate-size", 0, megabytes, error) &&
+        readCountOption(parser, "keep", 0, wanted.rotation.keep, error);
+    wanted.rotation.bytes = qint64(megabytes) * 1000000;
+    return isGood;
+}
+
+/// Links, what hands their bytes on, and what writes them down.
+class Session
+{
+public:
+    Session(LinkRun &run, const Wanted &wanted, Recorder &recorder)
+        : m_run(run), m_recorder(recorder), m_pod(run.add(wanted.pod)),
+          m_bench(wanted.isBridge ? &run.add(wanted.bench) : nullptr),
+          m_fromPod(wanted.cut, wanted.isBridge ? Direction::Rx : Direction::Unknown, m_clock,
+                    [this](const Record &record) { take(record); }),
+          m_fromBench(Cut::Searching, Direction::Tx, m_clock,
+                      [this](const Record &record) { take(record); })
+    {
+        tie(m_pod, m_bench, m_fromPod);
+        if (m_bench)
+            tie(*m_bench, &m_pod, m_fromBench);
+        QObject::connect(&m_timer, &QTimer::timeout, &run, [this] { flush(); });
+        m_timer.start(kFlushMs);
+    }
+
+    void finish()
+    {
+        m_fromPod.finish();
+        m_fromBench.finish();
+    }
+
+private:
+    /// Bytes go on before they are looked at: the bridge shall cost no time.
+    void tie(Link &from, Link *to, FrameTap &tap)
+    {
+        QObject::connect(&from, &Link::received, &m_run, [to, &tap](const QByteArray &bytes) {
+            if (to)
+                to->send(bytes);
+            tap.push(bytes);
+        });
+    }
+
+    void take(const Record &record)
+    {
+        if (!m_recorder.take(record))
+            m_run.end(kExitFailure);
+    }
+
+    void flush()
+    {
+        if (!m_recorder.flush())
+            m_run.end(kExitFailure);
+    }
+
+    LinkRun &m_run;
+    Recorder &m_recorder;
+    const WireClock m_clock;
+    Link &m_pod;
+    Link *m_bench;
+    FrameTap m_fromPod, m_fromBench;
+    QTimer m_timer;
+};
+
+int record(const QCommandLineParser &parser, const Wanted &wanted, Recorder &recorder)
+{
+    if (!recorder.open())
+        return complain(recorder.error());
+    LinkRun links(parser.isSet(QStringLiteral("reconnect")),
+                  [](const QString &text) { complain(text); });
+    Session session(links, wanted, recorder);
+    const StopSignal stop;
+    QObject::connect(&stop, &StopSignal::stopped, &links, [&links] { links.end(kExitDone); });
+    if (wanted.time > 0)
+        links.limit(wanted.time);
+    const int code = links.run();
+    session.finish();
+    if (!recorder.close())
+        return complain(recorder.error());
+    complain(QStringLiteral("%1 frames recorded").arg(recorder.count()));
+    return code;
+}
+
+int run(const QCommandLineParser &parser, const QStringList &words)
+{
+    Wanted wanted;
+    QString error;
+    if (!readWanted(parser, words, wanted, error))
+        return complainOfUsage(error);
+    const QString path = parser.value(QStringLiteral("output"));
+    const Origin origin{wanted.isBridge
+                            ? wanted.bench.text + QStringLiteral(" <> ") + wanted.pod.text
+                            : wanted.pod.text,
+                        wanted.pod.host, toolName()};
+    const auto format =
+        readForm(parser.value(QStringLiteral("as")), path, wanted.language, origin, error);
+    if (!format)
+        return complainOfUsage(error);
+    Recorder recorder(path, *format, wanted.rotation);
+    return record(parser, wanted, recorder);
+}
+
+} // namespace
+
+const Verb kRecordVerb{"record", "<link>",   "record a link, or between bench and pod",
+                       kText,    addOptions, run};
+
+} // namespace wire
