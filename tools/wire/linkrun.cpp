@@ -11,12 +11,21 @@ constexpr int kExitLost = 1;
 
 } // namespace
 
-Link &LinkRun::add(const LinkAddress &address)
+Link &LinkRun::add(const LinkAddress &address, Link *first)
 {
     m_links.push_back(Link::make(address));
     Link *link = m_links.back().get();
     connect(link, &Link::closed, this,
             [this, link](const QString &reason) { takeLoss(link, reason); });
+    if (!first) {
+        m_openedFirst.push_back(link);
+        return *link;
+    }
+    const auto once = std::make_shared<QMetaObject::Connection>();
+    *once = connect(first, &Link::opened, link, [link, once] {
+        disconnect(*once);
+        link->open();
+    });
     return *link;
 }
 
@@ -36,7 +45,7 @@ void LinkRun::end(int code)
 
 int LinkRun::run()
 {
-    for (const auto &link : m_links)
+    for (Link *link : m_openedFirst)
         if (!m_isEnded)
             link->open();
     if (!m_isEnded)

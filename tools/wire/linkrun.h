@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include <functional>
+#include <vector>
 
 namespace wire {
 
@@ -23,8 +24,9 @@ public:
     {
     }
 
-    /// Adds a link; it is opened by `run`. Whatever is sent to it before is lost.
-    Link &add(const LinkAddress &address);
+    /// Adds a link. It is opened by `run`, or with `first`, once that one is up: what a bench sends
+    /// before there is a pod would be lost.
+    Link &add(const LinkAddress &address, Link *first = nullptr);
     /// Ends the run after so many microseconds.
     void limit(qint64 microseconds);
     void end(int code);
@@ -37,6 +39,7 @@ private:
     bool m_reconnects;
     std::function<void(const QString &)> m_says;
     std::vector<std::unique_ptr<Link>> m_links;
+    std::vector<Link *> m_openedFirst;
     QEventLoop m_loop;
     bool m_isEnded = false;
     int m_code = 0;

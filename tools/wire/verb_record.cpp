@@ -94,7 +94,7 @@ class Session
 public:
     Session(LinkRun &run, const Wanted &wanted, Recorder &recorder)
         : m_run(run), m_recorder(recorder), m_pod(run.add(wanted.pod)),
-          m_bench(wanted.isBridge ? &run.add(wanted.bench) : nullptr),
+          m_bench(wanted.isBridge ? &run.add(wanted.bench, &m_pod) : nullptr),
           m_fromPod(wanted.cut, wanted.isBridge ? Direction::Rx : Direction::Unknown, m_clock,
                     [this](const Record &record) { take(record); }),
           m_fromBench(Cut::Searching, Direction::Tx, m_clock,

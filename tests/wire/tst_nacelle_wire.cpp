@@ -1,0 +1,402 @@
+#include "tests/podsim/podprocess.h"
+#include "tests/support/strictmain.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QUdpSocket>
+
+#include <csignal>
+#include <memory>
+
+namespace {
+
+constexpr int kLimitMs = 20000;
+
+struct Run
+{
+    int code = -1;
+    QByteArray out;
+    QByteArray error;
+};
+
+/// The real program, under way.
+class Wire
+{
+public:
+    explicit Wire(const QStringList &arguments, const QByteArray &input = {})
+    {
+        m_process.start(QStringLiteral(WIRE_PATH), arguments);
+        m_process.write(input);
+        m_process.closeWriteChannel();
+        m_process.waitForStarted(kLimitMs);
+    }
+
+    Run end()
+    {
+        if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(kLimitMs))
+            m_process.kill();
+        const int code = m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
+        return {code, m_process.readAllStandardOutput(), m_process.readAllStandardError()};
+    }
+
+    Run stop(int signal = SIGTERM)
+    {
+        ::kill(pid_t(m_process.processId()), signal);
+        return end();
+    }
+
+    bool isRunning() { return m_process.state() == QProcess::Running; }
+
+private:
+    QProcess m_process;
+};
+
+Run run(const QStringList &arguments, const QByteArray &input = {})
+{
+    return Wire(arguments, input).end();
+}
+
+/// Tries again as long as the link isn't there yet.
+bool succeeds(const QStringList &arguments, const QByteArray &input = {})
+{
+    const QDeadlineTimer limit(kLimitMs);
+    while (run(arguments, input).code != 0) {
+        if (limit.hasExpired())
+            return false;
+    }
+    return true;
+}
+
+Run shell(const QString &command)
+{
+    QProcess process;
+    process.start("sh", {"-c", command});
+    process.waitForFinished(kLimitMs);
+    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+quint16 freePort(bool isUdp = false)
+{
+    QTcpServer server;
+    QUdpSocket socket;
+    if (isUdp)
+        return socket.bind(QHostAddress::LocalHost) ? socket.localPort() : quint16(0);
+    return server.listen(QHostAddress::LocalHost) ? server.serverPort() : quint16(0);
+}
+
+QString tcpTo(quint16 port)
+{
+    return QStringLiteral("tcp://127.0.0.1:%1").arg(port);
+}
+
+/// Connected to a program that may only just begin to listen.
+bool joins(QTcpSocket &socket, quint16 port)
+{
+    const QDeadlineTimer limit(kLimitMs);
+    do {
+        socket.abort();
+        socket.connectToHost(QStringLiteral("127.0.0.1"), port);
+    } while (!socket.waitForConnected(1000) && !limit.hasExpired());
+    return socket.state() == QAbstractSocket::ConnectedState;
+}
+
+QByteArray command(const char *word)
+{
+    return run({"compose", QStringLiteral("command=") + word}).out;
+}
+
+/// Third words of the line form, which are the frames, of one side.
+QByteArray framesOf(const QByteArray &lines, const char *direction)
+{
+    QByteArray frames;
+    for (const QByteArray &line : lines.split('\n'))
+        if (line.split(' ').value(1) == direction)
+            frames += line.split(' ').value(2) + '\n';
+    return frames;
+}
+
+} // namespace
+
+/// The program over real files, sockets and pseudo-terminals, with the simulated pod.
+class tst_nacelle_wire : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
+    void refusesItsCommandLine_data();
+    void refusesItsCommandLine();
+    void helps();
+    void pipes();
+    void endsByTheAnswer_data();
+    void endsByTheAnswer();
+    void sendsFromFreshPorts();
+    void bridgesAndReplays();
+    void recordsUntilKilled();
+    void rotates();
+    void reconnects();
+    void saysThatTheDiskIsFull();
+    void failsOnFiles();
+
+private:
+    QString path(const char *name) const { return m_folder->filePath(QLatin1String(name)); }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void tst_nacelle_wire::refusesItsCommandLine_data()
+{
+    QTest::addColumn<QString>("words");
+    for (const char *words : {"",
+                              "play",
+                              "decode --json --csv x",
+                              "decode --crc maybe",
+                              "decode --from soon",
+                              "decode --mode fast",
+                              "convert --as xml",
+                              "fields all",
+                              "compose command=no",
+                              "compose --frame pod",
+                              "send",
+                              "send pod A8E5",
+                              "send --every x tcp://pod A8E5",
+                              "dump",
+                              "dump --for 0 tcp://pod",
+                              "record tcp://pod",
+                              "record -o x --keep -1 tcp://pod",
+                              "replay x",
+                              "replay --speed 0 x tcp://pod",
+                              "diff x",
+                              "replay --side up x tcp://pod",
+                              "decode --language fr"})
+        QTest::newRow(words) << words;
+}
+
+void tst_nacelle_wire::refusesItsCommandLine()
+{
+    QFETCH(QString, words);
+    const Run refused = run(words.split(' ', Qt::SkipEmptyParts));
+    QCOMPARE(refused.code, 2);
+    QVERIFY2(refused.error.contains("--help"), refused.error);
+    QVERIFY(refused.out.isEmpty());
+}
+
+void tst_nacelle_wire::helps()
+{
+    const QByteArray help = run({"--help"}).out;
+    for (const char *verb :
+         {"compose", "decode", "send", "dump", "record", "replay", "convert", "diff", "fields"}) {
+        QVERIFY(help.contains(QByteArray("\n  ") + verb + ' '));
+        const Run own = run({verb, "--help"});
+        QCOMPARE(own.code, 0);
+        QVERIFY2(own.out.contains(QByteArray("\n  nacelle-wire ") + verb), verb);
+    }
+}
+
+void tst_nacelle_wire::pipes()
+{
+    const QByteArray line =
+        run({"compose", "carrier_roll=-1.15", "command=zoom_ratio", "camera=1", "zoom=20"}).out;
+    QCOMPARE(line.size(), 2 * 75 + 1);
+    const Run decoded = run({"decode", "--json"}, line);
+    QVERIFY(decoded.out.contains("\"carrier_roll\":-1.15"));
+    QVERIFY(decoded.out.contains("\"params\":{\"camera\":1,\"zoom\":20}"));
+    QCOMPARE(run({"compose", "--json"}, decoded.out).out, line);
+    const Run broken = run({"compose", "--json"}, "{\n" + decoded.out);
+    QCOMPARE(broken.code, 1);
+    QCOMPARE(broken.out, line);
+    QVERIFY(broken.error.contains("line 1"));
+}
+
+void tst_nacelle_wire::endsByTheAnswer_data()
+{
+    QTest::addColumn<QStringList>("pod");
+    QTest::addColumn<QString>("word");
+    QTest::addColumn<int>("code");
+    QTest::newRow("success") << QStringList() << "photo" << 0;
+    QTest::newRow("an empty command") << QStringList() << "idle" << 0;
+    QTest::newRow("failure") << QStringList{"--result", "1"} << "photo" << 1;
+    QTest::newRow("executing, then success") << QStringList{"--ack-after", "3"} << "photo" << 0;
+    QTest::newRow("executing for ever") << QStringList{"--result", "2"} << "photo" << 3;
+    QTest::newRow("silent") << QStringList{"--silent"} << "photo" << 3;
+    QTest::newRow("wrong checksums") << QStringList{"--bad-crc", "1"} << "photo" << 3;
+    QTest::newRow("in pieces, after noise")
+        << QStringList{"--split", "10", "--noise", "50"} << "photo" << 0;
+}
+
+void tst_nacelle_wire::endsByTheAnswer()
+{
+    QFETCH(QStringList, pod);
+    QFETCH(QString, word);
+    QFETCH(int, code);
+    const quint16 local = freePort(true);
+    PodProcess process(QStringList{"--tcp", "0", "--udp", "0", "--pty", path("pty"), "--udp-reply",
+                                   QString::number(local)} +
+                       pod);
+    const QString tcp = tcpTo(process.port("tcp"));
+    const QString udp =
+        QStringLiteral("udp://127.0.0.1:%1?local=%2").arg(process.port("udp")).arg(local);
+    process.awaitLine("pty");
+    const QString limit = code == 3 ? "300ms" : "15s";
+    for (const QString &link : {tcp, udp, "serial://" + path("pty")}) {
+        const Run sent =
+            run({"send", "--until-answer", "--timeout", limit, link}, command(qPrintable(word)));
+        QVERIFY2(sent.code == code, qPrintable(link) + sent.error);
+        QCOMPARE(sent.out.count('\n'), code == 3 ? 0 : 1);
+    }
+}
+
+/// As the bench sends: a pod that looked at the port would see as many ports as datagrams.
+void tst_nacelle_wire::sendsFromFreshPorts()
+{
+    QUdpSocket pod;
+    QVERIFY(pod.bind(QHostAddress::LocalHost));
+    const QString link = QStringLiteral("udp://127.0.0.1:%1?local=0").arg(pod.localPort());
+    QCOMPARE(run({"send", "--count", "8", "--every", "1ms", link}, command("photo")).code, 0);
+    QSet<quint16> ports;
+    for (int i = 0; i < 8; ++i) {
+        QVERIFY(pod.hasPendingDatagrams() || pod.waitForReadyRead(kLimitMs));
+        quint16 port = 0;
+        QByteArray bytes(100, '\0');
+        QCOMPARE(int(pod.readDatagram(bytes.data(), 100, nullptr, &port)), 73);
+        ports.insert(port);
+    }
+    QVERIFY(ports.size() > 6); // a port that is free again may be taken again
+}
+
+/// Bench by TCP, pod by serial; then each side is played to the other.
+void tst_nacelle_wire::bridgesAndReplays()
+{
+    PodProcess pod({"--pty", path("pty"), "--tcp", "0", "--verbose"});
+    const QString podLink = tcpTo(pod.port("tcp"));
+    const quint16 port = freePort();
+    Wire bridge({"record", "-o", path("run.pcapng"), "--bridge",
+                 QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port), "serial://" + path("pty")});
+    QTcpSocket bench;
+    QVERIFY(joins(bench, port));
+    QByteArray sent, received;
+    for (const char *word : {"photo", "lock", "idle", "0x40"}) {
+        const QByteArray frame = QByteArray::fromHex(command(word));
+        const int before = received.size();
+        bench.write(frame);
+        sent += frame;
+        while (received.size() < before + 71 && bench.waitForReadyRead(kLimitMs))
+            received += bench.readAll();
+    }
+    QCOMPARE(bridge.stop(SIGINT).code, 0);
+    const QByteArray lines = run({"convert", path("run.pcapng")}).out;
+    QCOMPARE(QByteArray::fromHex(framesOf(lines, "tx")), sent);
+    QCOMPARE(QByteArray::fromHex(framesOf(lines, "rx")), received);
+
+    Wire asPod({"replay", "--at-once", path("run.pcapng"),
+                QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port)});
+    QTcpSocket listener;
+    QVERIFY(joins(listener, port));
+    QByteArray played;
+    while (listener.waitForReadyRead(kLimitMs))
+        played += listener.readAll();
+    QCOMPARE(asPod.end().code, 0);
+    QCOMPARE(played, received);
+
+    Wire recorder({"record", "-o", path("again.log"), "--bridge",
+                   QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port), podLink});
+    QVERIFY(succeeds({"replay", "--speed", "10", path("run.pcapng"), tcpTo(port)}));
+    QVERIFY(pod.awaitCount("0x40", 2));
+    QCOMPARE(recorder.stop().code, 0);
+    QCOMPARE(QByteArray::fromHex(framesOf(run({"convert", path("again.log")}).out, "tx")), sent);
+    const Run compared = run({"diff", "--dir", "tx", path("run.pcapng"), path("again.log")});
+    QVERIFY2(compared.out.startsWith("4 equal, 0 lost, 0 added, 0 changed\n"), compared.out);
+    QCOMPARE(compared.code, 0);
+    QCOMPARE(run({"diff", "--kind", "host", path("run.pcapng"), command("photo").trimmed()}).code,
+             1);
+}
+
+/// What is on the disk after a second is read, wherever the end is.
+void tst_nacelle_wire::recordsUntilKilled()
+{
+    PodProcess pod({"--tcp", "0"});
+    const QString link = tcpTo(pod.port("tcp"));
+    const quint16 port = freePort();
+    Wire recorder({"record", "-o", path("killed.pcapng"), "--bridge",
+                   QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port), link});
+    QVERIFY(succeeds({"send", "--until-answer", tcpTo(port)}, command("photo")));
+    QTRY_VERIFY_WITH_TIMEOUT(run({"convert", path("killed.pcapng")}).out.count('\n') >= 2,
+                             kLimitMs);
+    recorder.stop(SIGKILL);
+    QFile file(path("killed.pcapng"));
+    QVERIFY(file.resize(file.size() - 1));
+    const Run cut = run({"decode", "--json", path("killed.pcapng")});
+    QCOMPARE(cut.code, 1);
+    QVERIFY2(cut.error.contains("cut in a block"), cut.error);
+    QVERIFY(cut.out.startsWith("{\"time\":"));
+}
+
+void tst_nacelle_wire::rotates()
+{
+    PodProcess pod({"--tcp", "0"});
+    const quint16 port = freePort();
+    Wire recorder({"record", "-o", path("night.pcapng"), "--rotate-time", "500ms", "--keep", "2",
+                   "--bridge", QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port),
+                   tcpTo(pod.port("tcp"))});
+    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path("night-00003.pcapng")), kLimitMs);
+    QCOMPARE(recorder.stop().code, 0);
+    const QStringList files = QDir(m_folder->path()).entryList({"night*"});
+    QCOMPARE(files.size(), 2);
+    QCOMPARE(run({"convert", path("night-00003.pcapng")}).code, 0);
+}
+
+void tst_nacelle_wire::reconnects()
+{
+    QTcpServer pod;
+    QVERIFY(pod.listen(QHostAddress::LocalHost));
+    Wire dump({"dump", "--reconnect", "--hex", "--count", "2", tcpTo(pod.serverPort())});
+    const QByteArray frame = QByteArray::fromHex(run({"compose", "--frame", "gcu"}).out);
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(pod.waitForNewConnection(kLimitMs));
+        const std::unique_ptr<QTcpSocket> client(pod.nextPendingConnection());
+        client->write(frame);
+        QVERIFY(client->waitForBytesWritten(kLimitMs));
+        client->disconnectFromHost();
+    }
+    const Run ended = dump.end();
+    QCOMPARE(ended.code, 0);
+    QCOMPARE(ended.out, (frame.toHex().toUpper() + '\n').repeated(2));
+    QVERIFY(ended.error.contains("closed"));
+    QCOMPARE(run({"dump", tcpTo(freePort())}).code, 1);
+}
+
+void tst_nacelle_wire::saysThatTheDiskIsFull()
+{
+    const QByteArray frame = command("photo").trimmed();
+    for (const char *words : {"fields -o /dev/full", "fields > /dev/full", "compose -o /dev/full",
+                              "decode -o /dev/full %2", "convert --as pcapng %2 > /dev/full",
+                              "record --as pcapng -o /dev/full tcp-listen://127.0.0.1:0"}) {
+        const Run failed =
+            shell(QString("'%1' " + QString(words)).arg(WIRE_PATH).replace("%2", frame));
+        QVERIFY2(failed.code == 1, words);
+        QVERIFY2(failed.error.contains("No space left"), failed.error);
+    }
+}
+
+void tst_nacelle_wire::failsOnFiles()
+{
+    QCOMPARE(run({"decode", path("none")}).code, 1);
+    QCOMPARE(run({"decode", m_folder->path()}).code, 1);
+    QCOMPARE(run({"replay", path("none"), "tcp://127.0.0.1:1"}).code, 1);
+    QCOMPARE(run({"record", "-o", path("no/such/file"), "tcp-listen://127.0.0.1:0"}).code, 1);
+    const quint16 port = freePort(true);
+    QUdpSocket taken;
+    QVERIFY(taken.bind(QHostAddress::AnyIPv4, port, QUdpSocket::DontShareAddress));
+    const Run refused = run({"dump", QStringLiteral("udp://127.0.0.1:1?local=%1").arg(port)});
+    QCOMPARE(refused.code, 1);
+    QVERIFY2(refused.error.contains(QByteArray::number(port)), refused.error);
+}
+
+NACELLE_TEST_MAIN(tst_nacelle_wire)
+#include "tst_nacelle_wire.moc"
