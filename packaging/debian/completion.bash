@@ -1,5 +1,26 @@
 # Completion for the tools of NacelleBench: their options as --help lists them, the words of
-# nacelle-config, and file names.                                     -*- shell-script -*-
+# nacelle-config and nacelle-wire, and file names.                                     -*- shell-script -*-
+
+_nacelle_wire() {
+    local verb=${words[1]}
+    case $verb,$prev in
+        *,--dir | *,--side) COMPREPLY=($(compgen -W "tx rx" -- "$cur")) && return ;;
+        compose,--frame | *,--kind) COMPREPLY=($(compgen -W "host gcu unknown" -- "$cur")) && return ;;
+        *,--crc) COMPREPLY=($(compgen -W "ok bad none" -- "$cur")) && return ;;
+        *,--as) COMPREPLY=($(compgen -W "pcapng line log hex" -- "$cur")) && return ;;
+    esac
+    if [[ $cword -eq 1 ]]; then
+        COMPREPLY=($(compgen -W "$("$1" --help | sed -n 's/^  \([a-z]*\)  *[a-z].*/\1/p') --help --version" -- "$cur"))
+    elif [[ $cur == -* ]]; then
+        COMPREPLY=($(compgen -W "$(_parse_help "$1" "$verb --help")" -- "$cur"))
+    elif [[ $verb == compose ]]; then
+        COMPREPLY=($(compgen -S = -W "command $("$1" fields | sed -n 's/.*"frame":.*"id":"\([^"]*\)".*/\1/p')" -- "$cur"))
+        compopt -o nospace
+    elif [[ $verb == @(send|dump|record|replay) && $cword -le 3 ]]; then
+        COMPREPLY=($(compgen -f -W "tcp:// tcp-listen:// udp:// serial:///" -- "$cur"))
+        compopt -o nospace
+    fi
+}
 
 _nacellebench() {
     local cur prev words cword
@@ -9,7 +30,9 @@ _nacellebench() {
         nacelle-config,language | *,--language) COMPREPLY=($(compgen -W "zh en" -- "$cur")) && return ;;
         nacelle-config,engine) COMPREPLY=($(compgen -W "ffmpeg libvlc" -- "$cur")) && return ;;
     esac
-    if [[ $cur == -* ]]; then
+    if [[ $1 == nacelle-wire ]]; then
+        _nacelle_wire "$@"
+    elif [[ $cur == -* ]]; then
         COMPREPLY=($(compgen -W "$(_parse_help "$1")" -- "$cur"))
     elif [[ $1 == nacelle-config ]]; then
         COMPREPLY=($(compgen -W "show set" -- "$cur"))

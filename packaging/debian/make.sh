@@ -68,6 +68,12 @@ while read -r program _ text; do
         "$folder/$program" >"$man/$program.1"
     ln -s nacellebench "$completions/$program"
 done < <(grep -v '^#' packaging/programs)
+# The tool with verbs has a page for each of them.
+wire=$folder/nacelle-wire
+while read -r verb text; do
+    help2man --no-info --name "$text" --help-option "$verb --help" --version-string "$version" \
+        --source NacelleBench "$wire" >"$man/nacelle-wire-$verb.1"
+done < <("$wire" --help | sed -n 's/^  \([a-z]*\)  *\([a-z].*\)/\1 \2/p')
 tools=$(programs_of own shared | grep -v NacelleBench | paste -s -d ' ')
 sed "s/@TOOLS@/$tools/" "$own/completion.bash" >"$completions/nacellebench"
 
