@@ -10,6 +10,8 @@
 
 using namespace wire;
 
+Q_DECLARE_METATYPE(Filter)
+
 namespace {
 
 /// 73 bytes that say so of themselves, with a right checksum; `number` stands in it.
@@ -522,6 +524,5 @@ void tst_wirefiles::compares()
     QCOMPARE(ids, (QStringList{"mode:1>follow", "verdict:ok>bad"}));
 }
 
-Q_DECLARE_METATYPE(Filter)
 NACELLE_TEST_MAIN(tst_wirefiles)
 #include "tst_wirefiles.moc"
