@@ -13,11 +13,12 @@ namespace wire {
 
 namespace {
 
+/// Kept to the end of the process, as its maps are.
 const QGlobal &texts()
 {
-    static const std::unique_ptr<QGlobal> global = [] {
+    static const QGlobal *const global = [] {
         initTexts();
-        std::unique_ptr<QGlobal> made = QGlobal::atFirstStart();
+        QGlobal *made = QGlobal::atFirstStart().release();
         readTextFilesFrom(QStringLiteral(":/nacelle_wire"), *made);
         return made;
     }();
