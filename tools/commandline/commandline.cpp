@@ -31,6 +31,13 @@ int complainOfUsage(const QString &text)
     return complain(text + QStringLiteral(" (see --help)"), kExitUsage);
 }
 
+int endWith(int code)
+{
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout))
+        return code;
+    return complain(QStringLiteral("the output can't be written"));
+}
+
 std::optional<int> readCommandLine(QCommandLineParser &parser)
 {
     addStandardOptions(parser);

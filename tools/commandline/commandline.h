@@ -18,6 +18,10 @@ QString standardAnswer(const QCommandLineParser &parser);
 int complain(const QString &text, int code = kExitFailure);
 int complainOfUsage(const QString &text);
 
+/// The exit code of a program that would end with `code`: a failure, and a word about it, where its
+/// output couldn't be written.
+int endWith(int code);
+
 /// Adds the standard options, parses the program's arguments and answers what can be answered at
 /// once: help, version, a mistake. The exit code if that is all there is to do.
 std::optional<int> readCommandLine(QCommandLineParser &parser);

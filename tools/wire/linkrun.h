@@ -30,6 +30,7 @@ public:
     /// Ends the run after so many microseconds.
     void limit(qint64 microseconds);
     void end(int code);
+    bool isEnded() const { return m_isEnded; }
     /// Turns the loop until `end`: its code. Then the links are closed.
     int run();
 

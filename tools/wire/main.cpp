@@ -1,5 +1,4 @@
 #include "tools/commandline/commandline.h"
-#include "tools/commandline/speech.h"
 #include "tools/wire/verbs.h"
 
 #include <QCoreApplication>
@@ -77,8 +76,5 @@ int run()
 int main(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
-    const int code = run();
-    if (std::fflush(stdout) != 0 || std::ferror(stdout))
-        return complain(QStringLiteral("the output can't be written"));
-    return code;
+    return endWith(run());
 }

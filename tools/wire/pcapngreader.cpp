@@ -62,20 +62,9 @@ quint32 PcapngReader::u32(const char *at) const
     return m_isSwapped ? qbswap(value) : value;
 }
 
-bool PcapngReader::takeQueued(Record &record)
-{
-    if (m_taken == m_queue.size()) {
-        m_queue.clear();
-        m_taken = 0;
-        return false;
-    }
-    record = m_queue.at(m_taken++);
-    return true;
-}
-
 bool PcapngReader::next(Record &record)
 {
-    while (!takeQueued(record)) {
+    while (!m_queue.take(record)) {
         if (m_isEnded)
             return false;
         m_isEnded = !readBlock();
@@ -89,34 +78,42 @@ bool PcapngReader::next(Record &record)
     return true;
 }
 
+/// Says that the recording ends within the block that begins here.
+bool PcapngReader::endInBlock()
+{
+    addTrouble(
+        QStringLiteral("the recording is cut in a block at byte %1").arg(source().position()));
+    return false;
+}
+
 /// One block, whatever it is; false at the end and where nothing can be read any more.
 bool PcapngReader::readBlock()
 {
-    const qint64 position = source().position();
     const int there = source().fill(kBlockHead + kBlockTail);
-    if (there == 0)
-        return false;
-    const QString place = QStringLiteral(" at byte %1").arg(position);
-    if (there < kBlockHead + kBlockTail) {
-        addTrouble(QStringLiteral("the recording is cut in a block") + place);
-        return false;
-    }
+    if (there < kBlockHead + kBlockTail)
+        return there > 0 && endInBlock();
     // A section may be of another byte order, so that its length can't be read before its magic.
     if (u32(source().data()) == kSectionBlock)
         m_isSwapped = qFromLittleEndian<quint32>(source().data() + kBlockHead) != kByteOrderMagic;
-    const quint32 type = u32(source().data());
     const quint32 length = u32(source().data() + 4);
     if (length < kBlockHead + kBlockTail || length % 4 != 0 || length > kLargestBlock) {
-        addTrouble(QStringLiteral("a block that says it has %1 bytes").arg(length) + place +
-                   QStringLiteral(": what follows can't be found"));
+        addTrouble(
+            QStringLiteral("a block that says it has %1 bytes at byte %2: what follows can't "
+                           "be found")
+                .arg(length)
+                .arg(source().position()));
         return false;
     }
-    if (source().fill(int(length)) < int(length)) {
-        addTrouble(QStringLiteral("the recording is cut in a block") + place);
-        return false;
-    }
-    const char *body = source().data() + kBlockHead;
-    const int size = int(length) - kBlockHead - kBlockTail;
+    if (source().fill(int(length)) < int(length))
+        return endInBlock();
+    takeBlock(u32(source().data()), source().data() + kBlockHead,
+              int(length) - kBlockHead - kBlockTail);
+    source().drop(int(length));
+    return true;
+}
+
+void PcapngReader::takeBlock(quint32 type, const char *body, int size)
+{
     if (type == kSectionBlock)
         takeSection(body, size);
     else if (type == kInterfaceBlock)
@@ -125,8 +122,6 @@ bool PcapngReader::readBlock()
         takeEnhanced(body, size);
     else if (type == kSimpleBlock)
         takeSimple(body, size);
-    source().drop(int(length));
-    return true;
 }
 
 void PcapngReader::takeSection(const char *body, int size)
@@ -219,13 +214,13 @@ void PcapngReader::takePacket(const Interface &interface, const Packet &packet)
     if (m_cut == Cut::AsBench && packet.direction == Direction::Rx) {
         m_own.push(packet.bytes, packet.size, packet.time);
         for (Record record; m_own.take(record, true);)
-            m_queue.append(record);
+            m_queue.put(record);
         return;
     }
     Record record{packet.time, packet.direction, QByteArray(packet.bytes, packet.size)};
     if (record.direction == Direction::Unknown)
         record.direction = usualDirection(kindOf(record.bytes));
-    m_queue.append(record);
+    m_queue.put(record);
 }
 
 void PcapngReader::takeForeign(const Payload &payload, const Packet &packet)
@@ -235,7 +230,7 @@ void PcapngReader::takeForeign(const Payload &payload, const Packet &packet)
     if (payload.kind == Payload::Datagram) {
         const QByteArray bytes(payload.bytes, payload.size);
         if (kindOf(bytes) != FrameKind::Unknown)
-            m_queue.append({packet.time, usualDirection(kindOf(bytes)), bytes});
+            m_queue.put({packet.time, usualDirection(kindOf(bytes)), bytes});
         return;
     }
     // The bench cuts what it receives only.
@@ -250,7 +245,7 @@ void PcapngReader::queueForeign(StreamCutter &cutter)
 {
     for (Record record; cutter.take(record, true);)
         if (kindOf(record.bytes) != FrameKind::Unknown && record.bytes.size() >= kFrameOverhead)
-            m_queue.append(record);
+            m_queue.put(record);
 }
 
 /// A capture may have any number of streams. Beyond a few hundred all begin anew.

@@ -41,6 +41,8 @@ private:
     };
 
     bool readBlock();
+    bool endInBlock();
+    void takeBlock(quint32 type, const char *body, int size);
     void takeSection(const char *body, int size);
     void takeInterface(const char *body, int size);
     void takeEnhanced(const char *body, int size);
@@ -48,7 +50,6 @@ private:
     void takePacket(const Interface &interface, const Packet &packet);
     void takeForeign(const Payload &payload, const Packet &packet);
     void queueForeign(StreamCutter &cutter);
-    bool takeQueued(Record &record);
     StreamCutter &flowOf(const QByteArray &key, Cut cut);
     quint16 u16(const char *at) const;
     quint32 u32(const char *at) const;
@@ -61,8 +62,7 @@ private:
     QVector<Interface> m_interfaces;
     QHash<QByteArray, StreamCutter> m_flows;
     StreamCutter m_own; ///< of this tool's packets, where they are cut as the bench does
-    QVector<Record> m_queue;
-    int m_taken = 0;
+    RecordQueue<Record> m_queue;
 };
 
 } // namespace wire

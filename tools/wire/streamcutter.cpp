@@ -11,23 +11,12 @@ void StreamCutter::push(const char *bytes, int size, qint64 time)
         m_scanner.push(bytes, size);
     else
         cutChunk(m_cache, QByteArray(bytes, size),
-                 [this](const QByteArray &frame, quint8) { m_queue.append(frame); });
-}
-
-bool StreamCutter::takeQueued(QByteArray &bytes)
-{
-    if (m_taken == m_queue.size()) {
-        m_queue.clear();
-        m_taken = 0;
-        return false;
-    }
-    bytes = m_queue.at(m_taken++);
-    return true;
+                 [this](const QByteArray &frame, quint8) { m_queue.put(frame); });
 }
 
 bool StreamCutter::take(Record &record, bool ends)
 {
-    if (m_cut == Cut::Searching ? !m_scanner.take(record.bytes, ends) : !takeQueued(record.bytes))
+    if (m_cut == Cut::Searching ? !m_scanner.take(record.bytes, ends) : !m_queue.take(record.bytes))
         return false;
     record.time = m_time;
     record.direction =

@@ -2,8 +2,7 @@
 
 #include "tools/wire/framescanner.h"
 #include "tools/wire/record.h"
-
-#include <QVector>
+#include "tools/wire/recordqueue.h"
 
 namespace wire {
 
@@ -27,15 +26,12 @@ public:
     bool take(Record &record, bool ends);
 
 private:
-    bool takeQueued(QByteArray &bytes);
-
     Cut m_cut;
     Direction m_direction;
     qint64 m_time = kNoTime;
     FrameScanner m_scanner;
     QByteArray m_cache; ///< of the bench's cut
-    QVector<QByteArray> m_queue;
-    int m_taken = 0;
+    RecordQueue<QByteArray> m_queue;
 };
 
 } // namespace wire

@@ -138,6 +138,21 @@ void sayLateness(const Player &player)
             .arg(double(player.lateness(0.99)) / 1e3));
 }
 
+/// Has the player play from the link's opening on, at most as fast as the link takes it.
+void tie(Link &link, Player &player, LinkRun &links)
+{
+    const auto isStarted = std::make_shared<bool>(false);
+    QObject::connect(&link, &Link::opened, &player, [&player, isStarted] {
+        if (!*isStarted)
+            player.start();
+        *isStarted = true;
+    });
+    QObject::connect(&link, &Link::written, &player, &Player::resume);
+    QObject::connect(
+        &player, &Player::finished, &links, [&links] { links.end(kExitDone); },
+        Qt::QueuedConnection);
+}
+
 int play(const Wanted &wanted, Loop &loop, bool isMeasured)
 {
     LinkRun links(false, [](const QString &text) { complain(text); });
@@ -151,16 +166,8 @@ int play(const Wanted &wanted, Loop &loop, bool isMeasured)
                 links.end(
                     complain(wanted.address.text + QStringLiteral(": nobody takes the frames")));
         },
-        [&link] { return link.unsent() < kMuchUnsent; });
-    bool isStarted = false;
-    QObject::connect(&link, &Link::opened, &player, [&] {
-        if (!isStarted)
-            player.start();
-        isStarted = true;
-    });
-    QObject::connect(&link, &Link::written, &player, &Player::resume);
-    QObject::connect(
-        &player, &Player::finished, &links, [&] { links.end(kExitDone); }, Qt::QueuedConnection);
+        [&] { return !links.isEnded() && link.unsent() < kMuchUnsent; });
+    tie(link, player, links);
     const int code = links.run();
     if (isMeasured)
         sayLateness(player);
