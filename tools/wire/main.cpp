@@ -25,12 +25,13 @@ const wire::Verb *const kVerbs[] = {
     &wire::kConvertVerb, &wire::kDiffVerb,   &wire::kFieldsVerb,
 };
 
-/// The verb that the command line begins with, or null.
+/// The first verb of the command line, which options may stand before, or null.
 const wire::Verb *verbOf(const QStringList &arguments)
 {
-    for (const wire::Verb *verb : kVerbs)
-        if (arguments.value(1) == QLatin1String(verb->name))
-            return verb;
+    for (const QString &word : arguments.mid(1))
+        for (const wire::Verb *verb : kVerbs)
+            if (word == QLatin1String(verb->name))
+                return verb;
     return nullptr;
 }
 
@@ -63,8 +64,9 @@ int run()
         return runWithoutVerb();
     QCommandLineParser parser;
     parser.setApplicationDescription(QString::fromUtf8(verb->text));
-    parser.addPositionalArgument(QLatin1String(verb->name), QString(), QLatin1String(verb->name));
-    parser.addPositionalArgument(QStringLiteral("words"), QString(), QLatin1String(verb->words));
+    const QString name = QLatin1String(verb->name);
+    parser.addPositionalArgument(name, QLatin1String(verb->summary),
+                                 name + QLatin1Char(' ') + QLatin1String(verb->words));
     verb->addOptions(parser);
     if (const std::optional<int> code = readCommandLine(parser))
         return *code;

@@ -26,11 +26,16 @@ constexpr char kText[] =
     "changed, then length and checksum are made anew unless they were wrong.\n"
     "\n"
     "  nacelle-wire compose command=photo\n"
+    "                      a host frame with a command\n"
     "  nacelle-wire compose carrier_roll=1.5 command=zoom_ratio camera=1 zoom=20\n"
+    "                      with a field and parameters\n"
     "  nacelle-wire compose --frame gcu mode=follow feedback=photo result=success\n"
-    "  nacelle-wire compose command=photo crc=0000       a wrong checksum on purpose\n"
-    "  nacelle-wire decode --json night.pcapng | jq -c '.fields.version=2' | nacelle-wire compose "
-    "--json";
+    "                      a pod's answer\n"
+    "  nacelle-wire compose command=photo crc=0000\n"
+    "                      a wrong checksum on purpose\n"
+    "  nacelle-wire decode --json run.pcapng | jq -c '.fields.version=2' | nacelle-wire compose "
+    "--json\n"
+    "                      all frames of a recording with another version";
 
 void addOptions(QCommandLineParser &parser)
 {

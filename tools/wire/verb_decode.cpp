@@ -25,9 +25,13 @@ constexpr char kDecodeText[] =
     "unknown\n"
     "\n"
     "  nacelle-wire decode A8E5480001000000000000…\n"
-    "  nacelle-wire decode --json night.pcapng | jq 'select(.fields.mode==\"track\")'\n"
-    "  nacelle-wire decode --csv --kind gcu --from 5min --to 6min night.pcapng -o minute.csv\n"
-    "  nacelle-wire decode --crc bad night.pcapng\n"
+    "                      a frame field by field\n"
+    "  nacelle-wire decode --json run.pcapng | jq 'select(.fields.mode==\"track\")'\n"
+    "                      what the pod sent while it tracked\n"
+    "  nacelle-wire decode --csv --kind gcu --from 5min --to 6min run.pcapng -o minute.csv\n"
+    "                      a minute of the pod's frames as a table\n"
+    "  nacelle-wire decode --crc bad run.pcapng\n"
+    "                      the frames with a wrong checksum\n"
     "\n"
     "Ends with 1 when an input is damaged, after all that could be read of it.";
 
@@ -37,15 +41,19 @@ constexpr char kConvertText[] =
     ".hex\n"
     "or .txt; else it is line. The inputs are what `decode` reads.\n"
     "\n"
-    "  nacelle-wire convert night.pcapng | grep ' tx ' | less\n"
+    "  nacelle-wire convert run.pcapng | grep ' tx '\n"
+    "                      what was sent, a line a frame\n"
     "  nacelle-wire convert --date 2025-11-21 pasted.txt -o pasted.pcapng\n"
-    "  nacelle-wire convert --as hex --command photo night.pcapng";
+    "                      the bench's log for Wireshark\n"
+    "  nacelle-wire convert --as hex --command photo run.pcapng\n"
+    "                      all photo commands and their answers";
 
 constexpr char kFieldsText[] =
     "Writes the tables of both frames, of all commands and work modes as one JSON document: id,\n"
     "offset, size, kind, factor K (wire = value x K), unit, names in both languages.\n"
     "\n"
-    "  nacelle-wire fields | jq -r '.commands[] | [.code, .id, .en] | @tsv'";
+    "  nacelle-wire fields | jq -r '.commands[] | [.code, .id, .en] | @tsv'\n"
+    "                      a list of the commands";
 
 void addDecodeOptions(QCommandLineParser &parser)
 {

@@ -15,7 +15,9 @@ constexpr char kText[] =
     "fields. Then what came to how much, which fields changed in how many frames, and the timing.\n"
     "\n"
     "  nacelle-wire diff firmware1.pcapng firmware2.pcapng\n"
+    "                      all that differs\n"
     "  nacelle-wire diff --summary --kind gcu before.pcapng after.pcapng\n"
+    "                      which of the pod's fields differ\n"
     "\n"
     "Ends with 0 when all frames are equal, with 1 when they aren't or an input is damaged.";
 

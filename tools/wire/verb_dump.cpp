@@ -22,8 +22,11 @@ constexpr char kText[] =
     "that only answers has to be asked: see `send`.\n"
     "\n"
     "  nacelle-wire dump udp://192.168.144.121\n"
+    "                      what the pod sends, a line a frame\n"
     "  nacelle-wire dump --json serial:///dev/ttyUSB0 | jq .fields.mode\n"
+    "                      its work modes\n"
     "  nacelle-wire dump --crc bad --count 1 --for 10s tcp://192.168.144.121\n"
+    "                      fails unless there is a wrong checksum in ten seconds\n"
     "\n"
     "Ends with 1 when the link is lost or can't be opened, with 3 when --for is over before "
     "--count.";

@@ -27,9 +27,12 @@ constexpr char kText[] =
     "\n"
     "  nacelle-wire compose command=photo | nacelle-wire send --until-answer "
     "tcp://192.168.144.121\n"
+    "                      a command, with its answer awaited\n"
     "  nacelle-wire compose roll_control=100 flags=4 | nacelle-wire send --every 30ms --for 2s "
     "udp://192.168.144.121\n"
-    "  nacelle-wire send serial:///dev/ttyUSB0 A8E5480001000000000000000000…";
+    "                      two seconds of control inputs\n"
+    "  nacelle-wire send serial:///dev/ttyUSB0 A8E5480001000000000000…\n"
+    "                      the digits of a frame";
 
 constexpr qint64 kUsualTimeout = 3000000;
 constexpr qint64 kUsualPause = 30000;
