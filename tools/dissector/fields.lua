@@ -120,6 +120,30 @@ local function own_field(view, maker, id, key, ...)
     view[id] = add_field(maker, id, TEXTS[key][view.language], ...)
 end
 
+local function add_area_fields(view)
+    own_field(view, "string", "gcu.mode.id", "mode_id")
+    own_field(view, "uint8", "command.code", "code", base.HEX, view.commands)
+    own_field(view, "string", "command.id", "command_id")
+    own_field(view, "uint8", "command.fixed", "fixed", base.HEX)
+    own_field(view, "bytes", "command.rest", "rest", base.SPACE)
+    own_field(view, "uint8", "feedback.code", "code", base.HEX, view.commands)
+    own_field(view, "string", "feedback.id", "command_id")
+    own_field(view, "uint8", "feedback.result", "result", base.DEC,
+        value_names(RESULTS, view.language))
+    own_field(view, "bytes", "feedback.rest", "rest", base.SPACE)
+end
+
+local function add_link_fields(view)
+    own_field(view, "bytes", "noise", "noise", base.SPACE)
+    own_field(view, "uint8", "direction", "direction", base.DEC,
+        value_names(DIRECTIONS, view.language))
+    own_field(view, "relative_time", "period", "period")
+    own_field(view, "framenum", "response_in", "response_in", base.NONE, frametype.RESPONSE)
+    own_field(view, "framenum", "response_to", "response_to", base.NONE, frametype.REQUEST)
+    own_field(view, "relative_time", "response_time", "response_time")
+    own_field(view, "framenum", "repeat_of", "repeat_of", base.NONE, frametype.NONE)
+end
+
 local function make_view(language)
     local view = { language = language, params = {} }
     view.host = frame_fields(view, FRAMES[HOST_HEADER])
@@ -130,22 +154,8 @@ local function make_view(language)
     end
     view.commands = value_names(COMMANDS, language)
     view.modes = value_names(MODES, language)
-    own_field(view, "string", "gcu.mode.id", "mode_id")
-    own_field(view, "uint8", "command.code", "code", base.HEX, view.commands)
-    own_field(view, "string", "command.id", "command_id")
-    own_field(view, "uint8", "command.fixed", "fixed", base.HEX)
-    own_field(view, "bytes", "command.rest", "rest", base.SPACE)
-    own_field(view, "uint8", "feedback.code", "code", base.HEX, view.commands)
-    own_field(view, "string", "feedback.id", "command_id")
-    own_field(view, "uint8", "feedback.result", "result", base.DEC, value_names(RESULTS, language))
-    own_field(view, "bytes", "feedback.rest", "rest", base.SPACE)
-    own_field(view, "bytes", "noise", "noise", base.SPACE)
-    own_field(view, "uint8", "direction", "direction", base.DEC, value_names(DIRECTIONS, language))
-    own_field(view, "relative_time", "period", "period")
-    own_field(view, "framenum", "response_in", "response_in", base.NONE, frametype.RESPONSE)
-    own_field(view, "framenum", "response_to", "response_to", base.NONE, frametype.REQUEST)
-    own_field(view, "relative_time", "response_time", "response_time")
-    own_field(view, "framenum", "repeat_of", "repeat_of", base.NONE, frametype.NONE)
+    add_area_fields(view)
+    add_link_fields(view)
     return view
 end
 

@@ -3,10 +3,8 @@
 -- capture.
 
 local function number_at(s, at, kind, size)
-    local value = 0
-    for i = at + size, at + 1, -1 do
-        value = value * 256 + byte(s, i)
-    end
+    local a, b, c, d = byte(s, at + 1, at + size)
+    local value = a + 256 * ((b or 0) + 256 * ((c or 0) + 256 * (d or 0)))
     local half = SIGNED[kind]
     return half and value >= half and value - 2 * half or value
 end
@@ -32,7 +30,7 @@ local function show_number(tree, frame, row, at)
     end
     local raw = number_at(frame.bytes, at, row.kind, row.size)
     local item = tree:add(row.field, range, raw / row.k)
-    item:append_text(format("%s (%d)", row.tail, raw))
+    item:append_text(row.tail .. " (" .. raw .. ")")
     item:add_le(row.raw, range)
     return item
 end
