@@ -43,6 +43,10 @@ for program in $(programs_of own shared); do
         fail "$program isn't on the path, or has no man page"
 done
 
+for file in lib/*/wireshark/plugins/nacelle.lua share/wireshark/profiles/NacelleBench/preferences; do
+    compgen -G "$check/unpacked/usr/$file" >/dev/null || fail "Wireshark wouldn't find $file"
+done
+
 echo "== a fresh Debian"
 # By the sources of this machine.
 mapfile -t sources < <(find /etc/apt/sources.list* -name '*.sources' -o -name '*.list' | sort)

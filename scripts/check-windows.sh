@@ -49,6 +49,7 @@ zip=$(find build/packages -name "NacelleBench-$version-win64*.zip" -printf '%T@ 
 unzip -q "$zip" -d "$check/新 文件夹 (1)"
 folder=$(echo "$check/新 文件夹 (1)"/*)
 scripts/check-sbom.sh "$folder" sbom.spdx
+[[ -e $folder/wireshark/nacelle.lua ]] || fail "the zip lacks the dissector for Wireshark"
 [[ -e $folder/GCU私有通信协议.pdf ]] || fail "the zip's names aren't in UTF-8"
 for program in $(programs_of own shared); do
     strings --encoding=l "$folder/$program.exe" | grep -qx "$version" || fail "$program.exe has no version to show"

@@ -279,8 +279,11 @@ local function show_frame(pinfo, tree, view, frame)
     end
 end
 
-local function show_noise(tvb, tree, view, at, size)
+local function show_noise(tvb, pinfo, tree, view, at, size)
     local range = tvb(at - 1, size)
+    if shown_packet ~= pinfo.number then
+        pinfo.cols.info = TEXTS.noise[view.language]
+    end
     local item = tree:add(proto, range):append_text(", " .. TEXTS.noise[view.language])
     complain(item:add(view.noise, range), view, "noise", "noise")
 end
@@ -293,7 +296,7 @@ local function dissect(tvb, pinfo, tree)
         if kind then
             show_frame(pinfo, tree, view, read_frame(tvb, s, at, size, kind, known_right))
         else
-            show_noise(tvb, tree, view, at, size)
+            show_noise(tvb, pinfo, tree, view, at, size)
         end
     end)
     if rest then
