@@ -27,7 +27,7 @@ class Help(unittest.TestCase):
             names.add(name)
             stem = name.rpartition(".")[0]
             names.update(stem + rest for rest in re.findall(r"`(\.[a-z_]+)`", more))
-        self.assertGreater(len(names), 20)
+        self.assertGreater(len(names), 20, names)
         # A filter with an unknown name is an error.
         support.tshark(user0([]), "-Y", " || ".join(sorted(names)))
 
