@@ -5,10 +5,12 @@
 #include "protocol/gcuframe.h"
 #include "protocol/hostframe.h"
 #include "protocol/modes.h"
+#include "protocol/rowids.h"
 #include "tools/protocoldoc/notes.h"
 #include "tools/protocoldoc/rowtexts.h"
 
 #include <functional>
+#include <iterator>
 
 namespace {
 
@@ -97,6 +99,7 @@ constexpr FlagBit kFlagBits[] = {
     {kInertialValidBit, "inertial_valid", "载机惯导数据有效"},
     {kControlValidBit, "control_valid", "控制量有效"},
 };
+static_assert(idsAreDistinct(kFlagBits, std::size(kFlagBits)), "a flag lacks an id, or shares one");
 
 QStringList flagLines(const Explanations &notes)
 {
