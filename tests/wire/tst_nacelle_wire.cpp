@@ -141,6 +141,7 @@ private slots:
     void recordsUntilKilled();
     void rotates();
     void reconnects();
+    void losesASerialPort();
     void saysThatTheDiskIsFull();
     void failsOnFiles();
 
@@ -208,6 +209,10 @@ void tst_nacelle_wire::pipes()
     QVERIFY(decoded.out.contains("\"carrier_roll\":-1.15"));
     QVERIFY(decoded.out.contains("\"params\":{\"camera\":1,\"zoom\":20}"));
     QCOMPARE(run({"compose", "--json"}, decoded.out).out, line);
+    const QByteArray timed = "(1.500000) rx " + line;
+    const Run whole =
+        run({"compose", "--json", "--as", "line"}, run({"decode", "--json"}, timed).out);
+    QCOMPARE(whole.out, timed);
     const Run broken = run({"compose", "--json"}, "{\n" + decoded.out);
     QCOMPARE(broken.code, 1);
     QCOMPARE(broken.out, line);
@@ -369,6 +374,26 @@ void tst_nacelle_wire::reconnects()
     QCOMPARE(ended.out, (frame.toHex().toUpper() + '\n').repeated(2));
     QVERIFY(ended.error.contains("closed"));
     QCOMPARE(run({"dump", tcpTo(freePort())}).code, 1);
+}
+
+/// One reader has the port; without its other end it would be ready and empty for ever.
+void tst_nacelle_wire::losesASerialPort()
+{
+    PodProcess pod({"--pty", path("pty")});
+    QVERIFY(pod.awaitLine("pty"));
+    const QString link = "serial://" + path("pty");
+    const quint16 port = freePort();
+    Wire first({"record", "-o", path("lost.log"), "--bridge",
+                QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port), link});
+    QTcpSocket bench;
+    QVERIFY(joins(bench, port)); // the bench's side is opened once the port is
+    const Run second = run({"dump", "--for", "50ms", link});
+    QCOMPARE(second.code, 1);
+    QVERIFY2(second.error.contains("locking"), second.error);
+    pod.stop(SIGKILL);
+    const Run lost = first.end();
+    QCOMPARE(lost.code, 1);
+    QVERIFY2(lost.error.contains(link.toUtf8()), lost.error);
 }
 
 void tst_nacelle_wire::saysThatTheDiskIsFull()

@@ -41,7 +41,7 @@ constexpr bool isVariable(FieldKind kind)
 constexpr int decimalsOf(double k)
 {
     int decimals = 0;
-    for (; k > 1; k /= 10)
+    for (int power = 1; power < k; power *= 10)
         ++decimals;
     return decimals;
 }

@@ -217,8 +217,12 @@ public:
         connect(&m_port, &QSerialPort::bytesWritten, this, &Link::written);
         connect(&m_port, &QSerialPort::errorOccurred, this,
                 [this](QSerialPort::SerialPortError error) {
+                    // A port whose other end has gone reads as ready and empty, again and again.
+                    const bool isLost = error == QSerialPort::ResourceError ||
+                                        error == QSerialPort::ReadError ||
+                                        error == QSerialPort::WriteError;
                     // Later: the port reports from within its own reading.
-                    if (error == QSerialPort::ResourceError && m_port.isOpen())
+                    if (isLost && m_port.isOpen())
                         QTimer::singleShot(0, this, &SerialLink::lose);
                 });
     }

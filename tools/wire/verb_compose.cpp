@@ -43,16 +43,15 @@ void addOptions(QCommandLineParser &parser)
                       QStringLiteral("kind"), QStringLiteral("host")});
     parser.addOption({QStringLiteral("json"),
                       QStringLiteral("Read objects from the files, or standard input.")});
+    parser.addOption({QStringLiteral("as"),
+                      QStringLiteral("hex, line, log or pcapng; else hex, or what the end of the "
+                                     "output's name says."),
+                      QStringLiteral("form")});
     addOutputOption(parser);
 }
 
-int failed(const QString &where, const Composed &made)
-{
-    return complain(where.isEmpty() ? made.error : where + QStringLiteral(": ") + made.error);
-}
-
 /// All objects of one input; the exit code.
-int composeFrom(const QString &path, Output &output)
+int composeFrom(const QString &path, const FrameFormat &format, Output &output)
 {
     QString error;
     const std::unique_ptr<ByteSource> source = ByteSource::open(path, error);
@@ -60,45 +59,59 @@ int composeFrom(const QString &path, Output &output)
         return complain(error);
     source->beforeRead = [&output] { output.flush(); };
     LineReader lines(*source);
-    const auto format = hexFormat();
     int code = kExitDone;
     for (QByteArray line; lines.next(line) && output.settle();) {
         if (line.trimmed().isEmpty())
             continue;
         const Composed made = composeJson(line);
         if (made.error.isEmpty())
-            format->add(made.record, output.buffer());
+            format.add(made.record, output.buffer());
         else
-            code = failed(QStringLiteral("line %1").arg(lines.number()), made);
+            code = complain(QStringLiteral("line %1: %2").arg(lines.number()).arg(made.error));
     }
     return code;
 }
 
-int composeWords(FrameKind kind, const QStringList &words, Output &output)
+/// The frame of the command line's words; none where it reads objects instead.
+Composed composeWords(const QCommandLineParser &parser, const QStringList &words)
 {
-    const Composed made = composePairs(kind, words);
-    if (!made.error.isEmpty())
-        return complainOfUsage(made.error);
-    hexFormat()->add(made.record, output.buffer());
-    return kExitDone;
+    const QString frame = parser.value(QStringLiteral("frame"));
+    const bool isHost = frame == QLatin1String("host");
+    Composed made;
+    if (!isHost && frame != QLatin1String("gcu"))
+        made.error = QStringLiteral("--frame %1: host or gcu").arg(frame);
+    else if (!parser.isSet(QStringLiteral("json")))
+        made = composePairs(isHost ? FrameKind::Host : FrameKind::Gcu, words);
+    return made;
+}
+
+/// Digits, unless another form is named, or the end of the file's name is that of one.
+std::unique_ptr<FrameFormat> formOf(const QCommandLineParser &parser, QString &error)
+{
+    const QString name = parser.value(QStringLiteral("as"));
+    const QString path = parser.value(QStringLiteral("output"));
+    const bool isNamed = !name.isEmpty() || path.endsWith(QLatin1String(".pcapng")) ||
+                         path.endsWith(QLatin1String(".log"));
+    return readForm(isNamed ? name : QStringLiteral("hex"), path, Language::English,
+                    {QString(), QString(), toolName()}, error);
 }
 
 int run(const QCommandLineParser &parser, const QStringList &words)
 {
-    const QString frame = parser.value(QStringLiteral("frame"));
-    const bool isHost = frame == QLatin1String("host");
-    if (!isHost && frame != QLatin1String("gcu"))
-        return complainOfUsage(QStringLiteral("--frame %1: host or gcu").arg(frame));
+    Composed made = composeWords(parser, words);
+    const auto format = formOf(parser, made.error);
+    if (!made.error.isEmpty())
+        return complainOfUsage(made.error);
     Output output;
     if (!output.open(parser.value(QStringLiteral("output"))))
         return complain(output.error());
+    format->begin(output.buffer());
     int code = kExitDone;
-    if (parser.isSet(QStringLiteral("json"))) {
+    if (!parser.isSet(QStringLiteral("json")))
+        format->add(made.record, output.buffer());
+    else
         for (const QString &path : words.isEmpty() ? QStringList{QStringLiteral("-")} : words)
-            code = qMax(code, composeFrom(path, output));
-    } else {
-        code = composeWords(isHost ? FrameKind::Host : FrameKind::Gcu, words, output);
-    }
+            code = qMax(code, composeFrom(path, *format, output));
     return output.close() ? code : complain(output.error());
 }
 

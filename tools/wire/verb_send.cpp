@@ -70,9 +70,11 @@ bool readFrames(const QStringList &words, QVector<QByteArray> &frames, QString &
         const auto reader = openInput(word, {}, {}, error);
         if (!reader)
             return false;
-        for (Record record; frames.size() < kMostFrames && reader->next(record);)
+        for (Record record; frames.size() <= kMostFrames && reader->next(record);)
             frames.append(record.bytes);
-        error = reader->trouble();
+        error = frames.size() > kMostFrames
+                    ? QStringLiteral("more than %1 frames; `replay` sends them").arg(kMostFrames)
+                    : reader->trouble();
         if (!error.isEmpty())
             return false;
     }
