@@ -6,6 +6,7 @@
 #include <QPlainTextDocumentLayout>
 #include <QScrollBar>
 #include <QSignalBlocker>
+#include <QTextBlock>
 #include <QTextLayout>
 
 namespace {
@@ -105,23 +106,9 @@ void LogDisplay::makeRoom(QTextCursor &edit, int blocks)
     if (maximumBlockCount() <= 0 || excess <= 0)
         return;
     edit.setPosition(0);
-    const QTextBlock kept = document()->findBlockByNumber(excess);
-    m_removedLines += kept.firstLineNumber();
-    edit.setPosition(kept.position(), QTextCursor::KeepAnchor);
+    edit.setPosition(document()->findBlockByNumber(excess).position(), QTextCursor::KeepAnchor);
     edit.removeSelectedText();
-}
-
-/// What was taken off the top has moved the text up, but not on the screen: the view's place in the
-/// text follows without a picture being moved or painted.
-void LogDisplay::followRemoved()
-{
-    const int line = verticalScrollBar()->value() - m_removedLines;
-    m_removedLines = 0;
-    viewport()->setAttribute(Qt::WA_UpdatesDisabled, true);
-    verticalScrollBar()->setValue(line);
-    viewport()->setAttribute(Qt::WA_UpdatesDisabled, false);
-    if (line < 0)
-        viewport()->update();
+    m_hasLostLines = true;
 }
 
 void LogDisplay::append(const QString &text)
@@ -164,9 +151,11 @@ void LogDisplay::settle()
     if (!m_layout->isPending())
         return;
     keepLongLayout();
-    if (m_removedLines > 0)
-        followRemoved();
     m_layout->release();
+    // Nobody knows by how much the text has moved up on the screen.
+    if (m_hasLostLines)
+        viewport()->update();
+    m_hasLostLines = false;
     ensureCursorVisible();
     m_lastSettle.start();
 }
@@ -178,8 +167,8 @@ void LogDisplay::keepLongLayout()
     const QTextBlock last = document()->lastBlock();
     if (last.length() < kLongBlock)
         return;
-    if (m_longBlock.isValid() && m_longBlock != last)
-        giveUpLayout(m_longBlock.layout());
-    m_longBlock = last;
+    if (!m_longLine.isNull() && m_longLine.block() != last)
+        giveUpLayout(m_longLine.block().layout());
+    m_longLine = QTextCursor(last);
     last.layout()->setCacheEnabled(true);
 }

@@ -2,7 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QPlainTextEdit>
-#include <QTextBlock>
+#include <QTextCursor>
 #include <QTimer>
 
 class LogLayout;
@@ -29,13 +29,12 @@ protected:
 
 private:
     void makeRoom(QTextCursor &edit, int blocks);
-    void followRemoved();
     int untilTurn(int characters) const;
     void keepLongLayout();
 
     LogLayout *const m_layout;
-    QTimer m_turn;              ///< until the view may follow again
-    QElapsedTimer m_lastSettle; ///< invalid until the first
-    int m_removedLines = 0;     ///< off the top since the view last followed
-    QTextBlock m_longBlock;     ///< whose layout is kept
+    QTimer m_turn;               ///< until the view may follow again
+    QElapsedTimer m_lastSettle;  ///< invalid until the first
+    bool m_hasLostLines = false; ///< off the top since the view last followed
+    QTextCursor m_longLine;      ///< whose layout is kept; a block alone would outlive its text
 };

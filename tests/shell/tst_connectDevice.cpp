@@ -33,6 +33,7 @@ private slots:
     void logFollows_data();
     void logFollows();
     void longLinesGiveTheirLayoutUp();
+    void longLinesAfterAnEmptyLog();
 
 private:
     QComboBox *links() { return m_bench->find<QComboBox>("comboBox"); }
@@ -227,14 +228,15 @@ void tst_connectDevice::logFollows_data()
     QTest::addColumn<int>("entries");
     QTest::addColumn<int>("digits");
     QTest::addColumn<int>("limit");
-    QTest::addColumn<int>("pause");
-    QTest::newRow("few") << 3 << 146 << 50000 << 0;
-    QTest::newRow("many") << 300 << 146 << 50000 << 0;
-    QTest::newRow("many, one by one") << 60 << 146 << 50000 << 15;
-    QTest::newRow("more than the display keeps") << 300 << 146 << 40 << 0;
-    QTest::newRow("more than the display keeps, one by one") << 120 << 146 << 120 << 15;
-    QTest::newRow("lines longer than the view") << 5 << 60000 << 50000 << 0;
-    QTest::newRow("long lines, more than the display keeps") << 30 << 600 << 40 << 0;
+    QTest::addColumn<int>("together");
+    QTest::newRow("few") << 3 << 146 << 50000 << 1000;
+    QTest::newRow("many") << 300 << 146 << 50000 << 1000;
+    QTest::newRow("many, one by one") << 60 << 146 << 50000 << 1;
+    QTest::newRow("more than the display keeps") << 300 << 146 << 40 << 1000;
+    QTest::newRow("more than the display keeps, one by one") << 120 << 146 << 120 << 1;
+    QTest::newRow("more than the display keeps, by threes") << 60 << 60 << 80 << 3;
+    QTest::newRow("lines longer than the view") << 5 << 60000 << 50000 << 1000;
+    QTest::newRow("long lines, more than the display keeps") << 30 << 600 << 40 << 1000;
 }
 
 /// Texts stand there at once, the view soon after, also when the operator had clicked or scrolled
@@ -244,7 +246,7 @@ void tst_connectDevice::logFollows()
     QFETCH(int, entries);
     QFETCH(int, digits);
     QFETCH(int, limit);
-    QFETCH(int, pause);
+    QFETCH(int, together);
     enum class Touch { None, Click, Scroll };
     auto *panel = m_bench->find<connectDevice>("connectDeviceClass");
     auto *log = m_bench->find<QPlainTextEdit>("textEdit");
@@ -261,7 +263,8 @@ void tst_connectDevice::logFollows()
             lines += entry;
             panel->appendLog(entry.join('\n'));
             QVERIFY(log->textCursor().atEnd() && !log->textCursor().hasSelection());
-            QTest::qWait(pause);
+            if (i % together == together - 1)
+                QTest::qWait(together == 1 ? 15 : 60);
         }
         lines = lines.mid(qMax(0, lines.size() - limit));
         QCOMPARE(m_bench->log(), lines.join('\n'));
@@ -299,6 +302,24 @@ void tst_connectDevice::longLinesGiveTheirLayoutUp()
     }
     const int grown = heapMegabytes() - before;
     QVERIFY2(grown < 60, qPrintable(QString::number(grown)));
+}
+
+/// The line whose layout was kept is gone then.
+void tst_connectDevice::longLinesAfterAnEmptyLog()
+{
+    auto *log = m_bench->find<LogDisplay>("textEdit");
+    for (int i = 0; i < 3; ++i) {
+        for (int entry = 0; entry < 100; ++entry)
+            log->append("->\n" + QString(146, QLatin1Char('A')));
+        for (const int digits : {6000, 120000}) {
+            log->append("->\n" + QString(digits, QLatin1Char('A')));
+            log->settle();
+            log->clear();
+            log->append("->\n" + QString(digits, QLatin1Char('B')));
+            log->settle();
+            QCOMPARE(log->toPlainText(), "->\n" + QString(digits, QLatin1Char('B')));
+        }
+    }
 }
 
 NACELLE_TEST_MAIN(tst_connectDevice)
