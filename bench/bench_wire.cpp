@@ -1,6 +1,7 @@
 // What nacelle-wire does in bulk: a recording of a million frames as JSON lines, beside tshark on
 // the same file where it is installed; one frame taken apart and put together, beside
-// parseGcuFrame; and how late the frames of a replay are. bench_wire [FRAMES [SECONDS]]
+// parseGcuFrame; how late the frames of a replay are; what a bridge adds to a round trip; and a
+// flood that is recorded. bench_wire [FRAMES [SECONDS]]
 
 #include "bench/measure.h"
 #include "protocol/codec.h"
@@ -19,7 +20,14 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include <thread>
+
+#include <arpa/inet.h>
+#include <csignal>
+#include <netinet/tcp.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 namespace {
 
@@ -67,12 +75,16 @@ long largestChild()
     return usage.ru_maxrss;
 }
 
+QString wireProgram()
+{
+    return QCoreApplication::applicationDirPath() + QStringLiteral("/nacelle-wire");
+}
+
 void measureDecode(int frames)
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("frames.pcapng"));
-    const QString program =
-        QCoreApplication::applicationDirPath() + QStringLiteral("/nacelle-wire");
+    const QString program = wireProgram();
     for (const int count : {frames / 10, frames}) {
         writeRecording(path, count);
         const double time = secondsOf(program, {"decode", "--json", path});
@@ -163,6 +175,137 @@ void measureReplay(int rate, int seconds, double speed)
                 double(player.lateness(0.5)) / 1e3, double(player.lateness(0.99)) / 1e3);
 }
 
+sockaddr_in loopback(quint16 port)
+{
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
+
+/// A socket that listens on a free port, which goes into `port`.
+int listener(quint16 &port)
+{
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address = loopback(0);
+    socklen_t size = sizeof address;
+    ::bind(fd, reinterpret_cast<sockaddr *>(&address), size);
+    ::listen(fd, 8);
+    ::getsockname(fd, reinterpret_cast<sockaddr *>(&address), &size);
+    port = ntohs(address.sin_port);
+    return fd;
+}
+
+void sendAtOnce(int fd)
+{
+    const int on = 1;
+    ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+}
+
+/// Gives back what each client sends.
+void echo(int server)
+{
+    char buffer[4096];
+    for (int client = ::accept(server, nullptr, nullptr); client >= 0;
+         client = ::accept(server, nullptr, nullptr)) {
+        sendAtOnce(client);
+        for (ssize_t size; (size = ::read(client, buffer, sizeof buffer)) > 0;)
+            if (::write(client, buffer, std::size_t(size)) != size)
+                break;
+        ::close(client);
+    }
+}
+
+/// Milliseconds of 2,000 round trips of a frame, in order.
+std::vector<double> roundTrips(quint16 port)
+{
+    const QByteArray bytes = frame(1);
+    const sockaddr_in address = loopback(port);
+    int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    while (::connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+        ::close(fd);
+        ::usleep(20000);
+        fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    }
+    sendAtOnce(fd);
+    std::vector<double> times;
+    char buffer[4096];
+    for (int i = 0; i < 2000; ++i) {
+        const qint64 begin = now();
+        ssize_t left = ::write(fd, bytes.constData(), std::size_t(bytes.size()));
+        for (ssize_t size = 1; left > 0 && size > 0; left -= size)
+            size = ::read(fd, buffer, sizeof buffer);
+        times.push_back(double(now() - begin) * 1e-6);
+        ::usleep(2000);
+    }
+    ::close(fd);
+    std::sort(times.begin(), times.end());
+    return times;
+}
+
+void stop(QProcess &process)
+{
+    ::kill(pid_t(process.processId()), SIGINT);
+    process.waitForFinished();
+}
+
+void measureBridge()
+{
+    quint16 podPort = 0, benchPort = 0;
+    std::thread(echo, listener(podPort)).detach();
+    ::close(listener(benchPort));
+    const std::vector<double> direct = roundTrips(podPort);
+    QProcess bridge;
+    bridge.start(wireProgram(), {"record", "-o", "/dev/null", "--bridge",
+                                 QStringLiteral("tcp-listen://127.0.0.1:%1").arg(benchPort),
+                                 QStringLiteral("tcp://127.0.0.1:%1").arg(podPort)});
+    const std::vector<double> bridged = roundTrips(benchPort);
+    stop(bridge);
+    std::printf("bridge: adds %.2f ms to a round trip in the median (limit 2: both ways), %.2f ms "
+                "at the 99th "
+                "percentile (limit 6)\n",
+                bridged[1000] - direct[1000], bridged[1980] - direct[1980]);
+}
+
+void measureRecord(int seconds)
+{
+    constexpr int kBurst = 10, kRate = 10000;
+    quint16 port = 0;
+    const int server = listener(port);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("flood.hex"));
+    QProcess recorder;
+    recorder.start(wireProgram(),
+                   {"record", "-o", path, QStringLiteral("tcp://127.0.0.1:%1").arg(port)});
+    const int client = ::accept(server, nullptr, nullptr);
+    sendAtOnce(client);
+    const QByteArray burst = frame(1).repeated(kBurst);
+    const qint64 begin = now();
+    for (int sent = 0; sent < seconds * kRate; sent += kBurst) {
+        if (::write(client, burst.constData(), std::size_t(burst.size())) != burst.size())
+            break;
+        const qint64 early = begin + qint64(sent) * (1000000000LL / kRate) - now();
+        if (early > 0)
+            ::usleep(useconds_t(early / 1000));
+    }
+    rusage before = {}, after = {};
+    getrusage(RUSAGE_CHILDREN, &before);
+    ::close(client);
+    recorder.waitForFinished();
+    getrusage(RUSAGE_CHILDREN, &after);
+    const auto busy = [](const rusage &usage) {
+        return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+               double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) * 1e-6;
+    };
+    QFile file(path);
+    const qint64 written =
+        file.open(QIODevice::ReadOnly) ? file.size() / (2 * frame(1).size() + 1) : 0;
+    std::printf("record of %d frames at %d/s: %lld written, %.2f of a core (limit 0.5)\n",
+                seconds * kRate, kRate, static_cast<long long>(written),
+                (busy(after) - busy(before)) / seconds);
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -176,4 +319,6 @@ int main(int argc, char *argv[])
     measureReplay(33, seconds, 1);
     measureReplay(1000, seconds, 1);
     measureReplay(33, seconds, 10);
+    measureBridge();
+    measureRecord(seconds);
 }

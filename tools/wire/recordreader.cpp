@@ -17,7 +17,7 @@ constexpr int kRawChunk = 64 * 1024;
 constexpr int kMicrosecondDigits = 6;
 constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
 
-/// Digits at `at`, which moves behind them; -1 where there are none or too many.
+/// Digits at `at`, which moves past them; -1 where there are none or too many.
 qint64 takeDigits(const char *&at, const char *end, int most)
 {
     qint64 number = 0;
