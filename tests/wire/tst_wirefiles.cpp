@@ -514,6 +514,8 @@ void tst_wirefiles::compares()
     QCOMPARE(steps("abcd", "acd"), QByteArray("=-=="));
     QCOMPARE(steps("acd", "abcd"), QByteArray("=+=="));
     QCOMPARE(steps("abc", "axc"), QByteArray("=~="));
+    QCOMPARE(steps("abcdabcd", "xbcdabcd"), QByteArray("~======="));
+    QCOMPARE(steps("aaa", "xaaa"), QByteArray("+==="));
     QCOMPARE(steps("abc", ""), QByteArray("---"));
     QCOMPARE(steps("", "ab"), QByteArray("++"));
     QByteArray changed = gcu(1);

@@ -94,31 +94,38 @@ int RecordDiff::Side::find(const QByteArray &bytes) const
     return -1;
 }
 
+/// Whether the heads stand in each other's place: they have no equal on the other side, or only one
+/// that is further away while the frames after them are equal.
+bool RecordDiff::isChange(int added, int lost) const
+{
+    const std::deque<Record> &before = m_before.ahead, &after = m_after.ahead;
+    const bool goesOn = before.size() > 1 && after.size() > 1 &&
+                        before[1].bytes == after[1].bytes && added != 1 && lost != 1;
+    return kindOf(before.front().bytes) == kindOf(after.front().bytes) &&
+           ((added < 0 && lost < 0) || goesOn);
+}
+
 bool RecordDiff::next(Step &step)
 {
     m_before.fill();
     m_after.fill();
     step = Step();
     const bool hasBefore = !m_before.ahead.empty(), hasAfter = !m_after.ahead.empty();
-    if (!hasBefore && !hasAfter)
-        return false;
-    int lost = -1, added = -1; // frames to be passed over until the next equal pair
+    bool isPair = false, isLost = hasBefore;
     if (hasBefore && hasAfter) {
-        added = m_after.find(m_before.ahead.front().bytes);
-        lost = m_before.find(m_after.ahead.front().bytes);
+        // Frames to be passed over until the next equal pair.
+        const int added = m_after.find(m_before.ahead.front().bytes);
+        const int lost = m_before.find(m_after.ahead.front().bytes);
+        isPair = added == 0 || isChange(added, lost);
+        isLost = added < 0 || (lost >= 0 && lost <= added);
     }
-    const bool isChange =
-        hasBefore && hasAfter && added < 0 && lost < 0 &&
-        kindOf(m_before.ahead.front().bytes) == kindOf(m_after.ahead.front().bytes);
-    const bool isPair = isChange || added == 0;
-    const bool isLost = hasBefore && (!hasAfter || (added < 0) || (lost >= 0 && lost <= added));
-    step.hasBefore = isPair || isLost;
-    step.hasAfter = isPair || !isLost;
+    step.hasBefore = hasBefore && (isPair || isLost);
+    step.hasAfter = hasAfter && (isPair || !isLost);
     if (step.hasBefore)
         step.before = m_before.take();
     if (step.hasAfter)
         step.after = m_after.take();
-    return true;
+    return hasBefore || hasAfter;
 }
 
 } // namespace wire

@@ -72,6 +72,8 @@ private:
         int find(const QByteArray &bytes) const; ///< -1 for none
     };
 
+    bool isChange(int added, int lost) const;
+
     Side m_before, m_after;
 };
 
