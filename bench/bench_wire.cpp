@@ -190,7 +190,8 @@ int listener(quint16 &port)
     const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address = loopback(0);
     socklen_t size = sizeof address;
-    ::bind(fd, reinterpret_cast<sockaddr *>(&address), size);
+    if (::bind(fd, reinterpret_cast<sockaddr *>(&address), size) != 0)
+        qFatal("no socket");
     ::listen(fd, 8);
     ::getsockname(fd, reinterpret_cast<sockaddr *>(&address), &size);
     port = ntohs(address.sin_port);
