@@ -151,6 +151,7 @@ private slots:
     void readsLogs();
     void findsFramesInStreams_data();
     void findsFramesInStreams();
+    void givesGoodFramesAtOnce();
     void cutsAsTheBench();
     void livesThroughNoise();
     void filters_data();
@@ -376,6 +377,22 @@ void tst_wirefiles::findsFramesInStreams()
         if (size > 1 && !stream.startsWith('\x11'))
             QCOMPARE(found, pieces);
     }
+}
+
+/// On a link nobody waits for the bytes that a lying length promises while a good frame is there.
+void tst_wirefiles::givesGoodFramesAtOnce()
+{
+    QByteArray lying = gcu(1);
+    lying[2] = char(0xF0);
+    const QByteArray bytes = lying + gcu(2);
+    FrameScanner scanner;
+    scanner.push(bytes.constData(), bytes.size());
+    QByteArray piece;
+    QVERIFY(scanner.take(piece, true));
+    QCOMPARE(piece, lying);
+    QVERIFY(scanner.take(piece, true));
+    QCOMPARE(piece, gcu(2));
+    QVERIFY(!scanner.take(piece, true));
 }
 
 /// The bench takes one frame of a chunk, and drops what follows a frame that came in two.
