@@ -7,7 +7,7 @@
 /// The message box: every notice to the operator goes through it. Used as new without a parent,
 /// `setMessage`, `show`; nobody keeps the pointer. A closed box stays allocated to the end of the
 /// process, so that a caller that still holds it never meets a freed box; the screen's window and
-/// picture behind it are given back.
+/// picture under it are given back.
 class PopFrame : public QWidget
 {
     Q_OBJECT

@@ -7,7 +7,7 @@ namespace {
 constexpr int kSmallestText = 10; ///< in pixels; below, Chinese can't be read any more
 constexpr int kThinnestBar = 10;
 
-/// What all forms share; a bar with a sheet of its own takes from it what it doesn't set, so that
+/// What all forms share; a bar with another sheet takes from it what it doesn't set, so that
 /// the log's narrow handle would have no width left between margins. %1 is the side of an arrow, %2
 /// the width of its box, %3 the side of a check box, %4 the width of a scroll bar.
 const char *const kCommonRules = R"(QLabel{background-color:#283142;color:#A9A9A9;}

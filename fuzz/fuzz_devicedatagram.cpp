@@ -91,7 +91,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     require(
         readingOf(readDeviceRecords, inputOf(exact.data(), exact.size())) ==
             readingOf(readDeviceRecords, QByteArray::fromRawData(amid.constData(), sealed.size())),
-        "what stands behind the records shows");
+        "what stands after the records shows");
     const Reading inTheClear = readingOf(readDeviceRecords, withPadding(sealed));
     require(readingOf(readDeviceDatagram, datagramOf(sealed)) == inTheClear,
             "enciphered, the same records read otherwise");

@@ -7,7 +7,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 kinds=("$@")
 [[ $# -gt 0 ]] || kinds=(windows deb tar)
-kit=$(realpath ../shared/windows-kit.tar.xz)
+kit=$(realpath --canonicalize-missing ../shared/windows-kit.tar.xz)
 here=$PWD/build/packages
 other=$(mktemp -d --suffix -nacellebench-elsewhere)
 trap 'rm -rf "$other"' EXIT

@@ -17,7 +17,7 @@ fi
 check=$PWD/build/check-windows
 rm -rf "$check"
 mkdir -p "$check/pictures" "$check/新 文件夹 (1)"
-# A Windows of its own, which knows no folder of a developer.
+# A separate Windows, which knows no folder of a developer.
 export WINEPREFIX=$check/prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" PATH=/usr/bin:/bin
 unset WINEPATH
 pods=()

@@ -23,7 +23,7 @@ printf '\nLicense: MIT\n' | cat - "$work/mit" >>"$source/debian/copyright"
     maintainer=$(sed -n 's/^Maintainer: //p' "$own/debian/control")
     while read -r number day; do
         printf 'nacellebench (%s) unstable; urgency=medium\n\n' "$number"
-        printf '  * Changes of %s: /usr/share/doc/nacellebench/CHANGELOG.md.gz\n\n' "$number"
+        printf '  * Changes of %s: /usr/share/doc/nacellebench/CHANGELOG.md\n\n' "$number"
         printf ' -- %s  %s\n\n' "$maintainer" "$(date --utc --rfc-email --date "$day")"
     done < <(sed -n 's/^## \([0-9.]*\) (\([0-9-]*\))$/\1 \2/p' CHANGELOG.md)
 } >"$source/debian/changelog"

@@ -1,5 +1,5 @@
 // Takes the place of the system's own under the leak sanitizer. Modules stay loaded, so that what
-// they leave behind bears their name, by which lsan.supp passes it over.
+// they leave behind has their name, by which lsan.supp passes it over.
 
 #include <dlfcn.h>
 

@@ -15,7 +15,7 @@ constexpr char kDescription[] =
     "with\n"
     "the values of a first start.\n"
     "\n"
-    "  show                       tell all that the file holds\n"
+    "  show                       print all that the file holds\n"
     "  set language zh|en         Chinese or English\n"
     "  set engine ffmpeg|libvlc   what plays the video\n"
     "\n"

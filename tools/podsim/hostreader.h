@@ -5,7 +5,7 @@
 
 namespace podsim {
 
-/// Sizes that a host frame's length field may tell: the least frame has one command byte.
+/// Sizes that a host frame's length field may say: the least frame has one command byte.
 constexpr int kLeastHostFrame = 72;
 constexpr int kLargestHostFrame = 512;
 

@@ -1,4 +1,5 @@
 #include "tools/commandline/commandline.h"
+#include "tools/commandline/speech.h"
 #include "tools/commandline/stopsignal.h"
 #include "tools/podsim/podcontrol.h"
 #include "tools/podsim/podoptions.h"
@@ -6,8 +7,6 @@
 #include "tools/podsim/podstream.h"
 
 #include <QCoreApplication>
-
-#include <cstdio>
 
 namespace {
 
@@ -50,7 +49,7 @@ int main(int argc, char *argv[])
     if (!parsed.error.isEmpty())
         return complainOfUsage(parsed.error);
     if (!parsed.answer.isEmpty()) {
-        std::fputs(qPrintable(parsed.answer), stdout);
+        writeLine(stdout, parsed.answer);
         return kExitDone;
     }
     return run(parsed.options);

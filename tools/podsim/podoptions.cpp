@@ -200,7 +200,7 @@ void describeOptions(QCommandLineParser &parser)
 {
     parser.setApplicationDescription(QStringLiteral(
         "A simulated camera pod: answers the host frames of the GCU private protocol "
-        "and tells each event on a line of its own."));
+        "and prints a line for each event."));
     addStandardOptions(parser);
     for (const OptionRow &row : kOptions)
         parser.addOption(

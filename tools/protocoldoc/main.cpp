@@ -78,6 +78,8 @@ int main(int argc, char *argv[])
     const QStringList words = parser.positionalArguments();
     if (words.size() != 5)
         return complainOfUsage(QStringLiteral("five arguments are needed"));
+    if (words.at(0) != QLatin1String("zh") && words.at(0) != QLatin1String("en"))
+        return complainOfUsage(QStringLiteral("the language is zh or en"));
 
     QGlobal &global = *QGlobal::instanceFrom(words.at(1));
     global.languageChinese = words.at(0) == QLatin1String("zh");

@@ -77,7 +77,7 @@ void enterMode(Tour &tour, const char *button, const char *command)
 {
     const int mark = tour.podMark(QLatin1String(command));
     const auto isTaken = [&] { return tour.podMark(QLatin1String(command)) > mark; };
-    await(QStringLiteral("the pod tells \"%1\"").arg(QLatin1String(command)), [&] {
+    await(QStringLiteral("the pod says \"%1\"").arg(QLatin1String(command)), [&] {
         click(tour.page(button));
         return QTest::qWaitFor(isTaken, kNextPressMs);
     });

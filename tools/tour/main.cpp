@@ -24,8 +24,8 @@ void describeOptions(QCommandLineParser &parser)
 {
     const QDir beside(QCoreApplication::applicationDirPath());
     parser.setApplicationDescription(QStringLiteral(
-        "Drives the main window by clicks and keys against a simulated pod, tells each step and "
-        "saves a picture of the screen behind it. Ends with 0 if all that the steps claim came "
+        "Drives the main window by clicks and keys against a simulated pod, says each step and "
+        "saves a picture of the screen after it. Ends with 0 if all that the steps claim came "
         "true."));
     parser.addOption({QStringLiteral("out"), QStringLiteral("Save the pictures in <folder>: tour."),
                       QStringLiteral("folder"), QStringLiteral("tour")});
@@ -37,10 +37,10 @@ void describeOptions(QCommandLineParser &parser)
                       QStringLiteral("program"), beside.filePath(QStringLiteral("podsim"))});
     parser.addOption({QStringLiteral("pod-log"),
                       QStringLiteral("Start no pod: one runs here by the usual ports, and what it "
-                                     "tells goes to <file>."),
+                                     "says goes to <file>."),
                       QStringLiteral("file")});
     parser.addOption({QStringLiteral("places"),
-                      QStringLiteral("Only tell where the windows' parts lie, and end.")});
+                      QStringLiteral("Only say where the windows' parts lie, and end.")});
     parser.addOption({QStringLiteral("without-video"),
                       QStringLiteral("Leave out the steps of the video, for a pod without a "
                                      "stream.")});
@@ -85,17 +85,28 @@ int runOne(const Options &options)
     }
 }
 
+/// Help and mistakes are answered where there is no screen too.
+std::optional<int> readWithoutScreen(QCommandLineParser &parser, int &argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    describeOptions(parser);
+    if (const std::optional<int> code = readCommandLine(parser))
+        return code;
+    if (parser.positionalArguments().isEmpty())
+        return {};
+    return complainOfUsage(QStringLiteral("no such argument: ") + parser.positionalArguments()[0]);
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    QApplication application(argc, argv);
     QCommandLineParser parser;
-    describeOptions(parser);
-    if (const std::optional<int> code = readCommandLine(parser))
+    if (const std::optional<int> code = readWithoutScreen(parser, argc, argv))
         return *code;
+    QApplication application(argc, argv);
     if (parser.isSet(QStringLiteral("places"))) {
-        tellPlaces();
+        printPlaces();
         return kExitDone;
     }
     const Options options = readOptions(parser);

@@ -132,7 +132,7 @@ void showAbout(Tour &tour)
         video->windowHandle()->close();
     inMenu(tour, [](QMenu *menu) { clickEntry(menu, translated("关于")); });
     if (tour.dialog("About")->windowTitle() != translated("关于"))
-        throw TourFailure(QStringLiteral("the dialog bears another title"));
+        throw TourFailure(QStringLiteral("the dialog has another title"));
 }
 
 QString beside(const QString &name)

@@ -47,7 +47,7 @@ QWidget *opened(const char *className)
 
 } // namespace
 
-void tellPlaces()
+void printPlaces()
 {
     NacelleBench bench;
     fillScreen(&bench);

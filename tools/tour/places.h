@@ -6,6 +6,6 @@ namespace tour {
 /// a line for each of their widgets: the class it belongs to, its object name, and the place of its
 /// middle within its window. Whoever drives the program itself, from outside, reads there where to
 /// click.
-void tellPlaces();
+void printPlaces();
 
 } // namespace tour

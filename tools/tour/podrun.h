@@ -15,8 +15,8 @@ struct PodChoice
 };
 
 /// The simulated pod of one tour, with a TCP link, a UDP link and the stream of its picture on this
-/// machine: a process of its own, by the usual ports where they are free, which ends with this
-/// object; or one that runs already and writes what it tells to a file.
+/// machine: a separate process, by the usual ports where they are free, which ends with this
+/// object; or one that runs already and writes what it says to a file.
 class PodRun
 {
 public:

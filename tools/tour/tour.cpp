@@ -21,7 +21,7 @@ namespace {
 constexpr int kStillMs = 1500;
 constexpr int kStillStepMs = 60;
 
-void tell(const QString &text)
+void say(const QString &text)
 {
     std::fputs(text.toUtf8().constData(), stdout);
     std::fputs("\n", stdout);
@@ -79,7 +79,7 @@ bool Tour::run(const QVector<Step> &steps)
     for (const Step &step : steps)
         if (!runStep(step))
             return false;
-    tell(QStringLiteral("%1: all %2 steps came true").arg(m_language).arg(steps.size()));
+    say(QStringLiteral("%1: all %2 steps came true").arg(m_language).arg(steps.size()));
     return true;
 }
 
@@ -93,25 +93,25 @@ bool Tour::runStep(const Step &step)
     ++m_number;
     m_step = QLatin1String(step.name);
     const bool isChinese = m_language == QLatin1String("zh");
-    tell(label(m_step) + QStringLiteral(": ") +
-         QString::fromUtf8(isChinese ? step.chinese : step.english));
+    say(label(m_step) + QStringLiteral(": ") +
+        QString::fromUtf8(isChinese ? step.chinese : step.english));
     try {
         step.run(*this);
         savePicture(m_step, step.shown);
         return true;
     } catch (const TourFailure &failure) {
-        tellFailure(failure.what());
+        sayFailure(failure.what());
         return false;
     }
 }
 
-void Tour::tellFailure(const char *reason)
+void Tour::sayFailure(const char *reason)
 {
     const QString failed = QStringLiteral("failed-") + m_language;
-    tell(QStringLiteral("FAILED at %1: %2").arg(label(m_step), QString::fromUtf8(reason)));
-    tell(QStringLiteral("The pod's last words: ") + m_pod.output().right(400).trimmed());
+    say(QStringLiteral("FAILED at %1: %2").arg(label(m_step), QString::fromUtf8(reason)));
+    say(QStringLiteral("The pod's last words: ") + m_pod.output().right(400).trimmed());
     if (screenPicture().save(QDir(m_folder).filePath(failed + QStringLiteral(".png"))))
-        tell(QStringLiteral("The screen at that moment: %1.png").arg(failed));
+        say(QStringLiteral("The screen at that moment: %1.png").arg(failed));
 }
 
 /// Of a window by itself nothing that lies over it is seen.
@@ -195,7 +195,7 @@ void Tour::closeNotice()
 
 void Tour::awaitPod(const QString &text, int mark)
 {
-    await(QStringLiteral("the pod tells \"%1\"").arg(text),
+    await(QStringLiteral("the pod says \"%1\"").arg(text),
           [&] { return m_pod.output().count(text) > mark; });
 }
 

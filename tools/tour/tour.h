@@ -65,7 +65,7 @@ private:
     QWidget *panelWidget();
     QWidget *pageWidget();
     bool runStep(const Step &step);
-    void tellFailure(const char *reason);
+    void sayFailure(const char *reason);
     QString label(const QString &name) const;
     QImage picture(Shown shown);
     void savePicture(const QString &name, Shown shown);

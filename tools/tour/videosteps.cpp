@@ -85,7 +85,7 @@ void makeReady(Tour &tour)
 void openVideo(Tour &tour)
 {
     click(tour.page("pushButton_video"));
-    await(QStringLiteral("the window bears its title"),
+    await(QStringLiteral("the window has its title"),
           [&tour] { return tour.dialog("videoFrom")->windowTitle() == translated("视频"); });
 }
 
