@@ -147,8 +147,9 @@ QByteArray catalogue()
         Members document(out);
         for (const FrameKind kind : {FrameKind::Host, FrameKind::Gcu}) {
             document.key(wire::wordOf(kind));
-            putList(fieldsOf(kind), out,
-                    [&](const protocol::Field &field) { putField(field, wire::wordOf(kind), out); });
+            putList(fieldsOf(kind), out, [&](const protocol::Field &field) {
+                putField(field, wire::wordOf(kind), out);
+            });
         }
         document.key("commands");
         putList(kCommands, out, [&out](const CommandRow &row) { putCommand(row, out); });
