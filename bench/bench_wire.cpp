@@ -116,7 +116,7 @@ double nanoseconds(Call call)
 void measureOneFrame()
 {
     const QByteArray bytes = frame(1);
-    const QVector<Field> &fields = wire::fieldsOf(wire::FrameKind::Gcu);
+    const QVector<protocol::Field> &fields = wire::fieldsOf(wire::FrameKind::Gcu);
     std::vector<qint64> values(std::size_t(fields.size()));
     GcuFrame record;
     QByteArray made = bytes;
