@@ -12,7 +12,8 @@
 namespace {
 
 constexpr int kFollowMs = 33;
-constexpr int kLongBlock = 4096; ///< characters of a line that is wrapped into dozens
+constexpr int kBlocksPainted = 32; ///< one by one; more fill a view
+constexpr int kLongBlock = 4096;   ///< characters of a line that is wrapped into dozens
 
 } // namespace
 
@@ -33,20 +34,25 @@ public:
     }
     bool isPending() const { return m_pending > 0; }
 
-    /// The toolkit would have the whole view painted for more than one block. New are the last
-    /// ones only, and one has lost the cursor; the others move as a picture does.
-    void release()
+    /// The toolkit would have the whole view painted for more than one block. Where nothing went
+    /// off the top, new are a few last ones only, and one has lost the cursor; the others move as
+    /// a picture does.
+    void release(bool hasLostLines)
     {
         // Without the break before it: the block that it ends is as it was.
         const int end = document()->characterCount() - 1;
         const int from = qBound(0, end - m_pending + 1, end);
         m_pending = 0;
+        const QTextBlock first = document()->findBlock(from);
+        if (hasLostLines || document()->blockCount() - first.blockNumber() > kBlocksPainted) {
+            QPlainTextDocumentLayout::documentChanged(from, 0, end - from);
+            return;
+        }
         {
             const QSignalBlocker quiet(this);
             QPlainTextDocumentLayout::documentChanged(from, 0, end - from);
         }
         emit documentSizeChanged(documentSize());
-        const QTextBlock first = document()->findBlock(from);
         for (QTextBlock block = first; block.isValid(); block = block.next())
             emit updateBlock(block);
         if (first.previous().isValid())
@@ -151,7 +157,7 @@ void LogDisplay::settle()
     if (!m_layout->isPending())
         return;
     keepLongLayout();
-    m_layout->release();
+    m_layout->release(m_hasLostLines);
     // Nobody knows by how much the text has moved up on the screen.
     if (m_hasLostLines)
         viewport()->update();
