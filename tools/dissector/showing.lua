@@ -161,8 +161,11 @@ local function show_rows(tree, frame, view)
 end
 
 local function seconds(value)
-    local whole = floor(value)
-    return NSTime.new(whole, floor((value - whole) * 1e9 + 0.5))
+    -- Rounded first: a fraction that rounds up is a second more. Both parts have the sign.
+    local sign = value < 0 and -1 or 1
+    local nanoseconds = floor(sign * value * 1e9 + 0.5)
+    local whole = floor(nanoseconds / 1e9)
+    return NSTime.new(sign * whole, sign * (nanoseconds - whole * 1e9))
 end
 
 local function show_record(tree, record, frame, view)
