@@ -5,6 +5,9 @@
 #include "tools/wire/verbs.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
+
+#include <algorithm>
 
 namespace wire {
 
@@ -77,6 +80,15 @@ void addConvertOptions(QCommandLineParser &parser)
     addOutputOption(parser);
 }
 
+/// True if a file is among the inputs: it would be emptied before it is read.
+bool isOneOf(const QStringList &inputs, const QString &target)
+{
+    const QString path = QFileInfo(target).canonicalFilePath();
+    return !path.isEmpty() && std::any_of(inputs.begin(), inputs.end(), [&](const QString &input) {
+        return QFileInfo(input).canonicalFilePath() == path;
+    });
+}
+
 /// What the verbs of this file have in common: options, inputs and an output.
 int pour(const QCommandLineParser &parser, const QStringList &words, const FrameFormat &format)
 {
@@ -85,8 +97,11 @@ int pour(const QCommandLineParser &parser, const QStringList &words, const Frame
     QString error;
     if (!readReadOptions(parser, options, error) || !readFilter(parser, filter, error))
         return complainOfUsage(error);
+    const QString target = parser.value(QStringLiteral("output"));
+    if (isOneOf(words, target))
+        return complainOfUsage(target + QStringLiteral(" is read and can't be written too"));
     Output output;
-    if (!output.open(parser.value(QStringLiteral("output"))))
+    if (!output.open(target))
         return complain(output.error());
     format.begin(output.buffer());
     return forEachRecord(words, options, output, [&](const Record &record) {
