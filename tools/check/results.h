@@ -1,0 +1,96 @@
+#pragma once
+
+#include "tools/check/localtext.h"
+#include "tools/wire/record.h"
+
+#include <QDateTime>
+#include <QString>
+#include <QVector>
+
+// What a session has found: all that terminal, JUnit, JSON and the printed report show.
+
+namespace check {
+
+enum class Judgement : quint8 { Passed, Failed, NotJudged };
+
+/// "passed", "failed", "not judged", and in Chinese.
+LocalText wordOf(Judgement judgement);
+
+/// A number that a case has measured, and what was allowed.
+struct Figure
+{
+    QString id; ///< as the case files name it: answer_p99
+    LocalText name;
+    double value = 0;
+    QString unit;  ///< ms, %, B or nothing
+    QString limit; ///< "<= 40", ">= 1", "29 … 31", or nothing
+};
+
+struct CaseResult
+{
+    QString id; ///< link.answers
+    QString group;
+    LocalText name;
+    LocalText reason; ///< why the case is there
+    Judgement judgement = Judgement::NotJudged;
+    LocalText why; ///< why it failed or can't be judged; of a passed one a remark, or nothing
+    double seconds = 0;
+    int attempts = 1;
+    QVector<Figure> figures;
+    /// Of a failed case the frames, or bytes between frames, that show it, in the order of their
+    /// times.
+    QVector<wire::Record> evidence;
+};
+
+struct GroupTitle
+{
+    QString id;
+    LocalText title;
+};
+
+/// The times of a run of cycles, in microseconds and in the order of the answers.
+struct Series
+{
+    QString id;
+    LocalText name;
+    QVector<int> answers; ///< from a frame to its answer
+    QVector<int> periods; ///< from an answer to the next
+};
+
+/// What the pod says of itself in its first good frame.
+struct Versions
+{
+    bool areKnown = false;
+    int protocol = 0;
+    int hardware = 0;
+    int firmware = 0;
+    int podCode = 0;
+};
+
+enum class Ending : quint8 { Whole, BrokenOff, LinkLost };
+
+struct SessionResult
+{
+    QString tool;      ///< name and version
+    QString link;      ///< as it was given
+    QString device;    ///< what the user calls it; nothing where it isn't given
+    QString inspector; ///< likewise
+    QDateTime begin;
+    double seconds = 0;
+    Versions versions;
+    Ending ending = Ending::Whole;
+    QString lossReason; ///< of a lost link
+    QString recording;  ///< the file, or nothing
+    QVector<GroupTitle> groups;
+    QVector<CaseResult> cases;
+    QVector<Series> series;
+
+    int count(Judgement judgement) const;
+    /// Whole, nothing failed, and something passed.
+    bool isPassed() const;
+};
+
+/// One line for the whole: passed, failed, broken off, link lost.
+LocalText verdictOf(const SessionResult &result);
+
+} // namespace check
