@@ -5,6 +5,8 @@
 #include "tools/wire/record.h"
 #include "tools/wire/textbuffer.h"
 
+#include <QVector>
+
 #include <memory>
 
 namespace wire {
@@ -30,6 +32,21 @@ std::unique_ptr<FrameFormat> textFormat(Language language);
 std::unique_ptr<FrameFormat> hexFormat();
 /// `(1732190000.123456) tx A8E5…`, a line a frame; unknown time and direction as (-) and -.
 std::unique_ptr<FrameFormat> lineFormat();
+
+/// A field of a frame as it is shown in a language.
+struct ShownField
+{
+    QString place; ///< "4", "12～13", "S-2～S-1"
+    QString name;
+    QString value; ///< a number or a word, empty for bytes that stand for themselves
+    QString unit;  ///< of a number
+    QByteArray bytes;
+};
+/// The fields of a frame in wire order, as far as its bytes reach; none for an unknown one.
+QVector<ShownField> shownFields(const QByteArray &frame, Language language);
+
+/// Where a frame comes from: "上位机发送数据", "GCU返回数据" or nothing.
+QString nameOf(FrameKind kind, Language language);
 
 /// A field's engineering value: a decimal number, a mode's id, or digits.
 void putValue(const protocol::Field &field, const char *at, TextBuffer &out);

@@ -128,87 +128,46 @@ private:
     const QVector<Column> m_columns = columns();
 };
 
-class TextFormat : public FrameFormat
+/// Names of fields, commands and results in a language.
+class FieldWords
 {
 public:
-    explicit TextFormat(Language language) : m_language(language) {}
+    FieldWords(Language language, Verdict verdict) : m_language(language), m_verdict(verdict) {}
 
-    void add(const Record &record, TextBuffer &out) const override
+    QString text(const char *key) const { return nameOf(key, m_language); }
+
+    ShownField shown(const protocol::Field &field, const QByteArray &bytes) const
     {
-        const char *bytes = record.bytes.constData();
-        const int size = record.bytes.size();
-        const FrameKind kind = kindOf(bytes, size);
-        putTitle(record, kind, out);
-        for (const protocol::Field &field : fieldsOf(kind)) {
-            const Span span = spanOf(field, kind, bytes, size);
-            if (span.size > 0 || field.kind == FieldKind::Feedback)
-                putRow(field, bytes + span.offset, span.size, verdictOf(record.bytes), out);
+        const bool isValue =
+            !bytes.isEmpty() && isNumber(field.kind) && field.kind != FieldKind::Mode;
+        ShownField shown{
+            text(byteLabel(field).toUtf8().constData()), text(field.key), {}, {}, bytes};
+        if (!isValue) {
+            shown.value = words(field, bytes);
+            return shown;
         }
-        if (kind == FrameKind::Unknown)
-            out.putHex(bytes, size);
-        out.put('\n');
+        TextBuffer value;
+        putValue(field, bytes.constData(), value);
+        shown.value = QString::fromUtf8(value.bytes());
+        shown.unit = QLatin1String(field.unit);
+        return shown;
     }
 
 private:
-    QString text(const char *key) const { return nameOf(key, m_language); }
-
-    void putTitle(const Record &record, FrameKind kind, TextBuffer &out) const
-    {
-        if (record.time != kNoTime) {
-            const auto when = QDateTime::fromMSecsSinceEpoch(record.time / 1000);
-            out.put(when.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz ")));
-        }
-        if (record.direction != Direction::Unknown)
-            out.put(text(record.direction == Direction::Tx ? "发" : "收") + QLatin1Char(' '));
-        if (kind != FrameKind::Unknown)
-            out.put(text(kind == FrameKind::Host ? "上位机发送数据" : "GCU返回数据") +
-                    QLatin1String(", "));
-        out.putNumber(record.bytes.size());
-        out.put(" B\n");
-    }
-
-    void putRow(const protocol::Field &field, const char *at, int size, Verdict verdict,
-                TextBuffer &out) const
-    {
-        TextBuffer value;
-        if (size > 0 && !isVariable(field.kind) && isNumber(field.kind) &&
-            field.kind != FieldKind::Mode)
-            putValue(field, at, value);
-        QString shown = QString::fromUtf8(value.bytes());
-        if (shown.isEmpty())
-            shown = words(field, at, size, verdict);
-        else if (*field.unit)
-            shown += QLatin1Char(' ') + QLatin1String(field.unit);
-        out.put("  ");
-        out.put(padded(text(byteLabel(field).toUtf8().constData()), 9));
-        out.put(padded(text(field.key), 22));
-        out.put(padded(shown, 26));
-        out.putHex(at, size);
-        out.put('\n');
-    }
-
-    /// To a width in columns of a terminal, where a Chinese character takes two.
-    static QString padded(const QString &text, int width)
-    {
-        int used = 0;
-        for (const QChar c : text)
-            used += c.unicode() >= 0x2E80 ? 2 : 1;
-        return text + QString(qMax(1, width - used), QLatin1Char(' '));
-    }
-
-    QString words(const protocol::Field &field, const char *at, int size, Verdict verdict) const
+    QString words(const protocol::Field &field, const QByteArray &bytes) const
     {
         if (field.kind == FieldKind::Crc)
-            return text(verdict == Verdict::Ok ? "通过" : "不通过");
+            return text(m_verdict == Verdict::Ok ? "通过" : "不通过");
         if (field.kind == FieldKind::Mode)
-            return modeOf(quint8(*at)) ? text(modeOf(quint8(*at))->name) : QString();
+            return modeOf(quint8(bytes[0])) ? text(modeOf(quint8(bytes[0]))->name) : QString();
         if (field.kind != FieldKind::Command && field.kind != FieldKind::Feedback)
             return {};
-        if (size == 0)
+        if (bytes.isEmpty())
             return text("无命令");
-        const CommandRow *row = shownCommand(quint8(*at));
+        const CommandRow *row = shownCommand(quint8(bytes[0]));
         const QString name = row ? text(row->name) : QString();
-        return field.kind == FieldKind::Feedback && size > 1 ? name + result(quint8(at[1])) : name;
+        const bool hasResult = field.kind == FieldKind::Feedback && bytes.size() > 1;
+        return hasResult ? name + result(quint8(bytes[1])) : name;
     }
 
     QString result(quint8 code) const
@@ -217,9 +176,84 @@ private:
     }
 
     Language m_language;
+    Verdict m_verdict;
+};
+
+/// To a width in columns of a terminal, where a Chinese character takes two.
+QString padded(const QString &text, int width)
+{
+    int used = 0;
+    for (const QChar c : text)
+        used += c.unicode() >= 0x2E80 ? 2 : 1;
+    return text + QString(qMax(1, width - used), QLatin1Char(' '));
+}
+
+void putRow(const ShownField &field, TextBuffer &out)
+{
+    out.put("  ");
+    out.put(padded(field.place, 9));
+    out.put(padded(field.name, 22));
+    out.put(padded(field.unit.isEmpty() ? field.value : field.value + QLatin1Char(' ') + field.unit,
+                   26));
+    out.putHex(field.bytes.constData(), field.bytes.size());
+    out.put('\n');
+}
+
+class TextFormat : public FrameFormat
+{
+public:
+    explicit TextFormat(Language language) : m_language(language) {}
+
+    void add(const Record &record, TextBuffer &out) const override
+    {
+        putTitle(record, out);
+        for (const ShownField &field : shownFields(record.bytes, m_language))
+            putRow(field, out);
+        if (kindOf(record.bytes) == FrameKind::Unknown)
+            out.putHex(record.bytes.constData(), record.bytes.size());
+        out.put('\n');
+    }
+
+private:
+    void putTitle(const Record &record, TextBuffer &out) const
+    {
+        if (record.time != kNoTime) {
+            const auto when = QDateTime::fromMSecsSinceEpoch(record.time / 1000);
+            out.put(when.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz ")));
+        }
+        if (record.direction != Direction::Unknown)
+            out.put(nameOf(record.direction == Direction::Tx ? "发" : "收", m_language) +
+                    QLatin1Char(' '));
+        if (kindOf(record.bytes) != FrameKind::Unknown)
+            out.put(nameOf(kindOf(record.bytes), m_language) + QLatin1String(", "));
+        out.putNumber(record.bytes.size());
+        out.put(" B\n");
+    }
+
+    Language m_language;
 };
 
 } // namespace
+
+QString nameOf(FrameKind kind, Language language)
+{
+    if (kind == FrameKind::Unknown)
+        return {};
+    return nameOf(kind == FrameKind::Host ? "上位机发送数据" : "GCU返回数据", language);
+}
+
+QVector<ShownField> shownFields(const QByteArray &frame, Language language)
+{
+    const FrameKind kind = kindOf(frame);
+    const FieldWords words(language, verdictOf(frame));
+    QVector<ShownField> shown;
+    for (const protocol::Field &field : fieldsOf(kind)) {
+        const Span span = spanOf(field, kind, frame.constData(), frame.size());
+        if (span.size > 0 || field.kind == FieldKind::Feedback)
+            shown.append(words.shown(field, frame.mid(span.offset, span.size)));
+    }
+    return shown;
+}
 
 std::unique_ptr<FrameFormat> csvFormat()
 {
