@@ -1,0 +1,40 @@
+#pragma once
+
+#include "tools/check/results.h"
+
+// What the written files say alike of a result.
+
+namespace check {
+
+/// The groups that have cases, in the order of their titles; one without a title is called by its
+/// id and comes after them.
+QVector<GroupTitle> groupsOf(const SessionResult &result);
+
+/// The cases of a group; those only of a judgement, where one is given.
+QVector<CaseResult> casesOf(const SessionResult &result, const QString &group);
+int countOf(const QVector<CaseResult> &cases, Judgement judgement);
+
+/// With at most three decimals, and its unit.
+QString valueText(const Figure &figure);
+/// "12.3 ms (≤ 40)"; without the brackets where nothing was asked for.
+QString measuredText(const Figure &figure);
+
+/// "1.0, hardware 2 …" in a language; a dash where the pod has said nothing.
+QString versionText(const Versions &versions, wire::Language language);
+/// "59.4 s", "12 min 5 s".
+QString durationText(double seconds);
+/// With the offset from UTC.
+QString beginText(const SessionResult &result);
+/// Of a record, "00:00:03.250" in local time; empty for an unknown one.
+QString timeText(const wire::Record &record);
+/// "A8 E5 49": digits that can be broken between two bytes.
+QString digitsText(const QByteArray &bytes);
+
+/// The text with a picture in place of each control character: neither XML nor a page takes them.
+/// Line ends stay.
+QString printable(QString text);
+
+/// The file with just these bytes, or as it was: false with `error` set, its name in it.
+bool writeWhole(const QString &path, const QByteArray &bytes, QString &error);
+
+} // namespace check
