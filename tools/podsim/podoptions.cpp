@@ -1,9 +1,8 @@
 #include "tools/podsim/podoptions.h"
 
 #include "tools/commandline/commandline.h"
+#include "tools/podsim/optionreader.h"
 
-#include <array>
-#include <limits>
 #include <utility>
 
 namespace podsim {
@@ -34,40 +33,8 @@ constexpr OptionRow kOptions[] = {
     {"control", "", "Read lines from standard input: size WxH, freeze, thaw, drop (the clients), "
                     "rtsp stop, rtsp start."},
     {"verbose", "", "Show idle and repeated frames and every answer too."},
-    {"split", "bytes", "Write answers in pieces of so many bytes."},
-    {"coalesce", "count", "Write so many answers together."},
-    {"delay", "ms", "Answer so many milliseconds late."},
-    {"drop", "n", "Leave out every nth answer."},
-    {"noise", "bytes", "Write so many bytes of noise before each answer."},
-    {"bad-crc", "n", "Give every nth answer a wrong checksum."},
-    {"bad-length", "n", "Give every nth answer a wrong length field."},
-    {"seed", "number", "Start the noise from this number: 1."},
-    {"result", "code", "Answer commands with this result, 0 to 255: 0 success, 1 failure, "
-                       "any other executing. Only with 0 are they carried out."},
-    {"ack-after", "n", "Answer a command n times with \"executing\" before its result."},
-    {"silent", "", "Read, never answer."},
 };
 // clang-format on
-
-/// A number of the faults: its option, its place, and what it may be.
-struct NumberRow
-{
-    const char *name;
-    int FaultOptions::*field;
-    int least;
-    int most;
-};
-
-constexpr std::array<NumberRow, 8> kNumbers{{
-    {"split", &FaultOptions::split, 1, 65535},
-    {"coalesce", &FaultOptions::coalesce, 1, 1000},
-    {"delay", &FaultOptions::delay, 0, 60000},
-    {"drop", &FaultOptions::drop, 1, 1000000},
-    {"noise", &FaultOptions::noise, 0, 65535},
-    {"bad-crc", &FaultOptions::badCrc, 1, 1000000},
-    {"bad-length", &FaultOptions::badLength, 1, 1000000},
-    {"ack-after", &FaultOptions::ackAfter, 0, 1000000},
-}};
 
 /// Options whose value may be left out.
 constexpr std::pair<const char *, const char *> kUsualPorts[] = {
@@ -96,46 +63,6 @@ QStringList completed(const QStringList &arguments)
     }
     return result;
 }
-
-/// Takes the values of a parsed command line, keeping the first error.
-class OptionReader
-{
-public:
-    explicit OptionReader(const QCommandLineParser &parser) : m_parser(parser) {}
-
-    const QString &error() const { return m_error; }
-    bool has(const char *name) const { return m_parser.isSet(QLatin1String(name)); }
-    QString text(const char *name) const { return m_parser.value(QLatin1String(name)); }
-
-    /// The number of an option that is given, within its limits.
-    std::optional<qint64> number(const char *name, qint64 least, qint64 most, int base = 10)
-    {
-        if (!has(name))
-            return {};
-        bool isGood = false;
-        const qint64 value = text(name).toLongLong(&isGood, base);
-        if (isGood && value >= least && value <= most)
-            return value;
-        refuse(name, QStringLiteral("a number from %1 to %2 is needed").arg(least).arg(most));
-        return {};
-    }
-
-    std::optional<quint16> port(const char *name, int least)
-    {
-        const std::optional<qint64> value = number(name, least, 65535);
-        return value ? std::optional<quint16>(quint16(*value)) : std::nullopt;
-    }
-
-    void refuse(const char *name, const QString &reason)
-    {
-        if (m_error.isEmpty())
-            m_error = QStringLiteral("--%1 %2: %3").arg(QLatin1String(name), text(name), reason);
-    }
-
-private:
-    const QCommandLineParser &m_parser;
-    QString m_error;
-};
 
 void readLinks(OptionReader &reader, PodOptions &options)
 {
@@ -168,17 +95,6 @@ void readMode(OptionReader &reader, PodOptions &options)
         reader.refuse("start-mode", QStringLiteral("one of 10, 11, 12, 13, 14, 16, 17, 1C"));
 }
 
-void readFaults(OptionReader &reader, FaultOptions &faults)
-{
-    for (const NumberRow &row : kNumbers)
-        faults.*row.field = int(reader.number(row.name, row.least, row.most).value_or(0));
-    faults.seed =
-        quint32(reader.number("seed", 0, std::numeric_limits<quint32>::max()).value_or(1));
-    if (const std::optional<qint64> result = reader.number("result", 0, 255))
-        faults.result = quint8(*result);
-    faults.isSilent = reader.has("silent");
-}
-
 void readStream(OptionReader &reader, StreamOptions &stream)
 {
     stream.port = reader.port("rtsp", 0);
@@ -205,6 +121,7 @@ void describeOptions(QCommandLineParser &parser)
     for (const OptionRow &row : kOptions)
         parser.addOption(
             {QLatin1String(row.name), QLatin1String(row.text), QLatin1String(row.value)});
+    addFaultOptions(parser);
 }
 
 void readOptions(OptionReader &reader, PodOptions &options)
