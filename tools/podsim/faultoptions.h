@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QtGlobal>
 
 #include <optional>
@@ -10,20 +11,56 @@ namespace podsim {
 
 class OptionReader;
 
-/// Faults to be shown on purpose; 0 stands for "none" in each number.
+/// Faults to be shown on purpose. 0 stands for "none" in each number that says no other.
 struct FaultOptions
 {
-    int split = 0;                ///< bytes a piece
-    int coalesce = 0;             ///< answers a write
-    int delay = 0;                ///< milliseconds before an answer
-    int drop = 0;                 ///< every so many answers one isn't sent
-    int noise = 0;                ///< bytes of noise before each write
-    int badCrc = 0;               ///< every so many answers one has a wrong checksum
-    int badLength = 0;            ///< every so many answers one has a wrong length field
-    quint32 seed = 1;             ///< of the noise
+    // What the answers' writes are like.
+    int split = 0;    ///< bytes a piece
+    int coalesce = 0; ///< answers a write
+    int noise = 0;    ///< bytes of noise before each write
+    quint32 seed = 1; ///< of the noise and of the jitter
+    bool isSilent = false;
+    int hangAfter = 0;  ///< frames, after which none is sent any more
+    int leaveAfter = 0; ///< frames, after which the pod is gone
+
+    // Order and time. Every so many answers, one is treated so.
+    int delay = 0; ///< milliseconds before an answer
+    int drop = 0;
+    int lateEvery = 0;
+    int lateBy = 0; ///< milliseconds
+    int jitter = 0; ///< milliseconds at the most
+    int twice = 0;
+    int swap = 0;
+
+    // The frame.
+    int badCrc = 0;    ///< every so many answers one has a wrong checksum
+    int badLength = 0; ///< every so many answers one has a wrong length field
+    std::optional<quint8> version;
+    std::optional<quint8> mode;
+    std::optional<quint8> flags[2];
+    std::optional<quint8> reserved; ///< in both ranges
+    bool noSubFrame = false;
+
+    // The feedback area.
     int ackAfter = 0;             ///< answers "executing" before the result
     std::optional<quint8> result; ///< the result byte of all commands
-    bool isSilent = false;
+    int pad = 0;                  ///< zero bytes at its end
+    bool wrongCode = false;
+    bool noAck = false;
+    bool acceptUnknown = false;
+    QByteArray ignored; ///< codes, a byte each
+
+    // The report.
+    double angleOffset = 0; ///< degrees
+    double overshoot = 0;   ///< degrees
+    double drift = 0;       ///< degrees a second
+    bool stuck = false;
+    double speed = 1; ///< of the gimbal; 1 is its own
+
+    // How host frames are read.
+    bool answerBroken = false;
+    bool deafAfterBroken = false;
+    bool noReassembly = false;
 };
 
 /// Adds the options of the faults, with their texts.

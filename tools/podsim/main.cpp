@@ -24,6 +24,7 @@ int run(const podsim::PodOptions &options)
                             kExitUsage);
     }
     QObject::connect(&stop, &StopSignal::stopped, &QCoreApplication::quit);
+    QObject::connect(&server, &podsim::PodServer::left, &QCoreApplication::quit);
     QString reason = server.open();
     if (reason.isEmpty() && stream)
         reason = stream->open();

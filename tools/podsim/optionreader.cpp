@@ -27,6 +27,18 @@ std::optional<qint64> OptionReader::number(const char *name, qint64 least, qint6
     return result;
 }
 
+std::optional<double> OptionReader::decimal(const char *name, double least, double most)
+{
+    if (!has(name))
+        return {};
+    bool isGood = false;
+    const double value = text(name).toDouble(&isGood);
+    const std::optional<double> result = within(isGood, value, least, most);
+    if (!result)
+        refuse(name, QStringLiteral("a number from %1 to %2 is needed").arg(least).arg(most));
+    return result;
+}
+
 std::optional<quint16> OptionReader::port(const char *name, int least)
 {
     const std::optional<qint64> value = number(name, least, 65535);

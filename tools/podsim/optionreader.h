@@ -19,6 +19,7 @@ public:
 
     /// The number of an option that is given, within its limits.
     std::optional<qint64> number(const char *name, qint64 least, qint64 most, int base = 10);
+    std::optional<double> decimal(const char *name, double least, double most);
     std::optional<quint16> port(const char *name, int least);
 
     void refuse(const char *name, const QString &reason);

@@ -280,6 +280,13 @@ bool isComplete(const CommandRow &row, const QByteArray &area)
     return area.size() > payloadSize(row);
 }
 
+/// The row of a command that can be carried out, or null.
+const CommandRow *completeRow(const QByteArray &area)
+{
+    const CommandRow *row = rowOf(codeOf(area));
+    return row && isComplete(*row, area) ? row : nullptr;
+}
+
 Values valuesOf(const CommandRow &row, const QByteArray &area)
 {
     Values values{};
@@ -322,10 +329,15 @@ QString describeCommand(const QByteArray &area)
     return text + parameterText(*row, valuesOf(*row, area));
 }
 
+bool isKnown(const QByteArray &area)
+{
+    return completeRow(area);
+}
+
 quint8 carryOut(PodState &state, const QByteArray &area)
 {
-    const CommandRow *row = rowOf(codeOf(area));
-    if (!row || !isComplete(*row, area))
+    const CommandRow *row = completeRow(area);
+    if (!row)
         return kFailure;
     const Values values = valuesOf(*row, area);
     if (row->act)

@@ -1,64 +1,61 @@
 #include "tools/podsim/podfaults.h"
 
-#include "tools/podsim/podcodec.h"
+#include "tools/podsim/framefaults.h"
 
 #include <utility>
 
 namespace podsim {
 
-namespace {
-
-constexpr int kLengthOffset = 2;
-constexpr int kLengthError = 1; // so much more than there is
-
-bool isNth(int count, int every)
-{
-    return every > 0 && count % every == 0;
-}
-
-void spoilLength(QByteArray &frame)
-{
-    const int length = u16At(frame, kLengthOffset) + kLengthError;
-    frame[kLengthOffset] = char(length);
-    frame[kLengthOffset + 1] = char(length >> 8);
-    frame.chop(kChecksumSize);
-    appendChecksum(frame);
-}
-
-void spoilChecksum(QByteArray &frame)
-{
-    for (int i = frame.size() - kChecksumSize; i < frame.size(); ++i)
-        frame[i] = char(~frame[i]);
-}
-
-} // namespace
-
 PodFaults::PodFaults(const FaultOptions &options) : m_options(options), m_random(options.seed) {}
 
-QVector<QByteArray> PodFaults::pieces(const QByteArray &answer)
+PodWrite PodFaults::take(const QByteArray &answer)
 {
     ++m_count;
-    if (isNth(m_count, m_options.drop))
-        return {};
+    PodWrite write;
+    if (isTurn(m_options.drop))
+        return write;
     QByteArray frame = answer;
-    if (isNth(m_count, m_options.badLength))
+    if (isTurn(m_options.badLength))
         spoilLength(frame);
-    if (isNth(m_count, m_options.badCrc))
+    if (isTurn(m_options.badCrc))
         spoilChecksum(frame);
+    for (const QByteArray &next : ordered(frame))
+        collect(next, write);
+    write.late = lateness();
+    return write;
+}
 
+/// The frames that go out now, in their order.
+QVector<QByteArray> PodFaults::ordered(const QByteArray &frame)
+{
+    QVector<QByteArray> frames(isTurn(m_options.twice) ? 2 : 1, frame);
+    if (!m_swapped.isEmpty())
+        frames.append(std::exchange(m_swapped, {}));
+    else if (isTurn(m_options.swap))
+        m_swapped = frames.takeFirst();
+    return frames;
+}
+
+void PodFaults::collect(const QByteArray &frame, PodWrite &write)
+{
     m_held += frame;
     if (++m_heldCount < m_options.coalesce)
-        return {};
-    m_heldCount = 0;
+        return;
+    write.frames += std::exchange(m_heldCount, 0);
     const QByteArray bytes = std::exchange(m_held, {});
-
-    QVector<QByteArray> result;
     if (m_options.noise > 0)
-        result.append(noise());
+        write.pieces.append(noise());
     const int step = m_options.split > 0 ? m_options.split : bytes.size();
     for (int i = 0; i < bytes.size(); i += step)
-        result.append(bytes.mid(i, step));
-    return result;
+        write.pieces.append(bytes.mid(i, step));
+}
+
+int PodFaults::lateness()
+{
+    const int late = isTurn(m_options.lateEvery) ? m_options.lateBy : 0;
+    if (m_options.jitter == 0)
+        return late;
+    return late + int(m_random() % quint32(m_options.jitter + 1));
 }
 
 QByteArray PodFaults::noise()

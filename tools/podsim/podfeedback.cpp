@@ -21,17 +21,19 @@ PodAnswer PodFeedback::take(PodState &state, const QByteArray &area, qint64 now)
 {
     PodAnswer answer;
     const bool isIdle = area[0] == '\0';
+    const bool isIgnored = m_options.ignored.contains(area[0]);
     const bool isRepeated = isRepeat(area, now);
-    if (!isIdle) {
+    if (!isIdle)
         answer.kind = isRepeated ? PodAnswer::Repeat : PodAnswer::New;
-        if (!isRepeated) {
-            m_pending = area;
-            m_left = m_options.ackAfter;
-        }
+    if (answer.kind == PodAnswer::New && isIgnored)
+        answer.kind = PodAnswer::Ignored;
+    if (answer.kind == PodAnswer::New) {
+        m_pending = area;
+        m_left = m_options.ackAfter;
     }
     if (!m_pending.isEmpty())
         answer.feedback = progress(state, &answer.isDone);
-    else if (!isIdle)
+    else if (!isIdle && !isIgnored)
         answer.feedback = feedbackOf(area, m_result);
     return answer;
 }
@@ -51,7 +53,8 @@ QByteArray PodFeedback::progress(PodState &state, bool *isDone)
     const QByteArray area = std::exchange(m_pending, {});
     m_result = m_options.result.value_or(kSuccess);
     if (m_result == kSuccess) {
-        const quint8 result = carryOut(state, area);
+        const bool isWaved = m_options.acceptUnknown && !isKnown(area);
+        const quint8 result = isWaved ? kSuccess : carryOut(state, area);
         m_result = m_options.result.value_or(result);
     }
     *isDone = true;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/podsim/podoptions.h"
+#include "tools/podsim/faultoptions.h"
 
 #include <QByteArray>
 
@@ -12,9 +12,10 @@ struct PodState;
 struct PodAnswer
 {
     enum Kind {
-        Idle,   ///< no command
-        New,    ///< a command that has just come in
-        Repeat, ///< the command of the frame before, once more
+        Idle,    ///< no command
+        New,     ///< a command that has just come in
+        Repeat,  ///< the command of the frame before, once more
+        Ignored, ///< a command that has just come in, and is neither done nor answered
     };
     Kind kind = Idle;
     bool isDone = false; ///< the result has just come about

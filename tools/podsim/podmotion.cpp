@@ -156,10 +156,10 @@ void PodMotion::pointAt(const Vector &direction)
 
 void PodMotion::step(double seconds, const ControlInput &control)
 {
-    takeControl(std::min(seconds, kLongestRateStep), control);
+    takeControl(std::min(seconds, kLongestRateStep) * m_speed, control);
     if (isAtPlace() && !m_place && m_hasPosition)
         m_place = placeAlong(turned(cameraRotation(), {1, 0, 0}));
-    const double span = std::min(seconds, kLongestStep);
+    const double span = std::min(seconds, kLongestStep) * m_speed;
     const Angles to = limited(m_parked ? *m_parked : wanted(m_demand));
     m_relative = {approached(m_relative.roll, to.roll, span),
                   approached(m_relative.pitch, to.pitch, span),

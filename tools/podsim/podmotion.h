@@ -55,6 +55,8 @@ public:
     /// The place on the ground in that direction, or the one 5 km away.
     GeoPoint placeAlong(const Vector &direction) const;
 
+    /// Has the gimbal turn with a part of its speed, 0 to 1.
+    void setSpeed(double factor) { m_speed = factor; }
     /// Takes the carrier's attitude and position as far as the frame holds them.
     void setCarrier(const HostFrame &host);
     /// Enters a mode; the camera stays where it is until the mode or an input turns it.
@@ -83,6 +85,7 @@ private:
     bool isAtPlace() const { return m_mode == PodMode::Stare || m_mode == PodMode::Tracking; }
 
     PodMode m_mode = PodMode::Follow;
+    double m_speed = 1;
     Angles m_carrier;
     GeoPoint m_position;
     bool m_hasPosition = false;

@@ -22,12 +22,13 @@ PodOutbox::PodOutbox(PodChannel *channel, int delay, QObject *parent)
     connect(&m_timer, &QTimer::timeout, this, &PodOutbox::writeDue);
 }
 
-void PodOutbox::add(const QVector<QByteArray> &pieces)
+void PodOutbox::add(const QVector<QByteArray> &pieces, int late)
 {
     const int pause = pieces.size() > 1 ? kPauseMs : 0;
-    qint64 due = std::max(m_clock.elapsed() + m_delay, m_lastDue + pause);
+    qint64 due = std::max(m_clock.elapsed() + m_delay + late, m_lastDue + pause);
     for (const QByteArray &piece : pieces) {
         m_entries.enqueue({due, piece});
+        m_bytes += piece.size();
         m_lastDue = due;
         due += pause;
     }
@@ -37,9 +38,14 @@ void PodOutbox::add(const QVector<QByteArray> &pieces)
 
 void PodOutbox::writeDue()
 {
-    while (!m_entries.isEmpty() && m_entries.head().due <= m_clock.elapsed())
-        m_channel->send(m_entries.dequeue().bytes);
-    if (!m_entries.isEmpty())
+    while (!m_entries.isEmpty() && m_entries.head().due <= m_clock.elapsed()) {
+        const QByteArray piece = m_entries.dequeue().bytes;
+        m_bytes -= piece.size();
+        m_channel->send(piece);
+    }
+    if (m_entries.isEmpty())
+        emit emptied();
+    else
         m_timer.start(int(m_entries.head().due - m_clock.elapsed()));
 }
 

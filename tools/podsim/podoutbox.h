@@ -21,10 +21,16 @@ public:
     /// Answers are written `delay` milliseconds after they were handed over.
     PodOutbox(PodChannel *channel, int delay, QObject *parent);
 
-    /// Takes an answer's pieces; several of them are written with a pause in between.
-    void add(const QVector<QByteArray> &pieces);
-    /// Pieces that are waiting for their time.
+    /// Takes an answer's pieces; several of them are written with a pause in between. They are
+    /// `late` milliseconds later than usual, and so is what comes after them.
+    void add(const QVector<QByteArray> &pieces, int late);
+    /// Pieces that are waiting for their time, and their bytes.
     int size() const { return m_entries.size(); }
+    qint64 bytes() const { return m_bytes; }
+
+signals:
+    /// Nothing is waiting any more.
+    void emptied();
 
 private:
     struct Entry
@@ -41,6 +47,7 @@ private:
     QTimer m_timer;
     QQueue<Entry> m_entries;
     qint64 m_lastDue = 0;
+    qint64 m_bytes = 0;
 };
 
 } // namespace podsim

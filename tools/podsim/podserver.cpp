@@ -43,8 +43,12 @@ void PodServer::addLinks()
         m_links.append(new PodLinkPty(*options.ptyLink, this));
 #endif
     for (PodLink *link : m_links)
-        connect(link, &PodLink::opened, this,
-                [this](PodChannel *channel) { new PodSession(channel, m_context); });
+        connect(link, &PodLink::opened, this, &PodServer::addSession);
+}
+
+void PodServer::addSession(PodChannel *channel)
+{
+    connect(new PodSession(channel, m_context), &PodSession::left, this, &PodServer::left);
 }
 
 QString PodServer::open()
@@ -67,6 +71,9 @@ void PodServer::close()
 {
     closeLinks();
     m_context.log.line(summary(m_context.counts));
+    const int most = m_context.options.faults.leaveAfter;
+    if (m_context.hasAnswered(most))
+        m_context.log.line(QStringLiteral("gone, as --leave-after %1 asks").arg(most));
 }
 
 } // namespace podsim

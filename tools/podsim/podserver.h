@@ -27,8 +27,13 @@ public:
     /// Closes the links and writes the summary.
     void close();
 
+signals:
+    /// The pod has sent its last answer and is to be closed.
+    void left();
+
 private:
     void addLinks();
+    void addSession(PodChannel *channel);
     void closeLinks();
 
     PodContext m_context;

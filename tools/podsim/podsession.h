@@ -8,6 +8,7 @@
 #include "tools/podsim/podoutbox.h"
 #include "tools/podsim/podsnapshot.h"
 #include "tools/podsim/podstate.h"
+#include "tools/podsim/reportfaults.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -20,11 +21,19 @@ class PodChannel;
 /// What all connections with the pod share: there is one pod.
 struct PodContext
 {
-    explicit PodContext(const PodOptions &chosen) : options(chosen), log(chosen.isVerbose) {}
+    explicit PodContext(const PodOptions &chosen)
+        : options(chosen), log(chosen.isVerbose), reportFaults(chosen.faults)
+    {
+        state.motion.setSpeed(chosen.faults.speed);
+    }
+
+    /// Whether so many answers were sent; 0 stands for never.
+    bool hasAnswered(int answers) const { return answers > 0 && counts.answers >= answers; }
 
     PodOptions options;
     PodLog log;
     PodState state;
+    ReportFaults reportFaults;
     PodSnapshot shown; ///< the state for the stream's thread
     PodCounts counts;
     QElapsedTimer clock;
@@ -40,15 +49,25 @@ class PodSession : public QObject
 public:
     PodSession(PodChannel *channel, PodContext &context);
 
+signals:
+    /// The pod is to be gone: its last answer is written.
+    void left();
+
 private:
     void take(const QByteArray &bytes);
+    void takeAlone(const QByteArray &bytes);
     void takeEvent(const ReaderEvent &event);
     void takeFrame(const QByteArray &frame);
     void noteCommand(const HostFrame &host, const PodAnswer &answer);
+    void noteBroken(const ReaderEvent &event);
     void answer(const QByteArray &feedback);
+    QByteArray answerFrame(const QByteArray &feedback);
+    bool isMute() const;
     bool isClogged();
     void noteNoise(int size);
     void noteQuiet();
+    void goDeaf();
+    void leaveInTime();
     void close();
     void say(const QString &text) const;
 
@@ -60,6 +79,7 @@ private:
     PodOutbox m_outbox;
     QTimer m_quiet;
     bool m_wasClogged = false;
+    int m_deafFor = 0; ///< good frames that will be passed over
 };
 
 } // namespace podsim
