@@ -5,6 +5,8 @@
 #include "tools/podsim/podlinktcp.h"
 #include "tools/podsim/podlinkudp.h"
 
+#include <QTimer>
+
 #include <utility>
 
 namespace podsim {
@@ -12,6 +14,7 @@ namespace podsim {
 namespace {
 
 constexpr quint16 kReplyPort = 2338;
+constexpr int kLeaveMs = 100; // a terminal that hangs up takes unread answers with it
 
 } // namespace
 
@@ -48,7 +51,8 @@ void PodServer::addLinks()
 
 void PodServer::addSession(PodChannel *channel)
 {
-    connect(new PodSession(channel, m_context), &PodSession::left, this, &PodServer::left);
+    connect(new PodSession(channel, m_context), &PodSession::left, this,
+            [this] { QTimer::singleShot(kLeaveMs, this, &PodServer::left); });
 }
 
 QString PodServer::open()
