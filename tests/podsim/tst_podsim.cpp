@@ -1,97 +1,13 @@
-#include "tests/podsim/podprocess.h"
-#include "tests/podsim/testhost.h"
+#include "tests/podsim/podrig.h"
 #include "tests/support/strictmain.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
-#include <memory>
 
 namespace {
-
-QByteArray bytes(const QByteArray &hex)
-{
-    return QByteArray::fromHex(hex);
-}
-
-QByteArray hex(const QByteArray &data)
-{
-    return data.toHex(' ').toUpper();
-}
-
-QByteArray zeros(int count)
-{
-    return QByteArray(count, '\0');
-}
-
-/// The host's empty command, 72 bytes, without a position block.
-const QByteArray kEmpty =
-    bytes("A8 E5 48 00 01") + zeros(25) + bytes("01") + zeros(39) + bytes("28 B2");
-
-/// A host frame with valid inertial data, a carrier at 170.9175332 east, 38.0300822 north and
-/// 41.123 m, and all controls at zero. `tail` is the command area with the checksum.
-QByteArray hostFrame(const QByteArray &length, const QByteArray &tail)
-{
-    return bytes("A8 E5" + length + "00 01") + zeros(6) + bytes("01") + zeros(18) + bytes("01") +
-           zeros(6) + bytes("01 24 F2 DF 65 16 EE AA 16 A3 A0 00 00 0F B0 0C 06 15 E6 08") +
-           zeros(12) + bytes(tail);
-}
-
-const QByteArray kIdle = hostFrame("48", "00 0B 2F");
-const QByteArray kPhoto = hostFrame("49", "20 01 E8 B5");
-const QByteArray kRecord = hostFrame("49", "21 01 DB 84");
-
-/// An answer of a pod that looks ahead in follow mode with both zooms at 1.0 and the OSD on.
-/// `fixed` is the carrier's place, which is the target's, and `tail` the feedback area with the
-/// checksum.
-QByteArray answer(const QByteArray &length, const QByteArray &place, const QByteArray &tail)
-{
-    return bytes("8A 5E" + length + "00 01 12 10 01") + zeros(29) + bytes("01 01 01 01 00 00") +
-           zeros(4) + bytes(place) + bytes("0A 00 0A 00") + zeros(6) + bytes(tail);
-}
-
-const QByteArray kNowhere = "00 00 00 00 00 00 00 00 00 00 00 00";
-const QByteArray kPlace = "24 F2 DF 65 16 EE AA 16 A3 A0 00 00";
-const QByteArray kEmptyAnswer = answer("47", kNowhere, "6E 0C");
-const QByteArray kIdleAnswer = answer("47", kPlace, "F3 91");
-const QByteArray kPhotoAnswer = answer("49", kPlace, "20 00 B3 30");
-
-constexpr int kPlainSize = 71;
-constexpr int kFeedbackSize = 73;
-
-/// A pod with one host on one kind of link.
-struct Rig
-{
-    Rig(const QByteArray &kind, const QStringList &options)
-    {
-        if (kind == "tcp") {
-            start({"--tcp", "0"}, options);
-            host = std::make_unique<TcpHost>(pod->port("tcp"));
-        } else if (kind == "udp") {
-            auto udp = std::make_unique<UdpHost>();
-            start({"--udp", "0", "--udp-reply", QString::number(udp->replyPort())}, options);
-            udp->setPort(pod->port("udp"));
-            host = std::move(udp);
-        } else {
-            const QString link = directory.filePath("pod");
-            start({"--pty", link}, options);
-            pod->awaitLine("listening on pty");
-            host = std::make_unique<PtyHost>(link);
-        }
-    }
-
-    void start(QStringList link, const QStringList &options)
-    {
-        pod = std::make_unique<PodProcess>(link + options);
-    }
-
-    QTemporaryDir directory;
-    std::unique_ptr<PodProcess> pod;
-    std::unique_ptr<TestHost> host;
-};
 
 /// What a pod with these options answers to `frames`, over TCP.
 QByteArray answersTo(const QByteArray &frames, int size, const QStringList &options)
@@ -334,7 +250,8 @@ void TestPodsim::spoilsAnswers()
 
 void TestPodsim::keepsAnswersBack()
 {
-    for (const QString options : {"--silent", "--coalesce 2", "--delay 60000", "--drop 1"}) {
+    for (const QString options :
+         {"--silent", "--coalesce 2", "--delay 60000", "--drop 1", "--late 1:60000", "--swap 1"}) {
         PodProcess pod(QStringList{"--tcp", "0"} + options.split(' '));
         TcpHost host(pod.port("tcp"));
         host.send(kPhoto);
@@ -387,6 +304,13 @@ void TestPodsim::refusesOptions_data()
     QTest::newRow("--tcp 0 --split 0") << "--split 0";
     QTest::newRow("--tcp 0 --result 256") << "--result 256";
     QTest::newRow("--tcp 0 --noise") << "noise";
+    QTest::newRow("--tcp 0 --late 5") << "--late 5: a count and milliseconds";
+    QTest::newRow("--tcp 0 --late 5:60001") << "--late 5:60001: a count and milliseconds";
+    QTest::newRow("--tcp 0 --flags 011") << "--flags 011: four hexadecimal digits";
+    QTest::newRow("--tcp 0 --ignore 20,,21") << "--ignore 20,,21: codes from 1 to FF";
+    QTest::newRow("--tcp 0 --reserved 100") << "--reserved 100: a hexadecimal number from 0 to FF";
+    QTest::newRow("--tcp 0 --drift nan") << "--drift nan: a number from -360 to 360";
+    QTest::newRow("--tcp 0 --slow 0") << "--slow 0: a number from 0.01 to 1";
     QTest::newRow("--tcp 0 --rtsp-stamp") << "there is no --rtsp";
     QTest::newRow("--rtsp 0 --size 1281x720") << "--size 1281x720: even numbers";
 }
