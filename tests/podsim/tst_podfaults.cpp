@@ -74,6 +74,7 @@ void TestPodFaults::answers_data()
 
     row("--double 2", kIdle + kPhoto + kIdle,
         kIdleAnswer + kPhotoAnswer + kPhotoAnswer + kIdleAnswer);
+    row("--swap 1", kIdle + kPhoto + kRecentre, kPhotoAnswer + kIdleAnswer);
     row("--swap 2", kIdle + kPhoto + kRecentre + kPhoto,
         kIdleAnswer + kRecentreAnswer + kPhotoAnswer);
     row("--late 2:60000", kIdle + kPhoto + kRecentre, kIdleAnswer);

@@ -251,7 +251,7 @@ void TestPodsim::spoilsAnswers()
 void TestPodsim::keepsAnswersBack()
 {
     for (const QString options :
-         {"--silent", "--coalesce 2", "--delay 60000", "--drop 1", "--late 1:60000", "--swap 1"}) {
+         {"--silent", "--coalesce 2", "--delay 60000", "--drop 1", "--late 1:60000"}) {
         PodProcess pod(QStringList{"--tcp", "0"} + options.split(' '));
         TcpHost host(pod.port("tcp"));
         host.send(kPhoto);
