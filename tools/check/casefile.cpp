@@ -1,0 +1,417 @@
+#include "tools/check/cases.h"
+#include "tools/check/cyclestats.h"
+#include "tools/check/jsonentry.h"
+#include "tools/wire/compose.h"
+#include "tools/wire/framefields.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <array>
+
+/// The files lie in a static library, which the linker takes only by name.
+static void initCases()
+{
+    Q_INIT_RESOURCE(check);
+}
+
+namespace check {
+
+namespace {
+
+constexpr qint64 kUsualTime = 2000000;
+constexpr qint64 kUsualPace = 30000;
+constexpr int kMostAttempts = 5;
+constexpr int kMostTimes = 100000;
+
+/// A host frame in the shape that `nacelle-wire compose --json` takes.
+QByteArray frameOf(QJsonObject object, JsonEntry &entry)
+{
+    object.insert(QStringLiteral("frame"), QStringLiteral("host"));
+    const wire::Composed made =
+        wire::composeJson(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    if (!made.error.isEmpty())
+        entry.complain(made.error);
+    return made.record.bytes;
+}
+
+QVector<QByteArray> framesOf(const QJsonArray &list, JsonEntry &entry)
+{
+    QVector<QByteArray> frames;
+    for (const QJsonValue &each : list)
+        frames.append(frameOf(each.toObject(), entry));
+    if (frames.isEmpty())
+        entry.complain(QStringLiteral("\"frames\": at least one is needed"));
+    return frames;
+}
+
+Condition readCondition(const QString &field, const QJsonValue &value, const QString &place,
+                        QString &error)
+{
+    Condition condition;
+    condition.field = field;
+    if (!value.isObject()) {
+        JsonEntry entry(QJsonObject{{QStringLiteral("is"), value}}, place, error);
+        condition.oneOf = entry.words("is");
+        return condition;
+    }
+    JsonEntry entry(value, place, error);
+    condition.least = entry.number("least", -kNoLimit);
+    condition.most = entry.number("most", kNoLimit);
+    if (entry.has("bits") && !wire::readDigits(entry.text("bits").toLatin1(), condition.bits))
+        entry.complain(QStringLiteral("\"bits\": hexadecimal digits are needed"));
+    if (!entry.has("near"))
+        return condition;
+    const QString near = entry.words("near").value(0);
+    bool isNumber = false;
+    condition.near = near.toDouble(&isNumber);
+    condition.remembered = isNumber ? QString() : near;
+    condition.within = entry.number("within", 0);
+    condition.turns = entry.flag("turns");
+    return condition;
+}
+
+QVector<Condition> readConditions(const QJsonObject &object, JsonEntry &entry, QString &error)
+{
+    QVector<Condition> conditions;
+    for (auto each = object.begin(); each != object.end(); ++each) {
+        const protocol::Field *field = wire::fieldNamed(wire::FrameKind::Gcu, each.key());
+        if (!field || wire::isVariable(field->kind))
+            entry.complain(QStringLiteral("no such field of an answer: ") + each.key());
+        conditions.append(
+            readCondition(each.key(), each.value(), entry.place() + '.' + each.key(), error));
+    }
+    return conditions;
+}
+
+Wanted readWanted(JsonEntry &entry)
+{
+    if (!entry.has("result"))
+        return Wanted::Success;
+    const QString word = entry.text("result");
+    const QStringList words{QStringLiteral("success"), QStringLiteral("failure"),
+                            QStringLiteral("refused"), QStringLiteral("any")};
+    if (!words.contains(word))
+        entry.complain(QStringLiteral("\"result\": one of ") + words.join(QStringLiteral(", ")));
+    return Wanted(qMax(0, words.indexOf(word)));
+}
+
+void readAsk(JsonEntry &entry, QString &error, Step &step)
+{
+    step.kind = StepKind::Ask;
+    step.writes = {frameOf(entry.object("ask"), entry)};
+    step.time = entry.duration("within", kUsualTime);
+    step.every = entry.duration("every", kUsualPace);
+    step.wanted = readWanted(entry);
+    step.conditions = readConditions(entry.object("expect"), entry, error);
+}
+
+/// The length field one greater, or the checksum's bits turned round.
+void spoil(const QString &what, QByteArray &bytes, JsonEntry &entry)
+{
+    if (bytes.size() < kFrameOverhead)
+        return;
+    if (what == QLatin1String("checksum")) {
+        bytes[bytes.size() - 1] = char(~bytes[bytes.size() - 1]);
+    } else if (what == QLatin1String("length")) {
+        bytes[2] = char(bytes[2] + 1);
+        bytes.chop(2);
+        const quint16 crc = crc16(bytes.constData(), quint8(bytes.size()));
+        bytes += char(crc >> 8);
+        bytes += char(crc & 0xFF);
+    } else {
+        entry.complain(QStringLiteral("\"spoil\": checksum or length"));
+    }
+}
+
+QByteArray bytesToSend(JsonEntry &entry)
+{
+    QByteArray bytes;
+    if (entry.has("bytes")) {
+        if (!wire::readDigits(entry.text("bytes").toLatin1(), bytes))
+            entry.complain(QStringLiteral("\"bytes\": hexadecimal digits are needed"));
+        return bytes;
+    }
+    const QVector<QByteArray> frames =
+        entry.has("frames") ? framesOf(entry.array("frames"), entry)
+                            : QVector<QByteArray>{frameOf(entry.object("send"), entry)};
+    for (const QByteArray &frame : frames)
+        bytes += frame;
+    if (entry.has("spoil"))
+        spoil(entry.text("spoil"), bytes, entry);
+    return bytes;
+}
+
+void readSend(JsonEntry &entry, QString &, Step &step)
+{
+    step.kind = StepKind::Send;
+    entry.object("send"); // empty with "bytes" or "frames"
+    const QByteArray bytes = bytesToSend(entry);
+    const int piece = entry.count("piece", bytes.size());
+    if (piece == 0)
+        entry.complain(QStringLiteral("\"piece\": at least a byte"));
+    for (int at = 0; at < bytes.size() && piece > 0; at += piece)
+        step.writes.append(bytes.mid(at, piece));
+    step.times = qMin(entry.count("times", 1), kMostTimes);
+    step.every = entry.duration("every", kUsualPace);
+}
+
+void readAnswer(JsonEntry &entry, QString &error, Step &step)
+{
+    step.kind = StepKind::Answer;
+    step.time = entry.duration("answer", kUsualTime);
+    if (entry.has("to"))
+        step.writes = {frameOf(entry.object("to"), entry)};
+    step.conditions = readConditions(entry.object("expect"), entry, error);
+}
+
+void readQuiet(JsonEntry &entry, QString &, Step &step)
+{
+    step.kind = StepKind::Quiet;
+    step.time = entry.duration("quiet", kUsualTime);
+}
+
+void readHold(JsonEntry &entry, QString &error, Step &step)
+{
+    step.kind = StepKind::Hold;
+    step.time = entry.duration("hold", kUsualTime);
+    step.writes = {frameOf(entry.object("frame"), entry)};
+    step.every = entry.duration("every", kUsualPace);
+    step.conditions = readConditions(entry.object("expect"), entry, error);
+}
+
+void readReach(JsonEntry &entry, QString &error, Step &step)
+{
+    step.kind = StepKind::Reach;
+    step.conditions = readConditions(entry.object("reach"), entry, error);
+    step.writes = {frameOf(entry.object("frame"), entry)};
+    step.time = entry.duration("within", kUsualTime);
+    step.every = entry.duration("every", kUsualPace);
+}
+
+void readRemember(JsonEntry &entry, QString &, Step &step)
+{
+    step.kind = StepKind::Remember;
+    step.name = entry.text("remember");
+    step.field = entry.text("field");
+    const protocol::Field *field = wire::fieldNamed(wire::FrameKind::Gcu, step.field);
+    if (!field || !wire::isNumber(field->kind))
+        entry.complain(QStringLiteral("no such number of an answer: ") + step.field);
+}
+
+void readMeasured(JsonEntry &entry, QString &, Step &step)
+{
+    step.kind = StepKind::Measure;
+    step.name = entry.text("measure");
+    step.value = entry.text("value");
+    if (!figureRow(step.value))
+        entry.complain(QStringLiteral("no such value: ") + step.value);
+    step.least = entry.number("least", -kNoLimit);
+    step.most = entry.number("most", kNoLimit);
+}
+
+struct StepRow
+{
+    const char *key;
+    void (*read)(JsonEntry &, QString &, Step &);
+};
+
+constexpr std::array<StepRow, 8> kStepRows{{
+    {"ask", readAsk},
+    {"send", readSend},
+    {"answer", readAnswer},
+    {"quiet", readQuiet},
+    {"hold", readHold},
+    {"reach", readReach},
+    {"remember", readRemember},
+    {"measure", readMeasured},
+}};
+
+Step readStep(const QJsonValue &value, const QString &place, QString &error)
+{
+    JsonEntry entry(value, place, error);
+    Step step;
+    for (const StepRow &row : kStepRows) {
+        if (!entry.has(row.key))
+            continue;
+        row.read(entry, error, step);
+        return step;
+    }
+    QStringList keys;
+    for (const StepRow &row : kStepRows)
+        keys.append(QLatin1String(row.key));
+    entry.complain(QStringLiteral("a step is one of ") + keys.join(QStringLiteral(", ")));
+    return step;
+}
+
+QVector<Step> readSteps(const QJsonArray &list, const QString &place, QString &error)
+{
+    QVector<Step> steps;
+    for (const QJsonValue &each : list)
+        steps.append(
+            readStep(each, place + QStringLiteral(".steps[%1]").arg(steps.size() + 1), error));
+    return steps;
+}
+
+QVector<wire::LinkAddress::Kind> readLinks(JsonEntry &entry)
+{
+    const QStringList known{QStringLiteral("tcp"), QStringLiteral("tcp-listen"),
+                            QStringLiteral("udp"), QStringLiteral("serial")};
+    QVector<wire::LinkAddress::Kind> links;
+    if (!entry.has("links"))
+        return links;
+    for (const QString &word : entry.words("links")) {
+        if (!known.contains(word))
+            entry.complain(QStringLiteral("\"links\": some of ") +
+                           known.join(QStringLiteral(", ")));
+        links.append(wire::LinkAddress::Kind(qMax(0, known.indexOf(word))));
+    }
+    return links;
+}
+
+/// The name of the first command that is asked for, which is a case's name where it has none.
+LocalText commandName(const QVector<Step> &steps)
+{
+    for (const Step &step : steps) {
+        const QByteArray frame = step.writes.value(0);
+        const CommandRow *row =
+            frame.size() > kFixedSize ? findCommand(quint8(frame[kFixedSize])) : nullptr;
+        if (step.kind == StepKind::Ask && row)
+            return {wire::nameOf(row->name, wire::Language::Chinese),
+                    wire::nameOf(row->name, wire::Language::English)};
+    }
+    return {};
+}
+
+Case readCase(const QJsonValue &value, const Group &group, const LocalText &usualReason,
+              const QString &place, QString &error)
+{
+    JsonEntry entry(value, place, error);
+    Case made;
+    made.id = group.id + QLatin1Char('.') + entry.text("id");
+    const QString inside = place + QStringLiteral(" (%1)").arg(made.id);
+    made.steps = readSteps(entry.array("steps"), inside, error);
+    made.name = entry.has("name") ? entry.localText("name") : commandName(made.steps);
+    made.reason = entry.has("reason") ? entry.localText("reason") : usualReason;
+    made.isEssential = entry.flag("essential");
+    made.attempts = qBound(1, entry.count("attempts", 1), kMostAttempts);
+    made.links = readLinks(entry);
+    if (made.name.isEmpty() || made.reason.isEmpty())
+        entry.complain(QStringLiteral("a name and a reason are needed"));
+    if (made.steps.isEmpty())
+        entry.complain(QStringLiteral("a case without steps can't fail"));
+    return made;
+}
+
+Measure readMeasure(const QJsonValue &value, const QString &place, QString &error)
+{
+    JsonEntry entry(value, place, error);
+    Measure measure;
+    measure.id = entry.text("id");
+    measure.name = entry.localText("name");
+    measure.frames = framesOf(entry.array("frames"), entry);
+    measure.cycles = entry.count("cycles", 0);
+    measure.every = entry.duration("every", kUsualPace);
+    return measure;
+}
+
+quint8 readEffects(JsonEntry &entry)
+{
+    quint8 effects = kStill;
+    if (!entry.has("effects"))
+        return effects;
+    for (const QString &word : entry.words("effects")) {
+        quint8 effect = kMoves;
+        while (effect <= kRecords && namesOf(effect) != word)
+            effect = quint8(effect << 1);
+        if (effect > kRecords)
+            entry.complain(QStringLiteral("no such effect: ") + word);
+        effects |= effect;
+    }
+    return effects;
+}
+
+/// The frames of a group do nothing but what the group says of itself.
+void holdToEffects(const Group &group, const QVector<QByteArray> &frames, const QString &place,
+                   QString &error)
+{
+    for (const QByteArray &frame : frames) {
+        const quint8 more = effectsOf(frame) & ~group.effects;
+        if (more != kStill && error.isEmpty())
+            error = place + QStringLiteral(": it %1, which the group's \"effects\" don't say")
+                                .arg(namesOf(more));
+    }
+}
+
+void holdToEffects(const Group &group, const QString &file, QString &error)
+{
+    for (const Measure &measure : group.measures)
+        holdToEffects(group, measure.frames, file + ": " + measure.id, error);
+    for (const Case &each : group.cases)
+        for (const Step &step : each.steps)
+            holdToEffects(group, step.writes, file + ": " + each.id, error);
+    for (const Step &step : group.after)
+        holdToEffects(group, step.writes, file + ": after", error);
+}
+
+Group readWhole(const QJsonValue &value, const QString &file, QString &error)
+{
+    JsonEntry entry(value, file, error);
+    Group group;
+    group.id = entry.text("group");
+    group.title = entry.localText("title");
+    group.effects = readEffects(entry);
+    group.isLong = entry.flag("long");
+    group.warning = entry.localText("warning");
+    const LocalText reason = entry.localText("reason");
+    for (const QJsonValue &each : entry.array("measures"))
+        group.measures.append(readMeasure(each, file + QStringLiteral(": measures"), error));
+    for (const QJsonValue &each : entry.array("cases"))
+        group.cases.append(
+            readCase(each, group, reason,
+                     file + QStringLiteral(": cases[%1]").arg(group.cases.size() + 1), error));
+    group.after = readSteps(entry.array("after"), file + QStringLiteral(": after"), error);
+    if (group.effects != kStill && group.warning.isEmpty())
+        entry.complain(QStringLiteral("a group that does something has to warn of it"));
+    return group;
+}
+
+} // namespace
+
+bool readGroup(const QByteArray &json, const QString &file, QVector<Group> &groups, QString &error)
+{
+    QJsonParseError parsed;
+    const QJsonDocument document = QJsonDocument::fromJson(json, &parsed);
+    if (parsed.error != QJsonParseError::NoError) {
+        error = QStringLiteral("%1: line %2: %3")
+                    .arg(file)
+                    .arg(json.left(parsed.offset).count('\n') + 1)
+                    .arg(parsed.errorString());
+        return false;
+    }
+    error.clear();
+    const Group group = readWhole(document.object(), file, error);
+    holdToEffects(group, file, error);
+    if (!error.isEmpty())
+        return false;
+    for (Group &each : groups) {
+        if (each.id == group.id) {
+            each = group;
+            return true;
+        }
+    }
+    groups.append(group);
+    return true;
+}
+
+QStringList shippedFiles()
+{
+    initCases();
+    QStringList files;
+    for (const char *name :
+         {"link", "timing", "protocol", "commands", "payload", "motion", "endurance"})
+        files.append(QStringLiteral(":/nacelle_check/%1.json").arg(QLatin1String(name)));
+    return files;
+}
+
+} // namespace check

@@ -1,0 +1,205 @@
+#include "tools/check/cyclestats.h"
+
+#include "protocol/fields.h"
+#include "tools/check/percentile.h"
+
+#include <algorithm>
+
+namespace check {
+
+namespace {
+
+constexpr int kMostEvidence = 6;
+constexpr std::size_t kMostPassed = 16;
+constexpr std::size_t kMostWaiting = 4096;
+
+quint8 codeOf(const wire::Record &record)
+{
+    const QByteArray &bytes = record.bytes;
+    return bytes.size() > kFrameOverhead ? quint8(bytes[kFixedSize]) : quint8(0);
+}
+
+double milliseconds(QVector<int> times, double share)
+{
+    std::sort(times.begin(), times.end());
+    return percentile(times, share) / 1000.0;
+}
+
+double percent(int part, int whole)
+{
+    return whole == 0 ? 0 : 100.0 * part / whole;
+}
+
+} // namespace
+
+void CycleStats::takeSent(const wire::Record &frame)
+{
+    m_waiting.push_back({sent, codeOf(frame), frame.time});
+    ++sent;
+    if (m_waiting.size() > kMostWaiting) // a pod that fell silent
+        m_waiting.erase(m_waiting.begin());
+}
+
+void CycleStats::takeReceived(const wire::Record &record)
+{
+    const bool isFrame = wire::kindOf(record.bytes) == wire::FrameKind::Gcu;
+    const wire::Verdict verdict = wire::verdictOf(record.bytes);
+    const bool isWhole =
+        wire::lengthOf(record.bytes.constData(), record.bytes.size()) == record.bytes.size();
+    if (isFrame && isWhole && verdict == wire::Verdict::Ok)
+        return takeGood(record);
+    keep(record);
+    if (!isFrame) {
+        noiseBytes += record.bytes.size();
+        return;
+    }
+    ++(isWhole ? badChecksum : badLength);
+    takeBroken();
+}
+
+/// A broken frame has come in place of an answer, so that none is lost.
+void CycleStats::takeBroken()
+{
+    if (m_waiting.empty())
+        return;
+    m_waiting.erase(m_waiting.begin());
+    ++m_broken;
+}
+
+std::size_t CycleStats::waitingFor(quint8 code) const
+{
+    const auto found = std::find_if(m_waiting.begin(), m_waiting.end(),
+                                    [code](const Asked &asked) { return asked.code == code; });
+    return std::size_t(found - m_waiting.begin());
+}
+
+void CycleStats::takeGood(const wire::Record &record)
+{
+    const quint8 code = codeOf(record);
+    const auto late = std::find_if(m_passed.begin(), m_passed.end(),
+                                   [code](const Asked &asked) { return asked.code == code; });
+    std::size_t at = waitingFor(code);
+    if (at != 0 && late != m_passed.end() && code != 0) {
+        ++reordered;
+        keep(record);
+        settle(*late, record.time);
+        m_passed.erase(late);
+        return;
+    }
+    const bool isRepeat = at != 0 && m_lastCode == int(code);
+    if (!isRepeat && at == m_waiting.size())
+        at = 0; // it names none of those that wait
+    if (isRepeat || m_waiting.empty()) {
+        ++doubled;
+        return keep(record);
+    }
+    m_passed.insert(m_passed.end(), m_waiting.begin(), m_waiting.begin() + std::ptrdiff_t(at));
+    if (m_passed.size() > kMostPassed)
+        m_passed.erase(m_passed.begin(), m_passed.end() - kMostPassed);
+    const Asked asked = m_waiting[at];
+    m_waiting.erase(m_waiting.begin(), m_waiting.begin() + std::ptrdiff_t(at) + 1);
+    m_lastCode = asked.code;
+    settle(asked, record.time);
+}
+
+void CycleStats::settle(const Asked &asked, qint64 time)
+{
+    ++answers;
+    answerTimes.append(int(time - asked.time));
+    if (m_lastNumber >= 0 && asked.number == m_lastNumber + 1)
+        periods.append(int(time - m_lastTime));
+    m_lastNumber = asked.number;
+    m_lastTime = time;
+}
+
+void CycleStats::keep(const wire::Record &record)
+{
+    if (evidence.size() < kMostEvidence)
+        evidence.append(record);
+}
+
+int CycleStats::lost() const
+{
+    return sent - answers - m_broken;
+}
+
+const QVector<FigureRow> &figureRows()
+{
+    using S = const CycleStats &;
+    static const QVector<FigureRow> rows{
+        {"sent", {"已发送帧数", "frames sent"}, "", true, [](S s) { return double(s.sent); }},
+        {"answers", {"应答帧数", "answers"}, "", true, [](S s) { return double(s.answers); }},
+        {"lost", {"丢失的应答", "answers lost"}, "", true, [](S s) { return double(s.lost()); }},
+        {"lost_percent",
+         {"应答丢失率", "answers lost"},
+         "%",
+         true,
+         [](S s) { return percent(s.lost(), s.sent); }},
+        {"doubled",
+         {"重复的应答", "answers doubled"},
+         "",
+         true,
+         [](S s) { return double(s.doubled); }},
+        {"reordered",
+         {"乱序的应答", "answers out of order"},
+         "",
+         true,
+         [](S s) { return double(s.reordered); }},
+        {"bad_checksum",
+         {"校验错误的帧", "frames with a wrong checksum"},
+         "",
+         true,
+         [](S s) { return double(s.badChecksum); }},
+        {"bad_length",
+         {"长度错误的帧", "frames with a wrong length"},
+         "",
+         true,
+         [](S s) { return double(s.badLength); }},
+        {"noise_bytes",
+         {"帧间杂散字节", "bytes between frames"},
+         "B",
+         true,
+         [](S s) { return double(s.noiseBytes); }},
+        {"answer_median",
+         {"应答时间中位数", "answer time, median"},
+         "ms",
+         false,
+         [](S s) { return milliseconds(s.answerTimes, 0.5); }},
+        {"answer_p99",
+         {"应答时间99百分位", "answer time, 99th percentile"},
+         "ms",
+         false,
+         [](S s) { return milliseconds(s.answerTimes, 0.99); }},
+        {"answer_worst",
+         {"应答时间最大值", "answer time, worst"},
+         "ms",
+         false,
+         [](S s) { return milliseconds(s.answerTimes, 1); }},
+        {"period_median",
+         {"应答周期中位数", "period of answers, median"},
+         "ms",
+         false,
+         [](S s) { return milliseconds(s.periods, 0.5); }},
+        {"period_p99",
+         {"应答周期99百分位", "period of answers, 99th percentile"},
+         "ms",
+         false,
+         [](S s) { return milliseconds(s.periods, 0.99); }},
+        {"period_worst",
+         {"应答周期最大值", "period of answers, worst"},
+         "ms",
+         false,
+         [](S s) { return milliseconds(s.periods, 1); }},
+    };
+    return rows;
+}
+
+const FigureRow *figureRow(const QString &id)
+{
+    for (const FigureRow &row : figureRows())
+        if (id == QLatin1String(row.id))
+            return &row;
+    return nullptr;
+}
+
+} // namespace check

@@ -1,0 +1,72 @@
+#include "protocol/hostframe.h"
+#include "tools/check/cases.h"
+#include "tools/wire/framefields.h"
+
+#include <array>
+
+namespace check {
+
+namespace {
+
+struct EffectRow
+{
+    quint8 code;
+    quint8 effect;
+    bool isByState; ///< only with a parameter other than 0
+};
+
+/// Commands that do something; those that aren't here change no more than the picture's settings.
+constexpr std::array<EffectRow, 21> kEffectRows{{
+    {0x01, kMoves, false}, {0x03, kMoves, false},   {0x10, kMoves, false},   {0x11, kMoves, false},
+    {0x12, kMoves, false}, {0x13, kMoves, false},   {0x14, kMoves, false},   {0x15, kMoves, false},
+    {0x16, kMoves, false}, {0x17, kMoves, false},   {0x1A, kMoves, false},   {0x1B, kMoves, false},
+    {0x1C, kMoves, false}, {0x20, kRecords, false}, {0x21, kRecords, false}, {0x22, kZooms, false},
+    {0x23, kZooms, false}, {0x25, kZooms, false},   {0x26, kZooms, false},   {0x80, kLights, true},
+    {0x81, kLights, true},
+}};
+
+struct EffectName
+{
+    quint8 effect;
+    const char *name;
+};
+
+constexpr std::array<EffectName, 4> kEffectNames{
+    {{kMoves, "moves"}, {kZooms, "zooms"}, {kLights, "lights"}, {kRecords, "records"}}};
+
+constexpr int kControlOffset = 5;
+constexpr int kControlSize = 6;
+constexpr int kFlagsOffset = 11;
+constexpr char kControlValid = 0x04;
+
+} // namespace
+
+quint8 effectsOf(const QByteArray &frame)
+{
+    if (wire::kindOf(frame) != wire::FrameKind::Host || frame.size() <= kFixedSize)
+        return kStill;
+    quint8 effects = kStill;
+    const bool isSteered = (frame[kFlagsOffset] & kControlValid) != 0 &&
+                           frame.mid(kControlOffset, kControlSize).count('\0') < kControlSize;
+    if (isSteered)
+        effects |= kMoves;
+    const wire::Span area = wire::areaOf(wire::FrameKind::Host, frame.constData(), frame.size());
+    const QByteArray bytes = frame.mid(area.offset, area.size);
+    for (const EffectRow &row : kEffectRows) {
+        const bool isOff = row.isByState && bytes.mid(1).count('\0') == bytes.size() - 1;
+        if (!bytes.isEmpty() && quint8(bytes[0]) == row.code && !isOff)
+            effects |= row.effect;
+    }
+    return effects;
+}
+
+QString namesOf(quint8 effects)
+{
+    QStringList names;
+    for (const EffectName &row : kEffectNames)
+        if ((effects & row.effect) != 0)
+            names.append(QLatin1String(row.name));
+    return names.join(QStringLiteral(", "));
+}
+
+} // namespace check

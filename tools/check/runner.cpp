@@ -1,0 +1,189 @@
+#include "tools/check/runner.h"
+
+#include "tools/check/judge.h"
+
+#include <algorithm>
+
+namespace check {
+
+namespace {
+
+constexpr qint64 kQuietTime = 120000; // microseconds, after which nothing more is on its way
+constexpr qint64 kQuietLimit = 3000000;
+constexpr qint64 kLeaveTime = 2000000;
+constexpr int kVersionOffset = 4;
+constexpr int kHardwareOffset = 38;
+
+LocalText notOver(wire::LinkAddress::Kind kind)
+{
+    const char *const names[] = {"TCP", "TCP", "UDP", "serial"};
+    const QString name = QLatin1String(names[kind]);
+    return {QStringLiteral("%1链路上不适用").arg(name),
+            QStringLiteral("doesn't apply over %1").arg(name)};
+}
+
+} // namespace
+
+Runner::Runner(PodLine &line, const Plan &plan, Watcher &watcher)
+    : m_line(line), m_plan(plan), m_watcher(watcher)
+{
+}
+
+void Runner::run(SessionResult &result)
+{
+    for (const Group &group : m_plan.groups)
+        result.groups.append({group.id, group.title});
+    for (const Group &group : m_plan.groups)
+        runGroup(group, result);
+    result.versions = m_versions;
+    result.ending = m_line.isLost()      ? Ending::LinkLost
+                    : m_line.isStopped() ? Ending::BrokenOff
+                                         : Ending::Whole;
+    result.lossReason = m_line.isLost() ? m_line.reason() : QString();
+    for (const Group &group : m_plan.measured)
+        for (const Measure &measure : group.measures)
+            if (m_stats.contains(measure.id))
+                result.series.append({measure.id, measure.name, m_stats[measure.id].answerTimes,
+                                      m_stats[measure.id].periods});
+}
+
+void Runner::runGroup(const Group &group, SessionResult &result)
+{
+    m_watcher.groupBegins(group);
+    m_hasMoved = false;
+    for (const Case &each : group.cases) {
+        m_watcher.caseBegins(each);
+        CaseResult done = runCase(each);
+        done.group = group.id;
+        m_watcher.caseEnds(done);
+        result.cases.append(done);
+    }
+    leaveInOrder(group);
+}
+
+/// The last steps of a group go out also when the user has stopped it in the middle.
+void Runner::leaveInOrder(const Group &group)
+{
+    if (!m_hasMoved || m_line.isLost())
+        return;
+    const bool wasStopped = m_line.isStopped();
+    m_line.resume();
+    for (Step step : group.after) {
+        step.time = qMin(step.time, kLeaveTime);
+        runStep(step);
+    }
+    if (wasStopped)
+        m_line.stop();
+}
+
+/// Why a case can't be judged, as far as that is known before.
+Outcome Runner::whyNot(const Case &each) const
+{
+    const auto notJudged = [](const LocalText &why) {
+        return Outcome{Judgement::NotJudged, why, {}};
+    };
+    if (m_line.isLost())
+        return notJudged({QStringLiteral("链路已中断"), QStringLiteral("the link was lost")});
+    if (m_line.isStopped())
+        return notJudged({QStringLiteral("操作员中断"), QStringLiteral("broken off by the user")});
+    if (!m_essential.isEmpty())
+        return notJudged(m_essential);
+    if (!each.links.isEmpty() && !each.links.contains(m_line.kind()))
+        return notJudged(notOver(m_line.kind()));
+    return {};
+}
+
+CaseResult Runner::runCase(const Case &each)
+{
+    CaseResult result;
+    result.id = each.id;
+    result.name = each.name;
+    result.reason = each.reason;
+    QElapsedTimer timer;
+    timer.start();
+    Outcome outcome = whyNot(each);
+    const bool isRun = outcome.judgement == Judgement::Passed;
+    for (int i = 1; isRun && i <= each.attempts; ++i) {
+        result.attempts = i;
+        outcome = attempt(each);
+        if (outcome.judgement != Judgement::Failed || !m_line.isUsable())
+            break;
+    }
+    result.judgement = outcome.judgement;
+    result.why = outcome.why;
+    result.evidence = outcome.evidence;
+    result.figures = m_figures;
+    result.seconds = double(timer.nsecsElapsed()) * 1e-9;
+    if (isRun && each.isEssential && outcome.judgement == Judgement::Failed)
+        m_essential = {QStringLiteral("“%1”未通过").arg(each.name.zh),
+                       QStringLiteral("\"%1\" has failed").arg(each.name.en)};
+    m_figures.clear();
+    return result;
+}
+
+Outcome Runner::attempt(const Case &each)
+{
+    m_figures.clear();
+    m_remembered.clear();
+    m_sent = m_answer = {};
+    if (each.steps.front().kind != StepKind::Measure)
+        settle();
+    for (const Step &step : each.steps) {
+        const Outcome outcome = runStep(step);
+        if (!m_line.isUsable())
+            return broken();
+        if (outcome.judgement != Judgement::Passed)
+            return outcome;
+    }
+    return {};
+}
+
+/// A case under way when the line ended: failed by the pod, or not judged for the user's wish.
+Outcome Runner::broken() const
+{
+    if (m_line.isLost())
+        return failed({QStringLiteral("链路中断：%1").arg(m_line.reason()),
+                       QStringLiteral("the link was lost: %1").arg(m_line.reason())});
+    return {Judgement::NotJudged,
+            {QStringLiteral("操作员中断"), QStringLiteral("broken off by the user")},
+            {}};
+}
+
+/// Waits until nothing more comes of what was asked before.
+void Runner::settle()
+{
+    const qint64 limit = m_line.now() + kQuietLimit;
+    const PodLine::Take any = [this](const wire::Record &record) {
+        noteAnswer(record);
+        return true;
+    };
+    while (m_line.isUsable() && m_line.now() < limit)
+        if (!m_line.listen(m_line.now() + kQuietTime + m_slowest, any))
+            return;
+    m_isTalkative = m_line.isUsable();
+}
+
+void Runner::noteAnswer(const wire::Record &record)
+{
+    if (!isGoodAnswer(record))
+        return;
+    m_answer = record;
+    if (m_versions.areKnown)
+        return;
+    const QByteArray &bytes = record.bytes;
+    m_versions = {true, quint8(bytes[kVersionOffset]), quint8(bytes[kHardwareOffset]),
+                  quint8(bytes[kHardwareOffset + 1]), quint8(bytes[kHardwareOffset + 2])};
+}
+
+Outcome Runner::failed(const LocalText &why) const
+{
+    Outcome outcome{Judgement::Failed, why, {}};
+    for (const wire::Record *record : {&m_sent, &m_answer})
+        if (!record->bytes.isEmpty())
+            outcome.evidence.append(*record);
+    std::stable_sort(outcome.evidence.begin(), outcome.evidence.end(),
+                     [](const wire::Record &a, const wire::Record &b) { return a.time < b.time; });
+    return outcome;
+}
+
+} // namespace check

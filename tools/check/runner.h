@@ -1,0 +1,93 @@
+#pragma once
+
+#include "tools/check/cases.h"
+#include "tools/check/cyclestats.h"
+#include "tools/check/podline.h"
+#include "tools/check/results.h"
+
+#include <QElapsedTimer>
+#include <QMap>
+
+namespace check {
+
+/// What the user wants of the groups.
+struct Plan
+{
+    QVector<Group> groups;   ///< in the order of their running
+    QVector<Group> measured; ///< whose measures the cases may name; all that there are
+    int cycles = 0;          ///< in place of those of the measures; 0 for theirs
+    double minutes = 0;      ///< of the measures that have no cycles
+};
+
+/// Gets what happens while it does.
+class Watcher
+{
+public:
+    virtual ~Watcher() = default;
+    virtual void groupBegins(const Group &) {}
+    virtual void caseBegins(const Case &) {}
+    /// A long step has come so far.
+    virtual void progress(qint64 done, qint64 whole) = 0;
+    virtual void caseEnds(const CaseResult &result) = 0;
+};
+
+/// How a step, or a case, ended.
+struct Outcome
+{
+    Judgement judgement = Judgement::Passed;
+    LocalText why;
+    QVector<wire::Record> evidence;
+};
+
+/// Runs groups of cases over an open line, one case after another.
+class Runner
+{
+public:
+    Runner(PodLine &line, const Plan &plan, Watcher &watcher);
+    /// Fills groups, cases, series, versions and ending.
+    void run(SessionResult &result);
+
+private:
+    void runGroup(const Group &group, SessionResult &result);
+    void leaveInOrder(const Group &group);
+    CaseResult runCase(const Case &each);
+    Outcome attempt(const Case &each);
+    Outcome whyNot(const Case &each) const;
+    Outcome broken() const;
+    void settle();
+
+    Outcome runStep(const Step &step);
+    Outcome ask(const Step &step);
+    Outcome send(const Step &step);
+    Outcome answer(const Step &step);
+    Outcome quiet(const Step &step);
+    Outcome hold(const Step &step);
+    Outcome reach(const Step &step);
+    Outcome remember(const Step &step);
+    Outcome measured(const Step &step);
+
+    /// Sends the step's frame at its pace while `take` says no, for the step's time. True when it
+    /// said yes.
+    bool sendUntil(const Step &step, const PodLine::Take &take);
+    void write(const QByteArray &bytes);
+    const Measure *measureOf(const QString &id) const;
+    void makeStats(const Measure &measure, CycleStats &stats);
+    void noteAnswer(const wire::Record &record);
+    Outcome failed(const LocalText &why) const;
+
+    PodLine &m_line;
+    const Plan &m_plan;
+    Watcher &m_watcher;
+    QMap<QString, CycleStats> m_stats;
+    QMap<QString, double> m_remembered;
+    QVector<Figure> m_figures; ///< of the case that runs
+    wire::Record m_sent;       ///< the newest
+    wire::Record m_answer;     ///< the newest good one
+    Versions m_versions;
+    LocalText m_essential;      ///< why nothing more can be judged
+    qint64 m_slowest = 0;       ///< microseconds that an answer has taken so far
+    bool m_isTalkative = false; ///< the pod sends without being asked
+    bool m_hasMoved = false;
+};
+
+} // namespace check
