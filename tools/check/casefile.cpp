@@ -106,7 +106,7 @@ void readAsk(JsonEntry &entry, QString &error, Step &step)
     step.conditions = readConditions(entry.object("expect"), entry, error);
 }
 
-/// The length field one greater, or the checksum's bits turned round.
+/// The length field one less than it should be, or the checksum's last byte turned round.
 void spoil(const QString &what, QByteArray &bytes, JsonEntry &entry)
 {
     if (bytes.size() < kFrameOverhead)
@@ -114,7 +114,7 @@ void spoil(const QString &what, QByteArray &bytes, JsonEntry &entry)
     if (what == QLatin1String("checksum")) {
         bytes[bytes.size() - 1] = char(~bytes[bytes.size() - 1]);
     } else if (what == QLatin1String("length")) {
-        bytes[2] = char(bytes[2] + 1);
+        bytes[2] = char(bytes[2] - 1);
         bytes.chop(2);
         const quint16 crc = crc16(bytes.constData(), quint8(bytes.size()));
         bytes += char(crc >> 8);
@@ -283,6 +283,19 @@ LocalText commandName(const QVector<Step> &steps)
     return {};
 }
 
+/// What a condition is compared with has been remembered by a step before.
+void holdToNames(const QVector<Step> &steps, JsonEntry &entry)
+{
+    QStringList known;
+    for (const Step &step : steps) {
+        for (const Condition &condition : step.conditions)
+            if (!condition.remembered.isEmpty() && !known.contains(condition.remembered))
+                entry.complain(
+                    QStringLiteral("nothing is remembered as \"%1\"").arg(condition.remembered));
+        known.append(step.kind == StepKind::Remember ? step.name : QString());
+    }
+}
+
 Case readCase(const QJsonValue &value, const Group &group, const LocalText &usualReason,
               const QString &place, QString &error)
 {
@@ -291,6 +304,7 @@ Case readCase(const QJsonValue &value, const Group &group, const LocalText &usua
     made.id = group.id + QLatin1Char('.') + entry.text("id");
     const QString inside = place + QStringLiteral(" (%1)").arg(made.id);
     made.steps = readSteps(entry.array("steps"), inside, error);
+    holdToNames(made.steps, entry);
     made.name = entry.has("name") ? entry.localText("name") : commandName(made.steps);
     made.reason = entry.has("reason") ? entry.localText("reason") : usualReason;
     made.isEssential = entry.flag("essential");
@@ -332,26 +346,25 @@ quint8 readEffects(JsonEntry &entry)
 }
 
 /// The frames of a group do nothing but what the group says of itself.
-void holdToEffects(const Group &group, const QVector<QByteArray> &frames, const QString &place,
-                   QString &error)
+void holdToEffects(const Group &group, quint8 effects, const QString &place, QString &error)
 {
-    for (const QByteArray &frame : frames) {
-        const quint8 more = effectsOf(frame) & ~group.effects;
-        if (more != kStill && error.isEmpty())
-            error = place + QStringLiteral(": it %1, which the group's \"effects\" don't say")
-                                .arg(namesOf(more));
-    }
+    const quint8 more = effects & quint8(~group.effects);
+    if (more != kStill && error.isEmpty())
+        error =
+            place +
+            QStringLiteral(": it %1, which the group's \"effects\" don't say").arg(namesOf(more));
 }
 
 void holdToEffects(const Group &group, const QString &file, QString &error)
 {
     for (const Measure &measure : group.measures)
-        holdToEffects(group, measure.frames, file + ": " + measure.id, error);
+        for (const QByteArray &frame : measure.frames)
+            holdToEffects(group, effectsOf(frame), file + ": " + measure.id, error);
     for (const Case &each : group.cases)
         for (const Step &step : each.steps)
-            holdToEffects(group, step.writes, file + ": " + each.id, error);
+            holdToEffects(group, effectsOf(step), file + ": " + each.id, error);
     for (const Step &step : group.after)
-        holdToEffects(group, step.writes, file + ": after", error);
+        holdToEffects(group, effectsOf(step), file + ": after", error);
 }
 
 Group readWhole(const QJsonValue &value, const QString &file, QString &error)

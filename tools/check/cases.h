@@ -103,8 +103,10 @@ bool readGroup(const QByteArray &json, const QString &file, QVector<Group> &grou
 /// The files that come with the tool, in the order of their running.
 QStringList shippedFiles();
 
-/// What the bytes of a host frame do to a pod, whether by their command or by control inputs.
-quint8 effectsOf(const QByteArray &frame);
+/// What the host frames in some bytes do to a pod, whether by their command or by control inputs;
+/// and those of all that a step writes.
+quint8 effectsOf(const QByteArray &bytes);
+quint8 effectsOf(const Step &step);
 
 /// Names of effects, as case files have them: "moves, lights".
 QString namesOf(quint8 effects);

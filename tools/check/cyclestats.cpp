@@ -10,7 +10,7 @@ namespace check {
 namespace {
 
 constexpr int kMostEvidence = 6;
-constexpr std::size_t kMostPassed = 16;
+constexpr int kLatest = 16; // frames after its own that an answer may come
 constexpr std::size_t kMostWaiting = 4096;
 
 quint8 codeOf(const wire::Record &record)
@@ -76,26 +76,29 @@ std::size_t CycleStats::waitingFor(quint8 code) const
 void CycleStats::takeGood(const wire::Record &record)
 {
     const quint8 code = codeOf(record);
+    // What comes later still is lost.
+    m_passed.erase(
+        std::remove_if(m_passed.begin(), m_passed.end(),
+                       [this](const Asked &asked) { return asked.number + kLatest < sent; }),
+        m_passed.end());
     const auto late = std::find_if(m_passed.begin(), m_passed.end(),
                                    [code](const Asked &asked) { return asked.code == code; });
     std::size_t at = waitingFor(code);
-    if (at != 0 && late != m_passed.end() && code != 0) {
+    const bool isNext = at == 0 && !m_waiting.empty();
+    if (!isNext && late != m_passed.end() && code != 0) {
         ++reordered;
         keep(record);
         settle(*late, record.time);
         m_passed.erase(late);
         return;
     }
-    const bool isRepeat = at != 0 && m_lastCode == int(code);
-    if (!isRepeat && at == m_waiting.size())
-        at = 0; // it names none of those that wait
-    if (isRepeat || m_waiting.empty()) {
+    if (m_waiting.empty() || (!isNext && m_lastCode == int(code))) {
         ++doubled;
         return keep(record);
     }
+    if (at == m_waiting.size())
+        at = 0; // it names none of those that wait
     m_passed.insert(m_passed.end(), m_waiting.begin(), m_waiting.begin() + std::ptrdiff_t(at));
-    if (m_passed.size() > kMostPassed)
-        m_passed.erase(m_passed.begin(), m_passed.end() - kMostPassed);
     const Asked asked = m_waiting[at];
     m_waiting.erase(m_waiting.begin(), m_waiting.begin() + std::ptrdiff_t(at) + 1);
     m_lastCode = asked.code;

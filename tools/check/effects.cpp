@@ -39,25 +39,43 @@ constexpr int kControlSize = 6;
 constexpr int kFlagsOffset = 11;
 constexpr char kControlValid = 0x04;
 
-} // namespace
-
-quint8 effectsOf(const QByteArray &frame)
+/// Of the frame that the bytes begin with.
+quint8 effectsOfFrame(const QByteArray &frame)
 {
-    if (wire::kindOf(frame) != wire::FrameKind::Host || frame.size() <= kFixedSize)
-        return kStill;
     quint8 effects = kStill;
     const bool isSteered = (frame[kFlagsOffset] & kControlValid) != 0 &&
                            frame.mid(kControlOffset, kControlSize).count('\0') < kControlSize;
     if (isSteered)
         effects |= kMoves;
-    const wire::Span area = wire::areaOf(wire::FrameKind::Host, frame.constData(), frame.size());
-    const QByteArray bytes = frame.mid(area.offset, area.size);
+    const wire::Span span = wire::areaOf(wire::FrameKind::Host, frame.constData(), frame.size());
+    const QByteArray area = frame.mid(span.offset, span.size);
     for (const EffectRow &row : kEffectRows) {
-        const bool isOff = row.isByState && bytes.mid(1).count('\0') == bytes.size() - 1;
-        if (!bytes.isEmpty() && quint8(bytes[0]) == row.code && !isOff)
+        const bool isOff = row.isByState && area.mid(1).count('\0') == area.size() - 1;
+        if (!area.isEmpty() && quint8(area[0]) == row.code && !isOff)
             effects |= row.effect;
     }
     return effects;
+}
+
+} // namespace
+
+quint8 effectsOf(const QByteArray &bytes)
+{
+    quint8 effects = kStill;
+    for (int at = 0; at + kFrameOverhead < bytes.size(); ++at) {
+        const QByteArray rest = bytes.mid(at);
+        if (wire::kindOf(rest) == wire::FrameKind::Host)
+            effects |= effectsOfFrame(rest);
+    }
+    return effects;
+}
+
+quint8 effectsOf(const Step &step)
+{
+    QByteArray all; // pieces of a frame are a frame
+    for (const QByteArray &bytes : step.writes)
+        all += bytes;
+    return effectsOf(all);
 }
 
 QString namesOf(quint8 effects)

@@ -114,11 +114,24 @@ CaseResult Runner::runCase(const Case &each)
     result.evidence = outcome.evidence;
     result.figures = m_figures;
     result.seconds = double(timer.nsecsElapsed()) * 1e-9;
-    if (isRun && each.isEssential && outcome.judgement == Judgement::Failed)
-        m_essential = {QStringLiteral("“%1”未通过").arg(each.name.zh),
-                       QStringLiteral("\"%1\" has failed").arg(each.name.en)};
     m_figures.clear();
+    if (each.isEssential)
+        m_essentialCase = &each;
+    if (isRun && outcome.judgement == Judgement::Failed)
+        lookForAnswers(each);
     return result;
+}
+
+/// After a failure: whether there is any sense in going on.
+void Runner::lookForAnswers(const Case &failedCase)
+{
+    if (failedCase.isEssential)
+        m_essential = {QStringLiteral("“%1”未通过").arg(failedCase.name.zh),
+                       QStringLiteral("\"%1\" has failed").arg(failedCase.name.en)};
+    else if (m_essentialCase && m_answer.bytes.isEmpty() &&
+             attempt(*m_essentialCase).judgement == Judgement::Failed)
+        m_essential = {QStringLiteral("吊舱不再应答"),
+                       QStringLiteral("the pod doesn't answer any more")};
 }
 
 Outcome Runner::attempt(const Case &each)

@@ -52,6 +52,7 @@ private:
     void leaveInOrder(const Group &group);
     CaseResult runCase(const Case &each);
     Outcome attempt(const Case &each);
+    void lookForAnswers(const Case &failedCase);
     Outcome whyNot(const Case &each) const;
     Outcome broken() const;
     void settle();
@@ -84,9 +85,10 @@ private:
     wire::Record m_sent;       ///< the newest
     wire::Record m_answer;     ///< the newest good one
     Versions m_versions;
-    LocalText m_essential;      ///< why nothing more can be judged
-    qint64 m_slowest = 0;       ///< microseconds that an answer has taken so far
-    bool m_isTalkative = false; ///< the pod sends without being asked
+    const Case *m_essentialCase = nullptr; ///< the newest
+    LocalText m_essential;                 ///< why nothing more can be judged
+    qint64 m_slowest = 0;                  ///< microseconds that an answer has taken so far
+    bool m_isTalkative = false;            ///< the pod sends without being asked
     bool m_hasMoved = false;
 };
 

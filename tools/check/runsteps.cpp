@@ -65,12 +65,12 @@ Outcome Runner::runStep(const Step &step)
         &Runner::ask,  &Runner::send,  &Runner::answer,   &Runner::quiet,
         &Runner::hold, &Runner::reach, &Runner::remember, &Runner::measured,
     };
+    m_hasMoved = m_hasMoved || (effectsOf(step) & kMoves) != 0;
     return (this->*kSteps[int(step.kind)])(step);
 }
 
 void Runner::write(const QByteArray &bytes)
 {
-    m_hasMoved = m_hasMoved || (effectsOf(bytes) & kMoves) != 0;
     m_sent = m_line.send(bytes);
 }
 

@@ -1,0 +1,271 @@
+#include "protocol/codec.h"
+#include "tests/support/strictmain.h"
+#include "tools/check/cases.h"
+#include "tools/check/cyclestats.h"
+#include "tools/check/judge.h"
+
+#include <QFile>
+
+using namespace check;
+
+namespace {
+
+/// A GCU frame with that feedback in digits.
+QByteArray answerWith(const QByteArray &feedback)
+{
+    const QByteArray area = QByteArray::fromHex(feedback);
+    QByteArray frame = QByteArray::fromHex("8A5E") + char(71 + area.size()) + '\0' + '\x01';
+    frame += QByteArray(64, '\0') + area;
+    appendCrc(frame);
+    return frame;
+}
+
+QByteArray hostWith(const QByteArray &area)
+{
+    QByteArray frame = QByteArray::fromHex("A8E5") + char(71 + area.size() / 2) + '\0' + '\x01';
+    frame += QByteArray(64, '\0') + QByteArray::fromHex(area);
+    appendCrc(frame);
+    return frame;
+}
+
+/// What a word of a session stands for: `s24` a sent command, `a24` its answer, `a` an answer
+/// without feedback, `crc`, `long` and `noise` what isn't an answer.
+wire::Record recordOf(const QByteArray &word, qint64 time)
+{
+    wire::Record record;
+    record.time = time;
+    record.direction = word[0] == 's' ? wire::Direction::Tx : wire::Direction::Rx;
+    record.bytes = word[0] == 's'                  ? hostWith(word.mid(1))
+                   : word == "noise"               ? QByteArray("\x01\x02\x03", 3)
+                   : word == "a" || word[0] != 'a' ? answerWith({})
+                                                   : answerWith(word.mid(1) + "00");
+    if (word == "crc")
+        record.bytes[70] = char(~record.bytes[70]);
+    if (word == "long")
+        record.bytes[2] = 72;
+    return record;
+}
+
+/// A file with one case, whose steps are given.
+QByteArray fileWith(const QByteArray &steps, const QByteArray &more = {})
+{
+    return R"({"group": "g", "title": {"zh": "组", "en": "group"}, )" + more +
+           R"("reason": {"zh": "因", "en": "why"}, "cases": [{"id": "c",)"
+           R"( "name": {"zh": "名", "en": "name"}, "steps": )" +
+           steps + "}]}";
+}
+
+} // namespace
+
+class tst_checkcases : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void mistakesInFiles_data();
+    void mistakesInFiles();
+    void shippedCases();
+    void ownCases();
+    void cycles_data();
+    void cycles();
+    void conditions_data();
+    void conditions();
+};
+
+void tst_checkcases::mistakesInFiles_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QString>("error");
+    const struct
+    {
+        const char *name;
+        QByteArray file;
+        const char *error;
+    } rows[] = {
+        {"no JSON", "{\n\n  nonsense", "f.json: line 3: "},
+        {"a key too many", fileWith(R"([{"ask": {}, "whithin": "2s"}])"),
+         "\"whithin\" isn't known"},
+        {"no steps", fileWith("[]"), "a case without steps can't fail"},
+        {"no such step", fileWith(R"([{"wait": "2s"}])"), "a step is one of ask, send"},
+        {"no such field", fileWith(R"([{"ask": {}, "expect": {"rol": 1}}])"),
+         "no such field of an answer: rol"},
+        {"a field without a place", fileWith(R"([{"ask": {}, "expect": {"crc": "0000"}}])"),
+         "no such field of an answer: crc"},
+        {"no such command", fileWith(R"([{"ask": {"command": {"name": "fly"}}}])"),
+         "no such command: fly"},
+        {"no time", fileWith(R"([{"ask": {}, "within": "soon"}])"), "a time as 30ms or 2s"},
+        {"no such value", fileWith(R"([{"measure": "cycle", "value": "luck"}])"),
+         "no such value: luck"},
+        {"no such result", fileWith(R"([{"ask": {}, "result": "maybe"}])"), "\"result\": one of"},
+        {"nothing remembered",
+         fileWith(R"([{"ask": {}, "expect": {"absolute_yaw": {"near": "x", "within": 1}}}])"),
+         "nothing is remembered as \"x\""},
+        {"digits", fileWith(R"([{"send": {}, "bytes": "A8E"}])"), "hexadecimal digits"},
+        {"it moves", fileWith(R"([{"ask": {"command": {"name": "recentre"}}}])"),
+         "it moves, which the group's \"effects\" don't say"},
+        {"control inputs move",
+         fileWith(R"([{"send": {"fields": {"yaw_control": 100, "flags": 4}}}])"), "it moves"},
+        {"bytes move", // recentre, behind a frame that does nothing
+         fileWith(R"([{"send": {}, "frames": [{}, {"command": {"name": "recentre"}}]}])"),
+         "it moves"},
+        {"light", fileWith(R"([{"ask": {"command": {"name": "light", "params": {"state": 5}}}}])"),
+         "it lights"},
+        {"no warning",
+         fileWith(R"([{"ask": {"command": {"name": "recentre"}}}])", R"("effects": ["moves"],)"),
+         "has to warn of it"},
+    };
+    for (const auto &row : rows)
+        QTest::newRow(row.name) << row.file << QString(row.error);
+}
+
+void tst_checkcases::mistakesInFiles()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(QString, error);
+    QVector<Group> groups;
+    QString said;
+    QVERIFY(!readGroup(file, "f.json", groups, said));
+    QVERIFY2(said.contains(error) && said.startsWith("f.json"), qPrintable(said));
+    QVERIFY(groups.isEmpty());
+}
+
+/// What runs without being named does nothing to the pod, by the bytes of its frames.
+void tst_checkcases::shippedCases()
+{
+    QVector<Group> groups;
+    QString error;
+    for (const QString &path : shippedFiles()) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY2(readGroup(file.readAll(), path, groups, error), qPrintable(error));
+    }
+    QStringList still, other;
+    for (const Group &group : groups)
+        (group.effects == kStill ? still : other).append(group.id);
+    QCOMPARE(still, QStringList({"link", "timing", "protocol", "commands", "endurance"}));
+    QCOMPARE(other, QStringList({"payload", "motion"}));
+    QCOMPARE(namesOf(effectsOf(QByteArray::fromHex(
+                 "A8E5480001000000000000000000000000000000000000000000000000000000000000000001"
+                 "00000000000000000000000000000000000000000000000000000000000000037BA9"))),
+             QString("moves"));
+}
+
+void tst_checkcases::ownCases()
+{
+    QVector<Group> groups;
+    QString error;
+    QVERIFY(readGroup(fileWith(R"([{"ask": {}}])"), "f.json", groups, error));
+    QVERIFY(readGroup(fileWith(R"([{"ask": {}}, {"quiet": "1s"}])"), "f.json", groups, error));
+    QCOMPARE(groups.size(), 1);
+    QCOMPARE(groups.at(0).cases.at(0).steps.size(), 2);
+    QCOMPARE(groups.at(0).cases.at(0).id, QString("g.c"));
+}
+
+void tst_checkcases::cycles_data()
+{
+    QTest::addColumn<QByteArray>("session");
+    QTest::addColumn<QVector<double>>("values"); // lost, doubled, reordered, bad, long, noise
+    const struct
+    {
+        const char *name;
+        QByteArray session;
+        QVector<double> values;
+    } rows[] = {
+        {"whole", "s24 a24 s75 a75 s80 a80 s07 a07 s24 a24", {0, 0, 0, 0, 0, 0}},
+        {"slow", "s24 s75 s80 a24 s07 a75 s24 a80 a07 a24", {0, 0, 0, 0, 0, 0}},
+        {"lost", "s24 a24 s75 s80 a80 s07 a07 s24 a24 s75 a75", {1, 0, 0, 0, 0, 0}},
+        {"the last one lost", "s24 a24 s75", {1, 0, 0, 0, 0, 0}},
+        {"all lost", "s24 s75 s80 s07", {4, 0, 0, 0, 0, 0}},
+        {"doubled", "s24 a24 a24 s75 a75 s80 a80 a80", {0, 2, 0, 0, 0, 0}},
+        {"doubled by a slow pod",
+         "s24 s75 s80 a24 a24 a75 s07 s24 a80 a07 a24",
+         {0, 1, 0, 0, 0, 0}},
+        {"in another order", "s24 a24 s75 s80 a80 a75 s07 a07", {0, 0, 1, 0, 0, 0}},
+        {"a wrong checksum", "s24 crc s75 a75 s80 a80", {0, 0, 0, 1, 0, 0}},
+        {"a wrong length", "s24 a24 s75 long s80 a80", {0, 0, 0, 0, 1, 0}},
+        {"noise", "s24 noise a24 s75 noise a75", {0, 0, 0, 0, 0, 6}},
+        {"no feedback", "s24 a s75 a s80 a s07 a", {0, 0, 0, 0, 0, 0}},
+        {"no feedback, one lost", "s24 a s75 s80 a s07 a", {1, 0, 0, 0, 0, 0}},
+    };
+    for (const auto &row : rows)
+        QTest::newRow(row.name) << row.session << row.values;
+}
+
+void tst_checkcases::cycles()
+{
+    QFETCH(QByteArray, session);
+    QFETCH(QVector<double>, values);
+    CycleStats stats;
+    qint64 time = 1000000;
+    for (const QByteArray &word : session.split(' ')) {
+        const wire::Record record = recordOf(word, time += 5000);
+        if (word[0] == 's')
+            stats.takeSent(record);
+        else
+            stats.takeReceived(record);
+    }
+    const char *const ids[] = {"lost",         "doubled",    "reordered",
+                               "bad_checksum", "bad_length", "noise_bytes"};
+    QVector<double> found;
+    for (const char *id : ids)
+        found.append(figureRow(id)->of(stats));
+    QCOMPARE(found, values);
+    if (session == "s24 a24 s75 a75 s80 a80 s07 a07 s24 a24") {
+        QCOMPARE(figureRow("answer_worst")->of(stats), 5.0);
+        QCOMPARE(figureRow("period_median")->of(stats), 10.0);
+        QCOMPARE(figureRow("answers")->of(stats), 5.0);
+    }
+}
+
+void tst_checkcases::conditions_data()
+{
+    QTest::addColumn<QByteArray>("expect");
+    QTest::addColumn<QString>("why"); // nothing where the answer is as it should be
+    const struct
+    {
+        const char *expect;
+        const char *why;
+    } rows[] = {
+        {R"("version": 1)", ""},
+        {R"("version": 2)", "Version is 1, wanted 2"},
+        {R"("length": [71, 73])", ""},
+        {R"("length": 72)", "Frame length is 73, wanted 72"},
+        {R"("mode": ["lock", "follow"])", ""},
+        {R"("mode": "LOCK")", "Pod work mode is follow, wanted LOCK"},
+        {R"("reserved1": "00000000000000")", ""},
+        {R"("reserved2": "000000000001")", "Reserved is 000000000000, wanted 000000000001"},
+        {R"("camera_status": {"bits": "FF1F"})", ""},
+        {R"("camera_status": {"bits": "EF1F"})", "Pod status flags is 1000, wanted & EF1F"},
+        {R"("absolute_pitch": {"least": -90, "most": -12.34})", ""},
+        {R"("absolute_pitch": {"least": -12.33})", "Camera abs. pitch is -12.34, wanted >= -12.33"},
+        {R"("absolute_yaw": {"near": 1, "within": 2.5, "turns": true})", ""},
+        {R"("absolute_yaw": {"near": 1, "within": 2.5})", "Camera abs. yaw is 359, wanted 1 ± 2.5"},
+        {R"("absolute_yaw": {"near": "before", "within": 1})", ""},
+    };
+    for (const auto &row : rows)
+        QTest::newRow(row.expect) << QByteArray(row.expect) << QString(row.why);
+}
+
+void tst_checkcases::conditions()
+{
+    QFETCH(QByteArray, expect);
+    QFETCH(QString, why);
+    QVector<Group> groups;
+    QString error;
+    QVERIFY2(readGroup(fileWith(R"([{"remember": "before", "field": "absolute_yaw"},)"
+                                R"({"ask": {}, "expect": {)" +
+                                expect + "}}]"),
+                       "f.json", groups, error),
+             qPrintable(error));
+    // Mode follow, flags 10 00, absolute pitch -12.34, absolute yaw 359.
+    QByteArray answer = answerWith("2400");
+    answer[5] = 0x12;
+    answer[6] = 0x10;
+    answer.replace(20, 4, QByteArray::fromHex("2EFB3C8C"));
+    const LocalText said = unmet(groups.at(0).cases.at(0).steps.at(1).conditions, answer,
+                                 {{QStringLiteral("before"), 358.5}});
+    QCOMPARE(said.en, why);
+}
+
+NACELLE_TEST_MAIN(tst_checkcases)
+#include "tst_checkcases.moc"

@@ -1,0 +1,266 @@
+#include "tests/podsim/podprocess.h"
+#include "tests/support/strictmain.h"
+#include "tests/support/toolrun.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+namespace {
+
+const QString kCheck = QStringLiteral(CHECK_PATH);
+
+QStringList words(const QString &text)
+{
+    return text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
+QJsonObject jsonIn(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object()
+                                          : QJsonObject();
+}
+
+/// Judgements by case.
+QMap<QString, QString> judgementsIn(const QString &path)
+{
+    QMap<QString, QString> judgements;
+    for (const QJsonValue &each : jsonIn(path).value("cases").toArray())
+        judgements.insert(each.toObject().value("id").toString(),
+                          each.toObject().value("judgement").toString());
+    return judgements;
+}
+
+double figureIn(const QString &path, const QString &id)
+{
+    for (const QJsonValue &each : jsonIn(path).value("cases").toArray())
+        for (const QJsonValue &figure : each.toObject().value("figures").toArray())
+            if (figure.toObject().value("id").toString() == id)
+                return figure.toObject().value("value").toDouble();
+    return -1;
+}
+
+struct Line
+{
+    double time;
+    QByteArray direction;
+    QByteArray digits;
+};
+
+/// A recording by way of another program.
+QVector<Line> linesIn(const QString &recording)
+{
+    const Ended read =
+        ToolRun(QStringLiteral(WIRE_PATH), {"convert", "--as", "line", recording}).end();
+    QVector<Line> lines;
+    for (const QByteArray &line : read.out.split('\n')) {
+        const QList<QByteArray> parts = line.split(' ');
+        if (parts.size() == 3)
+            lines.append({parts[0].mid(1).chopped(1).toDouble(), parts[1], parts[2]});
+    }
+    return lines;
+}
+
+} // namespace
+
+class tst_nacelle_check : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void goodPod_data();
+    void goodPod();
+    void commandLine_data();
+    void commandLine();
+    void nothingGoesOutUnasked();
+    void stopped();
+    void cutLink();
+    void numbersOfTheRecording();
+    void reports();
+
+private:
+    QString file(const char *name) const { return QDir(m_folder.path()).filePath(name); }
+
+    QTemporaryDir m_folder;
+};
+
+void tst_nacelle_check::goodPod_data()
+{
+    QTest::addColumn<QString>("pod");
+    QTest::addColumn<QString>("link");
+    QTest::newRow("tcp") << "--tcp 0"
+                         << "tcp://127.0.0.1:%1";
+    QTest::newRow("udp") << "--udp 0 --udp-reply 42338"
+                         << "udp://127.0.0.1:%1?local=42338";
+    QTest::newRow("serial") << "--pty " + file("pod") << "serial://" + file("pod");
+}
+
+/// Times are left to the matrix, which isn't run on a machine that is busy with tests.
+void tst_nacelle_check::goodPod()
+{
+    QFETCH(QString, pod);
+    QFETCH(QString, link);
+    PodProcess process(words(pod));
+    const QString kind = QTest::currentDataTag();
+    QVERIFY(process.awaitLine(kind == "serial" ? "pod" : "listening on " + kind));
+    if (kind != "serial")
+        link = link.arg(process.port(kind));
+    const QString json = file("good.json");
+    const Ended ended = ToolRun(kCheck, {link, "--group", "link,protocol,commands,motion,payload",
+                                         "--motion", "--cycles", "40", "--json", json})
+                            .end();
+    QVERIFY2(ended.code == 0, ended.out + ended.error);
+    const QMap<QString, QString> judgements = judgementsIn(json);
+    QCOMPARE(judgements.value("link.loss"), QString("passed"));
+    QCOMPARE(judgements.value("motion.look_down"), QString("passed"));
+    QCOMPARE(judgements.value("protocol.split"), QString(kind == "udp" ? "not_judged" : "passed"));
+    QCOMPARE(judgements.size(), 51);
+}
+
+void tst_nacelle_check::commandLine_data()
+{
+    QTest::addColumn<QString>("arguments");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QByteArray>("said");
+    QTest::newRow("no link") << "" << 2 << QByteArray("one link is needed");
+    QTest::newRow("no such link") << "ftp://x" << 2 << QByteArray("ftp://x");
+    QTest::newRow("motion unasked") << "tcp://h --group motion" << 2 << QByteArray("--motion");
+    QTest::newRow("endless") << "tcp://h --group endurance" << 2 << QByteArray("--minutes");
+    QTest::newRow("no such group") << "tcp://h --group nix" << 2 << QByteArray("\"nix\"");
+    QTest::newRow("no such case") << "tcp://h --case link.nix" << 2 << QByteArray("nothing to run");
+    QTest::newRow("cycles") << "tcp://h --cycles 0" << 2 << QByteArray("--cycles");
+    QTest::newRow("no such file") << "tcp://h --cases nix.json" << 2 << QByteArray("nix.json");
+    QTest::newRow("nobody there") << "tcp://127.0.0.1:1" << 3 << QByteArray("refused");
+    QTest::newRow("no such port") << "serial:///dev/nix" << 3 << QByteArray("/dev/nix");
+    QTest::newRow("help") << "--help" << 0 << QByteArray();
+    QTest::newRow("list") << "--list" << 0 << QByteArray();
+}
+
+void tst_nacelle_check::commandLine()
+{
+    QFETCH(QString, arguments);
+    QFETCH(int, code);
+    QFETCH(QByteArray, said);
+    const Ended ended = ToolRun(kCheck, words(arguments)).end();
+    QVERIFY2(ended.code == code && ended.error.contains(said), ended.error);
+    QCOMPARE(ended.out.isEmpty(), code != 0);
+}
+
+/// What the usual groups send, as the dry run lists it and as the pod gets it: no command that
+/// moves it, zooms, lights or records, and nothing that the list doesn't name.
+void tst_nacelle_check::nothingGoesOutUnasked()
+{
+    const QByteArray list = ToolRun(kCheck, {"--dry-run"}).end().out;
+    PodProcess pod({"--tcp", "0"});
+    QVERIFY(pod.awaitLine("listening"));
+    const QString recording = file("usual.pcapng");
+    ToolRun(kCheck, {QStringLiteral("tcp://127.0.0.1:%1").arg(pod.port("tcp")), "--cycles", "8",
+                     "--record", recording})
+        .end();
+    int count = 0;
+    for (const Line &line : linesIn(recording)) {
+        if (line.direction != "tx")
+            continue;
+        ++count;
+        QVERIFY2(list.contains(line.digits), line.digits);
+    }
+    QVERIFY(count > 100);
+    for (const QByteArray &code : QByteArray("01 03 10 11 12 13 14 20 21 22 23 25 26").split(' '))
+        QVERIFY2(!pod.output().contains("command 0x" + code), code);
+}
+
+void tst_nacelle_check::stopped()
+{
+    PodProcess pod({"--tcp", "0"});
+    QVERIFY(pod.awaitLine("listening"));
+    const QString json = file("stopped.json");
+    ToolRun check(kCheck, {QStringLiteral("tcp://127.0.0.1:%1").arg(pod.port("tcp")), "--group",
+                           "motion", "--motion", "--json", json, "--report", file("stopped.pdf")});
+    QVERIFY(pod.awaitLine("mode 0x10"));
+    const Ended ended = check.stop(SIGINT);
+    QCOMPARE(ended.code, 1);
+    QVERIFY(ended.error.contains("The pod will move") || ended.error.contains("吊舱将运动"));
+    QCOMPARE(jsonIn(json).value("ending").toString(), QString("broken_off"));
+    QVERIFY(QFile(file("stopped.pdf")).size() > 1000);
+    QVERIFY(pod.awaitLine("command 0x03 recentre: success"));
+}
+
+void tst_nacelle_check::cutLink()
+{
+    PodProcess pod({"--tcp", "0", "--leave-after", "30"});
+    QVERIFY(pod.awaitLine("listening"));
+    const QString json = file("cut.json");
+    const Ended ended = ToolRun(kCheck, {QStringLiteral("tcp://127.0.0.1:%1").arg(pod.port("tcp")),
+                                         "--group", "link,commands", "--json", json})
+                            .end();
+    QCOMPARE(ended.code, 1);
+    QCOMPARE(jsonIn(json).value("ending").toString(), QString("link_lost"));
+    const QMap<QString, QString> judgements = judgementsIn(json);
+    QCOMPARE(judgements.value("link.answers"), QString("passed"));
+    QCOMPARE(judgements.values().count("failed"), 1);
+    QCOMPARE(judgements.value("commands.osd"), QString("not_judged"));
+}
+
+/// The numbers of a session, from its recording by plain arithmetic.
+void tst_nacelle_check::numbersOfTheRecording()
+{
+    PodProcess pod({"--tcp", "0", "--drop", "17", "--jitter", "12"});
+    QVERIFY(pod.awaitLine("listening"));
+    const QString json = file("numbers.json"), recording = file("numbers.pcapng");
+    const Ended ended =
+        ToolRun(kCheck, {QStringLiteral("tcp://127.0.0.1:%1").arg(pod.port("tcp")), "--case",
+                         "link.loss,timing.answer_median,"
+                         "timing.answer_p99,timing.answer_worst",
+                         "--cycles", "150", "--json", json, "--record", recording})
+            .end();
+    QCOMPARE(ended.code, 1);
+    const QVector<Line> lines = linesIn(recording);
+    int sent = 0;
+    std::vector<int> times;
+    for (int i = 0; i < lines.size(); ++i) {
+        // The first of the four commands that the cycles send in turn.
+        if (sent == 0 && !(lines[i].direction == "tx" && lines[i].digits.mid(138, 2) == "24"))
+            continue;
+        sent += lines[i].direction == "tx" ? 1 : 0;
+        if (lines[i].direction == "rx")
+            times.push_back(int(std::lround((lines[i].time - lines[i - 1].time) * 1e6)));
+    }
+    std::sort(times.begin(), times.end());
+    QCOMPARE(sent, 150);
+    const auto n = times.size();
+    QCOMPARE(figureIn(json, "lost"), double(150 - int(n)));
+    QCOMPARE(figureIn(json, "answer_worst"), times.back() / 1000.0);
+    QCOMPARE(figureIn(json, "answer_median"), times[(n + 1) / 2 - 1] / 1000.0);
+    QCOMPARE(figureIn(json, "answer_p99"), times[(99 * n + 99) / 100 - 1] / 1000.0);
+}
+
+/// Files that can't be written are a failure, said for each, and don't keep the others from it.
+void tst_nacelle_check::reports()
+{
+    PodProcess pod({"--tcp", "0"});
+    QVERIFY(pod.awaitLine("listening"));
+    const QString link = QStringLiteral("tcp://127.0.0.1:%1").arg(pod.port("tcp"));
+    const Ended ended = ToolRun(kCheck, {link, "--case", "link.answers", "--junit", file("r.xml"),
+                                         "--json", "/nowhere/r.json"})
+                            .end();
+    QCOMPARE(ended.code, 1);
+    QVERIFY(ended.error.contains("/nowhere/r.json"));
+    QVERIFY(QFile::exists(file("r.xml")));
+    QVERIFY(ToolRun(kCheck, {"--export", m_folder.path()}).end().code == 0);
+    QVERIFY(QFile::exists(file("link.json")));
+    QCOMPARE(ToolRun(kCheck, {"--export", m_folder.path()}).end().code, 1);
+    QCOMPARE(
+        ToolRun(kCheck, {link, "--cases", file("link.json"), "--case", "link.version"}).end().code,
+        0);
+}
+
+NACELLE_TEST_MAIN(tst_nacelle_check)
+#include "tst_nacelle_check.moc"
