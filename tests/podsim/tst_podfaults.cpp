@@ -145,7 +145,8 @@ void TestPodFaults::leaves_data()
         QTest::newRow(kind) << QByteArray(kind);
 }
 
-/// With the second answer on its way for some time.
+/// With the second answer on its way for some time. A terminal that hangs up takes along what a
+/// host on a busy machine hasn't read in time.
 void TestPodFaults::leaves()
 {
     QFETCH(QByteArray, kind);
@@ -153,7 +154,8 @@ void TestPodFaults::leaves()
     rig.host->send(kIdle);
     QCOMPARE(hex(rig.host->receive(kPlainSize)), hex(kIdleAnswer));
     rig.host->send(kPhoto + kRecord);
-    QCOMPARE(hex(rig.host->receive(kFeedbackSize)), hex(kPhotoAnswer));
+    if (kind != "pty")
+        QCOMPARE(hex(rig.host->receive(kFeedbackSize)), hex(kPhotoAnswer));
     QCOMPARE(rig.pod->exitCode(), 0);
     QVERIFY(rig.pod->output().endsWith("gone, as --leave-after 2 asks\n"));
     QVERIFY(rig.pod->output().contains("recording on"));
