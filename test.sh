@@ -11,7 +11,7 @@ elif [[ ${presets[*]} == all ]]; then
     presets=(core tsan asan dev)
 fi
 
-scripts/install-deps.sh build fonts screen stream
+scripts/install-deps.sh build fonts screen stream papers
 for preset in "${presets[@]}"; do
     scripts/build.sh "$preset"
     ctest --preset "$preset" --parallel "$(nproc)" --no-tests=error

@@ -4,7 +4,7 @@
 set -euo pipefail
 
 # The one list of packages, a row for each purpose. For stream: what the simulated pod streams by,
-# and what the tests make clips with.
+# and what the tests make clips with. For papers: what they read the files of an acceptance with.
 packages_for() {
     case $1 in
         build) echo build-essential cmake ninja-build ccache qtbase5-dev libqt5serialport5-dev \
@@ -19,6 +19,7 @@ packages_for() {
         pictures) echo imagemagick ;;
         documents) echo pandoc weasyprint ;;
         wireshark) echo tshark lua-check python3 ;;
+        papers) echo poppler-utils libxml2-utils ;;
         bench) echo libbenchmark-dev ;;
         fuzz) echo clang libclang-rt-dev ;;
         memcheck) echo valgrind ;;

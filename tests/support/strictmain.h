@@ -6,6 +6,9 @@
 #ifdef QT_WIDGETS_LIB
 #include <QApplication>
 using TestApplication = QApplication;
+#elif defined(QT_GUI_LIB)
+#include <QGuiApplication>
+using TestApplication = QGuiApplication;
 #else
 using TestApplication = QCoreApplication;
 #endif

@@ -22,7 +22,6 @@ constexpr qreal kBottom = 22;
 constexpr qreal kFoot = 12; ///< from the foot's line to the page's end
 constexpr qreal kBar = 1.4;
 constexpr qreal kPadX = 1.3;
-constexpr qreal kPadY = 1.0;
 constexpr qreal kRuleWidth = 0.12;
 
 /// A line's height over the size of its letters, and the place of the baseline in it.
@@ -216,22 +215,24 @@ void Paper::addRow(const Table &table, const Row &row, int head)
             const qreal height =
                 std::accumulate(lines.begin(), lines.end(), 0.0,
                                 [](qreal sum, const Line &line) { return sum + line.height; });
-            piece.height = qMax(piece.height, height + units(2 * kPadY));
+            piece.height = qMax(piece.height, height + units(2 * table.padding));
         }
         piece.height = qMax(piece.height, units(row.leastHeight));
         piece.head = head;
         piece.staysWithNext = row.staysWithNext && isDone();
-        piece.draw = drawingOf(part, widths, row, table.isRuled && isDone());
+        piece.draw = drawingOf(part, widths, row, table, isDone());
         add(piece);
     } while (!isDone());
 }
 
 Paper::Draw Paper::drawingOf(const QVector<Lines> &cells, const QVector<qreal> &widths,
-                             const Row &row, bool isRuled) const
+                             const Row &row, const Table &table, bool isLast) const
 {
     const QRgb fill = row.fill;
     const QRgb bar = row.bar;
     const qreal room = barOf(row);
+    const qreal padding = units(table.padding);
+    const bool isRuled = table.isRuled && isLast;
     return [=](QPainter &painter, const QRectF &area) {
         if (fill)
             painter.fillRect(area, QColor(fill));
@@ -240,7 +241,7 @@ Paper::Draw Paper::drawingOf(const QVector<Lines> &cells, const QVector<qreal> &
                              QColor(bar));
         qreal x = area.left() + units(kPadX) + room;
         for (int i = 0; i < cells.size(); ++i) {
-            qreal y = area.top() + units(kPadY);
+            qreal y = area.top() + padding;
             for (const Line &each : cells[i]) {
                 const QTextLine line = each.layout->lineAt(each.number);
                 line.draw(&painter, {x, y + each.baseline - line.ascent()});

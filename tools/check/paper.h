@@ -68,6 +68,7 @@ struct Table
     QVector<QString> head; ///< repeated on every page; empty for none
     QVector<Row> rows;
     bool isRuled = true;        ///< a line below each row
+    qreal padding = 1;          ///< above and below each row's text, in millimetres
     bool staysTogether = false; ///< on one page
 };
 
@@ -128,7 +129,7 @@ private:
     Row headOf(const Table &table) const;
     QVector<Lines> takeLines(QVector<Lines> &cells) const;
     Draw drawingOf(const QVector<Lines> &cells, const QVector<qreal> &widths, const Row &row,
-                   bool isRuled) const;
+                   const Table &table, bool isLast) const;
     qreal chainHeight(int first) const;
     QVector<Page> pages() const;
     void place(int number, QVector<Page> &pages, qreal &y) const;

@@ -18,6 +18,8 @@ constexpr int kTicks = 5;
 constexpr int kBarsInTick = 5;
 /// A worst time of so many times the 99th percentile leaves the histogram's axis.
 constexpr double kFar = 3;
+/// Light enough for the marks to be seen on it.
+constexpr QRgb kData = 0xFF8FB0EC;
 /// More places than that can't be told from one another on paper.
 constexpr int kPlaces = 400;
 
@@ -76,10 +78,10 @@ class Frame
 public:
     Frame(QPainter &painter, const QRectF &area, const PlotWords &words)
         : m_painter(painter), m_area(area), m_point(painter.device()->logicalDpiX() / 72.0),
-          m_frame(area.adjusted(points(30), points(34), -points(10), -points(24)))
+          m_frame(area.adjusted(points(30), points(38), -points(10), -points(24)))
     {
         write(area.topLeft() + QPointF(0, points(8)), words.title, 9, ink::kText);
-        write({m_area.left(), m_frame.top() - points(5)}, words.y, 7, ink::kQuiet);
+        write({m_area.left(), m_frame.top() - points(8)}, words.y, 7, ink::kQuiet);
         const QString &x = words.x;
         write({m_frame.right() - width(x, 7), m_frame.bottom() + points(20)}, x, 7, ink::kQuiet);
     }
@@ -151,9 +153,15 @@ public:
     {
         const QRectF bar(at(from, height), at(to, m_y.low));
         m_painter.setPen(QPen(QColor(ink::kAccent), points(0.4)));
-        m_painter.setBrush(isFilled ? QBrush(QColor(0xFF8FB0EC)) : QBrush(Qt::NoBrush));
+        m_painter.setBrush(isFilled ? QBrush(QColor(kData)) : QBrush(Qt::NoBrush));
         if (height > 0)
             m_painter.drawRect(bar);
+    }
+    void putCount(double value, int count)
+    {
+        const QString text = QString::number(count);
+        const QPointF middle(width(text, 7) / 2, points(3));
+        write(at(value, count) - middle, text, 7, ink::kText);
     }
     qreal points(qreal count) const { return count * m_point; }
     const Axis &x() const { return m_x; }
@@ -259,6 +267,7 @@ void drawHistogram(QPainter &painter, const QRectF &area, const QVector<int> &mi
     if (isCut) {
         frame.drawBar(end + 2 * width, end + 4 * width, beyond, false);
         frame.putTick(end + 3 * width, words.above);
+        frame.putCount(end + 3 * width, beyond);
     }
     for (const Mark &mark : marks) {
         if (mark.value > end)
@@ -283,7 +292,7 @@ void drawRun(QPainter &painter, const QRectF &area, const QVector<double> &when,
                   timeAxis(sorted.first() / kMillisecond, sorted.last() / kMillisecond));
     frame.putTicks(frame.x().high);
     frame.putLegend(marks);
-    frame.setPen(ink::kAccent, 0.9);
+    frame.setPen(kData, 0.9);
     for (const Reach &each : reaches) {
         const QPointF dot(0, frame.points(0.45));
         frame.drawLine(frame.at(each.when, each.most / kMillisecond) - dot,

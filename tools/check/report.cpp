@@ -120,8 +120,8 @@ private:
         addFacts({{say("设备", "Device"), orDash(m_result.device)},
                   {say("链路", "Link"), m_result.link},
                   {say("版本", "Versions"), versionText(m_result.versions, m_language)},
-                  {say("开始时间", "Begin"), begin + QStringLiteral("  ") + offset},
-                  {say("用时", "Length"), durationText(m_result.seconds)},
+                  {say("开始时间", "Started"), begin + QStringLiteral("  ") + offset},
+                  {say("用时", "Duration"), durationText(m_result.seconds)},
                   {say("检验员", "Inspector"), orDash(m_result.inspector)},
                   {say("录制文件", "Recording"), m_result.recording},
                   {say("工具", "Tool"), m_result.tool}},
@@ -159,6 +159,7 @@ private:
             row.cells[0].append({m_result.lossReason, {9, ink::kQuiet}});
         Table table;
         table.isRuled = false;
+        table.padding = 3;
         table.rows = {row};
         m_paper.leave(8);
         m_paper.addTable(table);
@@ -193,11 +194,14 @@ private:
         m_paper.addTable(table);
     }
 
+    /// A value's line doesn't end before its unit or in the brackets of its limit.
+    static QString unbroken(QString text) { return text.replace(QLatin1Char(' '), QChar::Nbsp); }
+
     QString figuresText(const CaseResult &each) const
     {
         QStringList lines;
         for (const Figure &figure : each.figures)
-            lines << say("%1：%2", "%1: %2").arg(say(figure.name), measuredText(figure));
+            lines << say("%1：%2", "%1: %2").arg(say(figure.name), unbroken(measuredText(figure)));
         return lines.join(QLatin1Char('\n'));
     }
 
@@ -288,6 +292,7 @@ private:
         m_paper.leave(6);
         Table title;
         title.isRuled = false;
+        title.padding = 1.8;
         Row row;
         row.fill = tintOf(ink::kBad);
         row.bar = ink::kBad;
@@ -299,7 +304,7 @@ private:
                   {say("原因", "Why it failed"), say(each.why)},
                   {say("测量值", "Measured"), figuresText(each)},
                   {say("尝试次数", "Attempts"), QString::number(each.attempts)},
-                  {say("用时", "Length"), durationText(each.seconds)}},
+                  {say("用时", "Duration"), durationText(each.seconds)}},
                  9);
         for (int i = 0; i < qMin(each.evidence.size(), kMostFrames); ++i)
             addEvidence(each, i);
@@ -311,8 +316,12 @@ private:
         }
     }
 
-    QString directionText(wire::Direction direction) const
+    /// A frame's name says which way it goes; a word is there for what goes another way.
+    QString directionText(const wire::Record &record) const
     {
+        const wire::Direction direction = record.direction;
+        if (direction == wire::usualDirection(wire::kindOf(record.bytes)))
+            return {};
         return direction == wire::Direction::Tx   ? say("发送", "sent")
                : direction == wire::Direction::Rx ? say("接收", "received")
                                                   : QString();
@@ -338,7 +347,7 @@ private:
         QStringList parts = {
             say("证据 %1 / %2", "Evidence %1 of %2").arg(number + 1).arg(each.evidence.size()),
             timeText(record),
-            directionText(record.direction),
+            directionText(record),
             isFrame ? wire::nameOf(kind, m_language) : say("不是帧", "not a frame"),
             QStringLiteral("%1 B").arg(record.bytes.size()),
             isFrame ? crcText(record) : QString()};
@@ -375,6 +384,7 @@ private:
     void addFields(const QByteArray &bytes)
     {
         Table table;
+        table.padding = 0.5;
         table.shares = {0.11, 0.31, 0.23, 0.08, 0.27};
         table.head = {say("字节", "Bytes"), say("字段", "Field"), say("值", "Value"),
                       say("单位", "Unit"), say("十六进制", "Digits")};
