@@ -195,10 +195,9 @@ void tst_writers::junit_data()
         << Language::English
         << QStringList{
                "testsuites name=nacelle-check tests=3 failures=1 errors=0 skipped=1 time=754.400",
-               "testsuite name=link tests=2 failures=1 errors=0 skipped=0 time=2.500 "
-               "timestamp=2025-11-21T01:30:12",
-               "testsuite name=extra tests=1 failures=0 errors=0 skipped=1 time=1.250 "
-               "timestamp=2025-11-21T01:30:12",
+               "testsuite name=link tests=2 failures=1 errors=0 skipped=0 time=2.500",
+               "testsuite name=extra tests=1 failures=0 errors=0 skipped=1 time=1.250",
+               "time=1.250 timestamp=2025-11-21T01:30:12",
                "property name=link value=udp:10.0.0.1:2000",
                "property name=tool value=nacelle-check 9.8.7",
                "property name=versions value=protocol 1, hardware 22, firmware 33, pod code 44",

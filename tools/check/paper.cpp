@@ -8,9 +8,6 @@
 #include <QPainter>
 #include <QTextLayout>
 
-#include <algorithm>
-#include <numeric>
-
 namespace check {
 
 namespace {
@@ -198,31 +195,36 @@ QVector<Paper::Lines> Paper::takeLines(QVector<Lines> &cells) const
     return taken;
 }
 
+/// The height of the highest cell.
+qreal Paper::heightOf(const QVector<Lines> &cells)
+{
+    qreal most = 0;
+    for (const Lines &lines : cells) {
+        qreal height = 0;
+        for (const Line &line : lines)
+            height += line.height;
+        most = qMax(most, height);
+    }
+    return most;
+}
+
 void Paper::addRow(const Table &table, const Row &row, int head)
 {
     const QVector<qreal> widths = widthsOf(table, row.cells.size());
     QVector<Lines> cells;
     for (int i = 0; i < row.cells.size(); ++i)
         cells.append(linesOf(row.cells[i], widths[i] - units(2 * kPadX) - barOf(row)));
-    const auto isDone = [&cells] {
-        return std::all_of(cells.begin(), cells.end(),
-                           [](const Lines &lines) { return lines.isEmpty(); });
-    };
-    do {
+    bool isLast = false;
+    while (!isLast) {
         const QVector<Lines> part = takeLines(cells);
+        isLast = heightOf(cells) == 0;
         Piece piece;
-        for (const Lines &lines : part) {
-            const qreal height =
-                std::accumulate(lines.begin(), lines.end(), 0.0,
-                                [](qreal sum, const Line &line) { return sum + line.height; });
-            piece.height = qMax(piece.height, height + units(2 * table.padding));
-        }
-        piece.height = qMax(piece.height, units(row.leastHeight));
+        piece.height = qMax(heightOf(part) + units(2 * table.padding), units(row.leastHeight));
         piece.head = head;
-        piece.staysWithNext = row.staysWithNext && isDone();
-        piece.draw = drawingOf(part, widths, row, table, isDone());
+        piece.staysWithNext = row.staysWithNext && isLast;
+        piece.draw = drawingOf(part, widths, row, table, isLast);
         add(piece);
-    } while (!isDone());
+    }
 }
 
 Paper::Draw Paper::drawingOf(const QVector<Lines> &cells, const QVector<qreal> &widths,

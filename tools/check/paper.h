@@ -120,6 +120,7 @@ private:
     };
     using Page = QVector<Place>;
 
+    static qreal heightOf(const QVector<Lines> &cells);
     qreal units(qreal millimetres) const;
     Lines linesOf(const Cell &cell, qreal width) const;
     QVector<qreal> widthsOf(const Table &table, int cells) const;

@@ -49,6 +49,11 @@ Axis timeAxis(double low, double high)
     return axisOver(low < high / 2 ? qMin(low, 0.0) : low, high, 0.001);
 }
 
+int ticksTo(const Axis &axis, double value)
+{
+    return int(std::lround((value - axis.low) / axis.step));
+}
+
 QString numberAt(const Axis &axis, double value)
 {
     const int decimals = qMax(0, -int(std::floor(std::log10(axis.step) + 1e-9)));
@@ -90,8 +95,8 @@ public:
     {
         m_x = x;
         m_y = y;
-        for (double value = y.low; value < y.high + y.step / 2; value += y.step)
-            putLevel(value);
+        for (int i = 0; i <= ticksTo(y, y.high); ++i)
+            putLevel(y.low + i * y.step);
         setPen(ink::kQuiet, 0.5);
         m_painter.drawLine(m_frame.bottomLeft(), m_frame.bottomRight());
     }
@@ -99,8 +104,8 @@ public:
     /// Numbers below the axis, up to a value.
     void putTicks(double last)
     {
-        for (double value = m_x.low; value < last + m_x.step / 2; value += m_x.step)
-            putTick(value, numberAt(m_x, value));
+        for (int i = 0; i <= ticksTo(m_x, last); ++i)
+            putTick(m_x.low + i * m_x.step, numberAt(m_x, m_x.low + i * m_x.step));
     }
 
     void putTick(double value, const QString &text)
@@ -132,9 +137,8 @@ public:
     {
         QPointF pen(m_area.left(), m_area.top() + points(19));
         for (const Mark &mark : marks) {
-            setMarkPen(mark);
             const QPointF middle = pen - QPointF(0, points(2.3));
-            m_painter.drawLine(middle, middle + QPointF(points(13), 0));
+            drawMark(mark, middle, middle + QPointF(points(13), 0));
             const QString text =
                 QStringLiteral("%1 %2 ms").arg(mark.name, QString::number(mark.value, 'f', 2));
             write(pen + QPointF(points(16), 0), text, 7, ink::kText);
@@ -142,7 +146,11 @@ public:
         }
     }
 
-    void setMarkPen(const Mark &mark) { setPen(mark.colour, 0.8, mark.dashes); }
+    void drawMark(const Mark &mark, const QPointF &from, const QPointF &to)
+    {
+        setPen(mark.colour, 0.8, mark.dashes);
+        m_painter.drawLine(from, to);
+    }
     void drawLine(const QPointF &from, const QPointF &to) { m_painter.drawLine(from, to); }
     void putWord(const QString &text)
     {
@@ -202,15 +210,58 @@ QVector<int> sortedOf(QVector<int> micros)
     return micros;
 }
 
-/// How many times lie in each bar from the axis' beginning; the last one counts all beyond.
-QVector<int> countsOf(const QVector<int> &micros, double low, double width, int bars)
+/// What a histogram shows.
+struct Bars
 {
-    QVector<int> counts(bars + 1, 0);
-    for (const int time : micros) {
-        const double bar = std::floor((time / kMillisecond - low) / width + 1e-9);
-        ++counts[int(std::clamp(bar, 0.0, double(bars)))];
+    Axis axis;
+    double end = 0;      ///< of the even bars: that of the axis, or a tick before it
+    QVector<int> counts; ///< of each even bar
+    bool isCut = false;
+    int beyond = 0; ///< times that lie beyond, if it is cut
+
+    double width() const { return axis.step / kBarsInTick; }
+    int most() const { return qMax(beyond, *std::max_element(counts.begin(), counts.end())); }
+};
+
+void countBars(const QVector<int> &sorted, Bars &bars)
+{
+    bars.counts.fill(0, int(std::lround((bars.end - bars.axis.low) / bars.width())));
+    const int last = bars.counts.size() - 1;
+    for (const int time : sorted) {
+        const double bar = std::floor((time / kMillisecond - bars.axis.low) / bars.width() + 1e-9);
+        if (bar > last && bars.isCut)
+            ++bars.beyond;
+        else
+            ++bars.counts[int(std::clamp(bar, 0.0, double(last)))];
     }
-    return counts;
+}
+
+Bars barsOf(const QVector<int> &sorted)
+{
+    const double ninetyNine = percentile(sorted, 0.99) / kMillisecond;
+    const double worst = sorted.last() / kMillisecond;
+    Bars bars;
+    bars.isCut = ninetyNine > 0 && worst > kFar * ninetyNine;
+    bars.axis = timeAxis(sorted.first() / kMillisecond, bars.isCut ? 1.5 * ninetyNine : worst);
+    bars.end = bars.axis.high;
+    if (bars.isCut)
+        bars.axis.high += bars.axis.step;
+    countBars(sorted, bars);
+    return bars;
+}
+
+void drawBars(Frame &frame, const Bars &bars, const QString &above)
+{
+    const double width = bars.width();
+    for (int i = 0; i < bars.counts.size(); ++i) {
+        const double from = bars.axis.low + i * width;
+        frame.drawBar(from, from + width, bars.counts[i], true);
+    }
+    if (!bars.isCut)
+        return;
+    frame.drawBar(bars.end + 2 * width, bars.end + 4 * width, bars.beyond, false);
+    frame.putTick(bars.end + 3 * width, above);
+    frame.putCount(bars.end + 3 * width, bars.beyond);
 }
 
 /// Least and greatest time of the places that fall together on paper.
@@ -244,36 +295,16 @@ void drawHistogram(QPainter &painter, const QRectF &area, const QVector<int> &mi
         frame.putWord(words.none);
         return;
     }
-    const QVector<Mark> marks = marksOf(sortedOf(micros), words);
-    const double ninetyNine = marks[1].value;
-    const bool isCut = marks[2].value > kFar * ninetyNine && ninetyNine > 0;
-    const double least = *std::min_element(micros.begin(), micros.end()) / kMillisecond;
-    Axis x = timeAxis(least, isCut ? 1.5 * ninetyNine : marks[2].value);
-    const double end = x.high;
-    const double width = x.step / kBarsInTick;
-    const int bars = int(std::lround((x.high - x.low) / width));
-    QVector<int> counts = countsOf(micros, x.low, width, bars);
-    const int beyond = counts.takeLast();
-    if (isCut)
-        x.high += x.step;
-    else
-        counts.last() += beyond; // on the axis' very end
-    const int most = qMax(isCut ? beyond : 1, *std::max_element(counts.begin(), counts.end()));
-    frame.setAxes(x, axisOver(0, most, 1));
-    frame.putTicks(end);
+    const QVector<int> sorted = sortedOf(micros);
+    const Bars bars = barsOf(sorted);
+    const QVector<Mark> marks = marksOf(sorted, words);
+    frame.setAxes(bars.axis, axisOver(0, bars.most(), 1));
+    frame.putTicks(bars.end);
     frame.putLegend(marks);
-    for (int i = 0; i < counts.size(); ++i)
-        frame.drawBar(x.low + i * width, x.low + (i + 1) * width, counts[i], true);
-    if (isCut) {
-        frame.drawBar(end + 2 * width, end + 4 * width, beyond, false);
-        frame.putTick(end + 3 * width, words.above);
-        frame.putCount(end + 3 * width, beyond);
-    }
+    drawBars(frame, bars, words.above);
     for (const Mark &mark : marks) {
-        if (mark.value > end)
-            continue;
-        frame.setMarkPen(mark);
-        frame.drawLine(frame.at(mark.value, frame.y().low), frame.at(mark.value, frame.y().high));
+        if (mark.value <= bars.end)
+            frame.drawMark(mark, frame.at(mark.value, 0), frame.at(mark.value, frame.y().high));
     }
 }
 
@@ -298,10 +329,9 @@ void drawRun(QPainter &painter, const QRectF &area, const QVector<double> &when,
         frame.drawLine(frame.at(each.when, each.most / kMillisecond) - dot,
                        frame.at(each.when, each.least / kMillisecond) + dot);
     }
-    for (const Mark &mark : marks) {
-        frame.setMarkPen(mark);
-        frame.drawLine(frame.at(frame.x().low, mark.value), frame.at(frame.x().high, mark.value));
-    }
+    for (const Mark &mark : marks)
+        frame.drawMark(mark, frame.at(frame.x().low, mark.value),
+                       frame.at(frame.x().high, mark.value));
 }
 
 } // namespace check

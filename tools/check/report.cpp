@@ -7,8 +7,6 @@
 #include <QBuffer>
 #include <QPdfWriter>
 
-#include <numeric>
-
 namespace check {
 
 namespace {
