@@ -149,9 +149,10 @@ void Paper::addHeading(const Words &words)
     addRow(table, row, -1);
 }
 
-void Paper::addDrawing(qreal height, const Draw &draw)
+void Paper::addDrawing(qreal height, bool staysWithNext, const Draw &draw)
 {
     Piece piece;
+    piece.staysWithNext = staysWithNext;
     piece.height = units(height);
     piece.draw = draw;
     add(piece);

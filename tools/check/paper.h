@@ -88,7 +88,7 @@ public:
     void addHeading(const Words &words);
     void addTable(const Table &table);
     /// Something of that height in millimetres and of the whole width.
-    void addDrawing(qreal height, const Draw &draw);
+    void addDrawing(qreal height, bool staysWithNext, const Draw &draw);
 
     /// Paints all pages, with a text at each foot and the page's number. False if the device can't
     /// be painted on.

@@ -19,7 +19,7 @@ constexpr int kBarsInTick = 5;
 /// A worst time of so many times the 99th percentile leaves the histogram's axis.
 constexpr double kFar = 3;
 /// Light enough for the marks to be seen on it.
-constexpr QRgb kData = 0xFF8FB0EC;
+constexpr QRgb kData = 0xFF86A9EC;
 /// More places than that can't be told from one another on paper.
 constexpr int kPlaces = 400;
 
@@ -46,12 +46,12 @@ Axis axisOver(double low, double high, double leastStep)
 Axis timeAxis(double low, double high)
 {
     // Times that lie close together would all look alike on an axis from 0.
-    return axisOver(low < high / 2 ? qMin(low, 0.0) : low, high, 0.001);
+    return axisOver(low < high / 2 ? qMin(low, 0.0) : low, high, 0.02);
 }
 
 int ticksTo(const Axis &axis, double value)
 {
-    return int(std::lround((value - axis.low) / axis.step));
+    return int(std::floor((value - axis.low) / axis.step + 1e-6));
 }
 
 QString numberAt(const Axis &axis, double value)
@@ -73,7 +73,7 @@ QVector<Mark> marksOf(const QVector<int> &sorted, const PlotWords &words)
     return {
         {words.median, percentile(sorted, 0.5) / kMillisecond, {}, ink::kText},
         {words.percentile, percentile(sorted, 0.99) / kMillisecond, {6, 3}, ink::kText},
-        {words.worst, percentile(sorted, 1) / kMillisecond, {1.5, 2}, ink::kBad},
+        {words.worst, percentile(sorted, 1) / kMillisecond, {2, 2}, ink::kBad},
     };
 }
 
@@ -319,13 +319,15 @@ void drawRun(QPainter &painter, const QRectF &area, const QVector<double> &when,
     }
     const QVector<int> sorted = sortedOf(micros);
     const QVector<Mark> marks = marksOf(sorted, words);
-    frame.setAxes(axisOver(when.first(), when.last(), 0.001),
-                  timeAxis(sorted.first() / kMillisecond, sorted.last() / kMillisecond));
+    Axis x = axisOver(when.first(), when.last(), 0.02);
+    x.high = qMax(when.last(), x.low + x.step); // the run fills its frame
+    frame.setAxes(x, timeAxis(sorted.first() / kMillisecond, sorted.last() / kMillisecond));
     frame.putTicks(frame.x().high);
     frame.putLegend(marks);
-    frame.setPen(kData, 0.9);
+    const qreal width = reaches.size() < micros.size() ? 0.9 : 2.0;
+    const QPointF dot(0, frame.points(width / 2));
+    frame.setPen(kData, width);
     for (const Reach &each : reaches) {
-        const QPointF dot(0, frame.points(0.45));
         frame.drawLine(frame.at(each.when, each.most / kMillisecond) - dot,
                        frame.at(each.when, each.least / kMillisecond) + dot);
     }

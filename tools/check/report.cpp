@@ -14,6 +14,8 @@ namespace {
 constexpr int kDotsInInch = 720;
 /// Of one case; more of the same prove no more, and the other files have them all.
 constexpr int kMostFrames = 8;
+/// In millimetres: the four plots of two series have room on a page.
+constexpr qreal kPlotHeight = 55;
 /// Of bytes that are no frame.
 constexpr int kMostBytes = 512;
 
@@ -34,18 +36,24 @@ QRgb tintOf(QRgb colour)
     return colour == ink::kGood ? 0xFFE9F4EC : colour == ink::kBad ? 0xFFFBEBEA : 0xFFFBF3E3;
 }
 
-/// The places of a series' times on the axis of a run, in seconds from its first answer; of answers
-/// without periods their numbers.
-QVector<double> placesOf(const Series &series, int count)
+/// Where the times of a series stand on the axis of a run.
+struct RunAxis
 {
     QVector<double> places;
+    bool isTime = false; ///< seconds from the first answer; else the answers' numbers
+};
+
+/// For so many times. Answers without the periods between them have no time.
+RunAxis runAxis(const Series &series, int count)
+{
+    RunAxis axis;
+    axis.isTime = series.periods.size() + 1 >= count;
     double sum = 0;
-    const bool hasTimes = series.periods.size() + 1 >= count;
     for (int i = 0; i < count; ++i) {
-        places.append(hasTimes ? sum / 1e6 : i + 1);
+        axis.places.append(axis.isTime ? sum / 1e6 : i + 1);
         sum += i < series.periods.size() ? series.periods[i] : 0;
     }
-    return places;
+    return axis;
 }
 
 /// Puts a result on paper, from its title to the signatures.
@@ -214,6 +222,8 @@ private:
 
     void addCases()
     {
+        if (m_result.cases.isEmpty())
+            return;
         m_paper.turnPage();
         addHeading(say("全部用例", "All cases"));
         Table table;
@@ -243,31 +253,32 @@ private:
                 say("没有数据", "no data")};
     }
 
-    /// Histogram and run of a series' times beside one another.
-    void addPlots(const QString &title, const QVector<int> &times, const QVector<double> &when,
-                  const QString &below)
+    /// Histogram and run of times beside one another.
+    void addPlots(const QString &title, const QVector<int> &times, const RunAxis &axis,
+                  bool staysWithNext)
     {
         const PlotWords histogram = plotWords(title, QStringLiteral("ms"), say("次数", "count"));
-        const PlotWords run =
-            plotWords(title + say("：过程", " over the run"), below, QStringLiteral("ms"));
-        m_paper.addDrawing(62, [=](QPainter &painter, const QRectF &area) {
+        const PlotWords run = plotWords(
+            title + say("：过程", " over the run"),
+            axis.isTime ? QStringLiteral("s") : say("第几次", "answer no."), QStringLiteral("ms"));
+        m_paper.addDrawing(kPlotHeight, staysWithNext, [=](QPainter &painter, const QRectF &area) {
             const qreal width = area.width() * 0.47;
             const QSizeF size(width, area.height());
             drawHistogram(painter, {area.topLeft(), size}, times, histogram);
-            drawRun(painter, {area.topRight() - QPointF(width, 0), size}, when, times, run);
+            drawRun(painter, {area.topRight() - QPointF(width, 0), size}, axis.places, times, run);
         });
     }
 
     void addSeries(const Series &series)
     {
+        if (series.answers.isEmpty() && series.periods.isEmpty())
+            return;
         addHeading(say("时间：", "Times: ") + say(series.name));
-        const bool hasTimes = series.periods.size() + 1 >= series.answers.size();
-        const QString below = hasTimes ? QStringLiteral("s") : say("第几次", "answer");
         addPlots(say("应答时间", "Answer time"), series.answers,
-                 placesOf(series, series.answers.size()), below);
-        m_paper.leave(5);
-        addPlots(say("应答周期", "Period"), series.periods, placesOf(series, series.periods.size()),
-                 QStringLiteral("s"));
+                 runAxis(series, series.answers.size()), true);
+        m_paper.leave(4);
+        addPlots(say("应答周期", "Period"), series.periods, runAxis(series, series.periods.size()),
+                 false);
     }
 
     void addFailures()
