@@ -154,7 +154,10 @@ void Paper::addDrawing(qreal height, bool staysWithNext, const Draw &draw)
     Piece piece;
     piece.staysWithNext = staysWithNext;
     piece.height = units(height);
-    piece.draw = draw;
+    const qreal side = units(kPadX); // its left edge is that of the texts
+    piece.draw = [draw, side](QPainter &painter, const QRectF &area) {
+        draw(painter, area.adjusted(side, 0, -side, 0));
+    };
     add(piece);
 }
 

@@ -16,8 +16,6 @@ constexpr int kDotsInInch = 720;
 constexpr int kMostFrames = 8;
 /// In millimetres: the four plots of two series have room on a page.
 constexpr qreal kPlotHeight = 55;
-/// Of bytes that are no frame.
-constexpr int kMostBytes = 512;
 
 constexpr Look kSmall{8, ink::kText};
 constexpr Look kQuiet{8, ink::kQuiet};
@@ -375,16 +373,10 @@ private:
             addFields(record.bytes);
     }
 
-    static QString cutDigits(const QByteArray &bytes)
-    {
-        return digitsText(bytes.left(kMostBytes)) +
-               (bytes.size() > kMostBytes ? QStringLiteral(" …") : QString());
-    }
-
     void addDigits(const QByteArray &bytes)
     {
         Row row;
-        row.cells = {Cell{Words{cutDigits(bytes), kDigits}}};
+        row.cells = {Cell{Words{digitsText(bytes), kDigits}}};
         Table table;
         table.rows = {row};
         m_paper.addTable(table);
@@ -401,7 +393,7 @@ private:
             Row row;
             row.cells = {Cell{Words{field.place, {7, ink::kQuiet}}}, Cell{Words{field.name, {7.5}}},
                          Cell{Words{field.value, {7.5}}}, Cell{Words{field.unit, {7, ink::kQuiet}}},
-                         Cell{Words{cutDigits(field.bytes), kDigits}}};
+                         Cell{Words{digitsText(field.bytes), kDigits}}};
             table.rows.append(row);
         }
         m_paper.addTable(table);

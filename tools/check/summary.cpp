@@ -9,6 +9,8 @@ namespace check {
 
 namespace {
 
+constexpr int kMostBytes = 512;
+
 QString numberText(double value)
 {
     QString text = QString::number(value, 'f', 3);
@@ -97,7 +99,7 @@ QString versionText(const Versions &versions, wire::Language language)
 
 QString durationText(double seconds)
 {
-    if (seconds < 60)
+    if (!(seconds >= 60)) // also what is no number
         return QString::number(seconds, 'f', 1) + QStringLiteral(" s");
     const auto whole = qint64(std::llround(seconds));
     return QStringLiteral("%1 min %2 s").arg(whole / 60).arg(whole % 60);
@@ -118,7 +120,8 @@ QString timeText(const wire::Record &record)
 
 QString digitsText(const QByteArray &bytes)
 {
-    return QString::fromLatin1(bytes.toHex(' ').toUpper());
+    const QString text = QString::fromLatin1(bytes.left(kMostBytes).toHex(' ').toUpper());
+    return bytes.size() > kMostBytes ? text + QStringLiteral(" …") : text;
 }
 
 QString printable(QString text)

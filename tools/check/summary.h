@@ -27,7 +27,8 @@ QString durationText(double seconds);
 QString beginText(const SessionResult &result);
 /// Of a record, "00:00:03.250" in local time; empty for an unknown one.
 QString timeText(const wire::Record &record);
-/// "A8 E5 49": digits that can be broken between two bytes.
+/// "A8 E5 49": digits that can be broken between two bytes; of more than 512 bytes the first, since
+/// noise has no end.
 QString digitsText(const QByteArray &bytes);
 
 /// The text with a picture in place of each control character: neither XML nor a page takes them.
