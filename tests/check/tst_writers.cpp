@@ -337,7 +337,7 @@ void tst_writers::report()
         QVERIFY2(all.contains(each), qPrintable(each + "\nisn't in\n" + all));
     for (int i = 0; i < pages.size(); ++i) {
         const QString foot = pages[i].trimmed().section('\n', -1).remove(' ');
-        QCOMPARE(foot, QStringLiteral("吊舱17·2025-11-21%1/%2").arg(i + 1).arg(pages.size()));
+        QCOMPARE(foot, QStringLiteral("2025-11-21·吊舱17%1/%2").arg(i + 1).arg(pages.size()));
     }
     QVERIFY(!contentOf(pathOf("report.pdf")).contains(m_folder.path().toUtf8()));
 }

@@ -178,7 +178,7 @@ void Paper::addTable(const Table &table)
         addRow(table, headOf(table), -1);
     for (int i = 0; i < table.rows.size(); ++i) {
         Row row = table.rows[i];
-        row.staysWithNext |= table.staysTogether && i + 1 < table.rows.size();
+        row.staysWithNext |= i + 1 < qMin(table.together, table.rows.size());
         addRow(table, row, head);
     }
 }

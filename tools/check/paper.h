@@ -67,9 +67,9 @@ struct Table
     QVector<qreal> shares; ///< of the width, a column each
     QVector<QString> head; ///< repeated on every page; empty for none
     QVector<Row> rows;
-    bool isRuled = true;        ///< a line below each row
-    qreal padding = 1;          ///< above and below each row's text, in millimetres
-    bool staysTogether = false; ///< on one page
+    bool isRuled = true; ///< a line below each row
+    qreal padding = 1;   ///< above and below each row's text, in millimetres
+    int together = 1;    ///< so many of the first rows stand on one page with the head
 };
 
 /// Collects what is to be printed and lays it on the pages of a device at the end.

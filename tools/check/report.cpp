@@ -80,7 +80,7 @@ public:
     QString foot() const
     {
         const QString device = m_result.device.isEmpty() ? m_result.link : m_result.device;
-        return device + QStringLiteral("  ·  ") + day();
+        return day() + QStringLiteral("  ·  ") + device; // what is too long loses its end
     }
 
 private:
@@ -386,6 +386,7 @@ private:
     {
         Table table;
         table.padding = 0.5;
+        table.together = 5;
         table.shares = {0.11, 0.31, 0.23, 0.08, 0.27};
         table.head = {say("字节", "Bytes"), say("字段", "Field"), say("值", "Value"),
                       say("单位", "Unit"), say("十六进制", "Digits")};
@@ -417,7 +418,7 @@ private:
         table.rows = {signatureRow(say("检验员", "Inspector"), m_result.inspector),
                       signatureRow(say("审核", "Reviewed by"), {}),
                       signatureRow(say("接收方", "Accepted by"), {})};
-        table.staysTogether = true;
+        table.together = table.rows.size();
         m_paper.addTable(table);
     }
 
