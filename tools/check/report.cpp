@@ -111,6 +111,7 @@ private:
                          Cell{Words{fact.second, {points}}}};
             table.rows.append(row);
         }
+        table.together = table.rows.size();
         m_paper.addTable(table);
     }
 
