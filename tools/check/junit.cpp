@@ -79,6 +79,7 @@ private:
         putProperty("begin", beginText(m_result));
         putProperty("versions", versionText(m_result.versions, m_language));
         putProperty("verdict", verdictOf(m_result).in(m_language));
+        putProperty("loss_reason", m_result.lossReason);
         putProperty("recording", m_result.recording);
         m_xml.writeEndElement();
     }

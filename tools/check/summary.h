@@ -10,7 +10,7 @@ namespace check {
 /// id and comes after them.
 QVector<GroupTitle> groupsOf(const SessionResult &result);
 
-/// The cases of a group; those only of a judgement, where one is given.
+/// The cases of a group in their order, and how many of them were judged so.
 QVector<CaseResult> casesOf(const SessionResult &result, const QString &group);
 int countOf(const QVector<CaseResult> &cases, Judgement judgement);
 
@@ -19,7 +19,7 @@ QString valueText(const Figure &figure);
 /// "12.3 ms (≤ 40)"; without the brackets where nothing was asked for.
 QString measuredText(const Figure &figure);
 
-/// "1.0, hardware 2 …" in a language; a dash where the pod has said nothing.
+/// "protocol 1, hardware 2 …" in a language; a dash where the pod has said nothing.
 QString versionText(const Versions &versions, wire::Language language);
 /// "59.4 s", "12 min 5 s".
 QString durationText(double seconds);
