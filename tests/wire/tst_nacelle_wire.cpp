@@ -33,8 +33,10 @@ public:
     {
         m_process.start(QStringLiteral(WIRE_PATH), arguments);
         m_process.write(input);
-        m_process.closeWriteChannel();
         m_process.waitForStarted(kLimitMs);
+        while (m_process.bytesToWrite() > 0 && m_process.waitForBytesWritten(kLimitMs)) {
+        }
+        m_process.closeWriteChannel();
     }
 
     Run end()
@@ -136,6 +138,8 @@ private slots:
     void pipes();
     void endsByTheAnswer_data();
     void endsByTheAnswer();
+    void endsUnanswered_data();
+    void endsUnanswered();
     void sendsFromFreshPorts();
     void bridgesAndReplays();
     void recordsUntilKilled();
@@ -255,6 +259,33 @@ void tst_nacelle_wire::endsByTheAnswer()
         QVERIFY2(sent.code == code, qPrintable(link) + sent.error);
         QCOMPARE(sent.out.count('\n'), code == 3 ? 0 : 1);
     }
+}
+
+void tst_nacelle_wire::endsUnanswered_data()
+{
+    QTest::addColumn<QString>("words");
+    QTest::addColumn<bool>("isStopped");
+    QTest::addColumn<int>("code");
+    QTest::newRow("sent, time over") << "send --until-answer --for 50ms" << false << 3;
+    QTest::newRow("sent, stopped") << "send --until-answer" << true << 130;
+    QTest::newRow("sent so often, stopped") << "send --every 1ms --count 1000000" << true << 130;
+    QTest::newRow("sent for ever, stopped") << "send --every 1ms" << true << 0;
+    QTest::newRow("awaited, time over") << "dump --count 1 --for 50ms" << false << 3;
+    QTest::newRow("awaited, stopped") << "dump --count 1" << true << 130;
+    QTest::newRow("listened, stopped") << "dump" << true << 0;
+}
+
+void tst_nacelle_wire::endsUnanswered()
+{
+    QFETCH(QString, words);
+    QFETCH(bool, isStopped);
+    QFETCH(int, code);
+    QTcpServer silent;
+    QVERIFY(silent.listen(QHostAddress::LocalHost));
+    Wire wire(words.split(' ') << tcpTo(silent.serverPort()), command("photo"));
+    QVERIFY(silent.waitForNewConnection(kLimitMs));
+    const Run ended = isStopped ? wire.stop(SIGINT) : wire.end();
+    QVERIFY2(ended.code == code, ended.error);
 }
 
 /// As the bench sends: a pod that looked at the port would see as many ports as datagrams.

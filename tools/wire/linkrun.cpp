@@ -29,11 +29,11 @@ Link &LinkRun::add(const LinkAddress &address, Link *first)
     return *link;
 }
 
-void LinkRun::limit(qint64 microseconds)
+void LinkRun::limit(qint64 microseconds, int code)
 {
     const qint64 most = std::numeric_limits<int>::max();
     QTimer::singleShot(int(qBound<qint64>(0, microseconds / 1000, most)), Qt::PreciseTimer, this,
-                       [this] { end(0); });
+                       [this, code] { end(code); });
 }
 
 void LinkRun::end(int code)

@@ -27,8 +27,8 @@ public:
     /// Adds a link. It is opened by `run`, or with `first`, once that one is up: what a bench sends
     /// before there is a pod would be lost.
     Link &add(const LinkAddress &address, Link *first = nullptr);
-    /// Ends the run after so many microseconds.
-    void limit(qint64 microseconds);
+    /// Ends the run with that code after so many microseconds.
+    void limit(qint64 microseconds, int code);
     void end(int code);
     bool isEnded() const { return m_isEnded; }
     /// Turns the loop until `end`: its code. Then the links are closed.

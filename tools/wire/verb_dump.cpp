@@ -28,8 +28,8 @@ constexpr char kText[] =
     "  nacelle-wire dump --crc bad --count 1 --for 10s tcp://192.168.144.121\n"
     "                      fails unless there is a wrong checksum in ten seconds\n"
     "\n"
-    "Ends with 1 when the link is lost or can't be opened, with 3 when --for is over before "
-    "--count.";
+    "Ends with 1 when the link is lost or can't be opened, with 3 when --for is over before\n"
+    "--count, with 130 when it is stopped before.";
 
 void addOptions(QCommandLineParser &parser)
 {
@@ -101,10 +101,10 @@ int dump(LinkRun &run, Wanted &wanted, const FrameFormat &format, Output &output
             run.end(kExitFailure);
     });
     if (wanted.time > 0)
-        run.limit(wanted.time);
+        run.limit(wanted.time, wanted.count > 0 ? kExitNoAnswer : kExitDone);
     const int code = run.run();
     tap.finish();
-    return code == kExitDone && count < wanted.count ? kExitNoAnswer : code;
+    return code == kExitNoAnswer && count == wanted.count ? int(kExitDone) : code;
 }
 
 int run(const QCommandLineParser &parser, const QStringList &words)
@@ -121,7 +121,8 @@ int run(const QCommandLineParser &parser, const QStringList &words)
     LinkRun links(parser.isSet(QStringLiteral("reconnect")),
                   [](const QString &text) { complain(text); });
     const StopSignal stop;
-    QObject::connect(&stop, &StopSignal::stopped, &links, [&links] { links.end(kExitDone); });
+    QObject::connect(&stop, &StopSignal::stopped, &links,
+                     [&] { links.end(wanted.count > 0 ? kExitStopped : kExitDone); });
     const int code = dump(links, wanted, *format, output);
     return output.close() ? code : complain(output.error());
 }

@@ -157,7 +157,7 @@ int record(const QCommandLineParser &parser, const Wanted &wanted, Recorder &rec
     const StopSignal stop;
     QObject::connect(&stop, &StopSignal::stopped, &links, [&links] { links.end(kExitDone); });
     if (wanted.time > 0)
-        links.limit(wanted.time);
+        links.limit(wanted.time, kExitDone);
     const int code = links.run();
     session.finish();
     if (!recorder.close())

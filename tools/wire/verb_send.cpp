@@ -23,7 +23,7 @@ constexpr char kText[] =
     "is written; an empty command is answered by any frame with a right checksum. It ends with\n"
     "0 when the answer says success, with 1 when it says failure, and with 3 when there is none "
     "in\n"
-    "time, or none but \"executing\".\n"
+    "time, or none but \"executing\". Stopped before it is done it ends with 130.\n"
     "\n"
     "  nacelle-wire compose command=photo | nacelle-wire send --until-answer "
     "tcp://192.168.144.121\n"
@@ -62,6 +62,9 @@ struct Wanted
     qint64 timeout = kUsualTimeout;
     int count = 0;
     bool isAnswered = false;
+
+    /// True where only the user ends it.
+    bool isEndless() const { return every > 0 && time == 0 && count == 0 && !isAnswered; }
 };
 
 bool readFrames(const QStringList &words, QVector<QByteArray> &frames, QString &error)
@@ -122,7 +125,7 @@ private:
             QTimer::singleShot(int(m_wanted.timeout / 1000), &m_run,
                                [this] { m_run.end(kExitNoAnswer); });
         if (m_wanted.time > 0)
-            m_run.limit(m_wanted.time);
+            m_run.limit(m_wanted.time, m_wanted.isAnswered ? kExitNoAnswer : kExitDone);
         sendRound();
         if (isRepeated() && !m_isDone)
             m_timer.start(
@@ -198,7 +201,8 @@ int run(const QCommandLineParser &parser, const QStringList &words)
     LinkRun links(false, [](const QString &text) { complain(text); });
     Sender sender(links, wanted, output);
     const StopSignal stop;
-    QObject::connect(&stop, &StopSignal::stopped, &links, [&links] { links.end(kExitDone); });
+    QObject::connect(&stop, &StopSignal::stopped, &links,
+                     [&] { links.end(wanted.isEndless() ? kExitDone : kExitStopped); });
     int code = links.run();
     if (code == kExitNoAnswer)
         code = complain(QStringLiteral("no answer from ") + wanted.address.text, kExitNoAnswer);

@@ -6,6 +6,8 @@ namespace wire {
 
 /// The code for a command that nobody has answered; the others are those of all tools.
 constexpr int kExitNoAnswer = 3;
+/// The code of what is stopped before it is done, as a shell has it for SIGINT.
+constexpr int kExitStopped = 130;
 
 /// What the tool does, a row a verb: its options beyond the standard ones, and its work with the
 /// words after it. `run` gives the exit code back.
