@@ -68,6 +68,8 @@ private slots:
     void brokenFramesComeBack();
     void editedFrames_data();
     void editedFrames();
+    void refusesObjects_data();
+    void refusesObjects();
     void takenApart();
     void catalogueNamesAll();
 };
@@ -248,6 +250,8 @@ void tst_wireframes::editedFrames_data()
     QTest::newRow("mode") << ok + "mode" << QJsonValue("lock") << 5 << QByteArray("11");
     QTest::newRow("digits") << ok + "fault_code" << QJsonValue("0102") << 41 << QByteArray("0102");
     QTest::newRow("result") << "feedback.result" << QJsonValue(5) << 70 << QByteArray("05");
+    QTest::newRow("code") << "feedback.code" << QJsonValue(0x13) << 69 << QByteArray("13");
+    QTest::newRow("state") << "feedback.state" << QJsonValue("success") << 70 << QByteArray("00");
     QTest::newRow("checksum") << "crc" << QJsonValue("bad") << 71 << QByteArray();
 }
 
@@ -274,6 +278,46 @@ void tst_wireframes::editedFrames()
     if (path != QLatin1String("raw.relative_x"))
         object.remove("hex");
     QCOMPARE(composeJson(lineOf(object)).record.bytes.size(), 73);
+}
+
+void tst_wireframes::refusesObjects_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<QString>("error");
+    const char *const rows[][2] = {
+        {"[]", "not a JSON object"},
+        {"{\"dir\":\"up\"}", "dir: one of tx, rx"},
+        {"{\"time\":\"1\"}", "time: a number is needed"},
+        {"{\"time\":1e13}", "time: beyond what a recording holds"},
+        {"{\"frame\":\"pod\"}", "frame: one of host, gcu, unknown"},
+        {"{\"frame\":\"unknown\"}", "frame: host or gcu is needed"},
+        {"{\"frame\":\"gcu\",\"hex\":\"A8E5\"}", "frame: hex is of another one"},
+        {"{\"hex\":\"11\",\"fields\":{}}", "fields: no such key (frame: unknown)"},
+        {"{\"Fields\":{}}", "Fields: no such key (frame: host)"},
+        {"{\"feedback\":{}}", "feedback: no such key (frame: host)"},
+        {"{\"fields\":[]}", "fields: an object is needed"},
+        {"{\"fields\":{\"mode\":1}}", "fields.mode: no such key (frame: host)"},
+        {"{\"fields\":{\"version\":null}}", "fields.version: a number is needed"},
+        {"{\"fields\":{\"reserved1\":1}}", "fields.reserved1: a text is needed"},
+        {"{\"raw\":{\"altitude\":1.5}}", "raw.altitude: a whole number is needed"},
+        {"{\"raw\":{\"altitude\":1e11}}", "raw.altitude: a whole number is needed"},
+        {"{\"raw\":{\"reserved1\":1}}", "raw.reserved1: no such key (frame: host)"},
+        {"{\"command\":{\"params\":{}}}", "command: a name or code is needed"},
+        {"{\"command\":{\"name\":\"photo\",\"zoom\":1}}", "command.zoom: no such key (frame: host)"},
+        {"{\"command\":{\"code\":37,\"params\":{\"zoom\":[]}}}",
+         "command.params.zoom: a number is needed"},
+        {"{\"frame\":\"gcu\",\"feedback\":{\"state\":\"maybe\"}}",
+         "feedback.state: one of success, failure, executing"},
+    };
+    for (const auto &row : rows)
+        QTest::newRow(row[0]) << QByteArray(row[0]) << row[1];
+}
+
+void tst_wireframes::refusesObjects()
+{
+    QFETCH(QByteArray, line);
+    QFETCH(QString, error);
+    QCOMPARE(composeJson(line).error, error);
 }
 
 void tst_wireframes::takenApart()

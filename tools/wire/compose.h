@@ -43,7 +43,8 @@ Composed composeFrame(const FrameWords &words);
 Composed composePairs(FrameKind kind, const QStringList &pairs);
 
 /// From the JSON object of a decoded frame. With `hex` only what differs from those bytes is
-/// changed. An integer of `raw` counts as long as the value in `fields` is its own.
+/// changed. An integer of `raw` counts as long as the value in `fields` is its own. A key that no
+/// decoded frame of the kind has, and a value of another type, are an error that names the key.
 Composed composeJson(const QByteArray &line);
 
 /// Bytes of hexadecimal digits with or without blanks; false for anything else.

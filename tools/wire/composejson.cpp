@@ -2,6 +2,7 @@
 
 #include "tools/wire/decode.h"
 #include "tools/wire/framefields.h"
+#include "tools/wire/jsonkeys.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -16,6 +17,7 @@ const QString kFields = QStringLiteral("fields");
 const QString kRaw = QStringLiteral("raw");
 const QString kLength = QStringLiteral("length");
 const QString kCrc = QStringLiteral("crc");
+constexpr double kFarthest = 9e12; // seconds, as microseconds within 64 bits
 
 /// Numbers as an operator would type them.
 QString textOf(const QJsonValue &value)
@@ -70,22 +72,32 @@ void takeField(const protocol::Field &field, const QJsonObject &frame, const QJs
         words.values.append({id, textOf(value)});
 }
 
-void takeArea(const QJsonObject &area, FrameWords &words, QString &error)
+/// The second of two keys that say the same, where it alone was edited, or stands alone.
+QJsonValue eitherOf(const char *first, const char *second, const QJsonObject &object,
+                    const QJsonObject &base)
+{
+    const QLatin1String one(first), other(second);
+    const bool isOther = object.value(one) == base.value(one) && object.contains(other) &&
+                         object.value(other) != base.value(other);
+    return object.value(isOther ? other : one);
+}
+
+void takeArea(const QJsonObject &area, const QJsonObject &base, FrameWords &words, QString &error)
 {
     const QJsonObject params = area.value(QStringLiteral("params")).toObject();
     for (auto param = params.begin(); param != params.end(); ++param)
         words.params.insert(param.key(), textOf(param.value()));
-    const QJsonValue name = area.value(QStringLiteral("name"));
-    words.command = textOf(name.isUndefined() ? area.value(QStringLiteral("code")) : name);
-    words.result = textOf(area.value(QStringLiteral("result")));
-    if (words.result.isEmpty())
-        words.result = textOf(area.value(QStringLiteral("state")));
+    words.command = textOf(eitherOf("name", "code", area, base));
+    words.result = textOf(eitherOf("result", "state", area, base));
     const QJsonValue digits = area.value(QStringLiteral("area"));
     QByteArray bytes;
-    if (digits.isUndefined())
+    if (digits.isUndefined()) {
+        if (words.command.isEmpty())
+            error = QStringLiteral("a name or code is needed");
         return;
+    }
     if (!readDigits(digits.toString().toLatin1(), bytes))
-        error = QStringLiteral("area: not in hexadecimal digits");
+        error = QStringLiteral("area isn't in hexadecimal digits");
     words.area = bytes;
 }
 
@@ -109,29 +121,47 @@ bool isUnchanged(const QJsonObject &frame, const QJsonObject &base)
     return true;
 }
 
+/// The bytes to begin with and the kind of frame; why the object isn't that of a frame, if it
+/// isn't.
+QString beginWith(const QJsonObject &frame, FrameWords &words)
+{
+    if (!readDigits(frame.value(QStringLiteral("hex")).toString().toLatin1(), words.base))
+        return QStringLiteral("hex: not in hexadecimal digits");
+    words.kind = kindNamed(frame.value(QStringLiteral("frame")).toString(), words.base);
+    const QString mistake = mistakeIn(frame, words.kind);
+    if (!mistake.isEmpty())
+        return mistake;
+    if (!words.base.isEmpty() && words.kind != kindOf(words.base))
+        return QStringLiteral("frame: hex is of another one");
+    return words.base.isEmpty() && words.kind == FrameKind::Unknown
+               ? QStringLiteral("frame: host or gcu is needed")
+               : QString();
+}
+
 Composed composeObject(const QJsonObject &frame)
 {
     Composed made;
     FrameWords words;
-    if (!readDigits(frame.value(QStringLiteral("hex")).toString().toLatin1(), words.base))
-        made.error = QStringLiteral("hex: not in hexadecimal digits");
+    made.error = beginWith(frame, words);
+    if (!made.error.isEmpty())
+        return made;
     const QJsonObject base = words.base.isEmpty() ? QJsonObject() : decoded(words.base);
-    words.kind = kindNamed(frame.value(QStringLiteral("frame")).toString(), words.base);
     if (!base.isEmpty() && (words.kind == FrameKind::Unknown || isUnchanged(frame, base))) {
         made.record.bytes = words.base;
         return made;
     }
-    if (words.kind == FrameKind::Unknown)
-        made.error = QStringLiteral("frame: host or gcu is needed");
     for (const protocol::Field &field : fieldsOf(words.kind))
         if (field.size > 0)
             takeField(field, frame, base, words);
-    const QString areaKey =
+    const QString key =
         words.kind == FrameKind::Host ? QStringLiteral("command") : QStringLiteral("feedback");
-    const QJsonValue area = frame.value(areaKey);
-    if (area.isObject() && (base.isEmpty() || area != base.value(areaKey)))
-        takeArea(area.toObject(), words, made.error);
-    return made.error.isEmpty() ? composeFrame(words) : made;
+    const QJsonValue area = frame.value(key);
+    if (area.isObject() && (base.isEmpty() || area != base.value(key)))
+        takeArea(area.toObject(), base.value(key).toObject(), words, made.error);
+    if (made.error.isEmpty())
+        return composeFrame(words);
+    made.error.prepend(key + QStringLiteral(": "));
+    return made;
 }
 
 } // namespace
@@ -142,14 +172,18 @@ Composed composeJson(const QByteArray &line)
     const QJsonDocument document = QJsonDocument::fromJson(line, &parsed);
     Composed made;
     if (!document.isObject()) {
-        made.error = QStringLiteral("not a JSON object: ") + parsed.errorString();
+        made.error = QStringLiteral("not a JSON object");
+        if (parsed.error != QJsonParseError::NoError)
+            made.error += QStringLiteral(": ") + parsed.errorString();
         return made;
     }
     const QJsonObject frame = document.object();
     made = composeObject(frame);
     made.record.direction = directionOf(frame.value(QStringLiteral("dir")).toString().toLatin1());
     const QJsonValue time = frame.value(QStringLiteral("time"));
-    if (time.isDouble() && std::abs(time.toDouble()) < 1e12)
+    if (std::abs(time.toDouble()) > kFarthest)
+        made.error = QStringLiteral("time: beyond what a recording holds");
+    else if (time.isDouble())
         made.record.time = qRound64(time.toDouble() * 1e6);
     return made;
 }

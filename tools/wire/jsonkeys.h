@@ -1,0 +1,15 @@
+#pragma once
+
+#include "tools/wire/record.h"
+
+#include <QJsonObject>
+#include <QString>
+
+namespace wire {
+
+/// What of the object of a frame of that kind would go unread: the first key that such a frame
+/// hasn't, or whose value is of another type or none of its words, and what is needed; empty for
+/// nothing. Numbers may stand as texts, as on the command line.
+QString mistakeIn(const QJsonObject &frame, FrameKind kind);
+
+} // namespace wire
