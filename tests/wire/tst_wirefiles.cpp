@@ -487,7 +487,8 @@ void tst_wirefiles::links_data()
                                        << "3 COM3 115200 8n";
     for (const char *text : {"", "pod", "http://pod", "tcp://", "tcp://pod:70000",
                              "tcp://pod?baud=1", "udp://pod?local=x", "serial://COM3",
-                             "serial:///COM3?parity=maybe", "serial:///COM3?baud=0", "tcp://pod/x"})
+                             "serial:///COM3?parity=nothing", "serial:///COM3?parity=",
+                             "tcp://pod#x", "tcp://x@pod", "serial:///COM3?baud=0", "tcp://pod/x"})
         QTest::newRow(text) << text << "";
 }
 

@@ -142,11 +142,26 @@ void tst_wireframes::refuses_data()
 {
     QTest::addColumn<int>("kind");
     QTest::addColumn<QString>("words");
-    for (const char *words :
-         {"roll=1", "carrier_roll=x", "carrier_roll=400", "carrier_roll=nan", "roll_control=40000",
-          "roll_control=1.5", "command=no", "command=0x100", "command=zoom_ratio camera=1",
-          "command=photo zoom=1", "zoom=1", "crc=1", "reserved1=A1", "raw.header=1",
-          "raw.version=128", "area=2", "command", "feedback=photo"})
+    for (const char *words : {"roll=1",
+                              "carrier_roll=x",
+                              "carrier_roll=400",
+                              "carrier_roll=nan",
+                              "roll_control=40000",
+                              "roll_control=1.5",
+                              "command=no",
+                              "command=0x100",
+                              "command=zoom_ratio camera=1",
+                              "command=photo zoom=1",
+                              "zoom=1",
+                              "crc=1",
+                              "reserved1=A1",
+                              "raw.header=1",
+                              "raw.version=128",
+                              "version=0x-1",
+                              "version=0x0x1",
+                              "area=2",
+                              "command",
+                              "feedback=photo"})
         QTest::newRow(words) << int(FrameKind::Host) << QString(words);
     for (const char *words :
          {"command=photo", "feedback=photo result=256", "result=0", "mode=fast"})
@@ -303,7 +318,8 @@ void tst_wireframes::refusesObjects_data()
         {"{\"raw\":{\"altitude\":1e11}}", "raw.altitude: a whole number is needed"},
         {"{\"raw\":{\"reserved1\":1}}", "raw.reserved1: no such key (frame: host)"},
         {"{\"command\":{\"params\":{}}}", "command: a name or code is needed"},
-        {"{\"command\":{\"name\":\"photo\",\"zoom\":1}}", "command.zoom: no such key (frame: host)"},
+        {"{\"command\":{\"name\":\"photo\",\"zoom\":1}}",
+         "command.zoom: no such key (frame: host)"},
         {"{\"command\":{\"code\":37,\"params\":{\"zoom\":[]}}}",
          "command.params.zoom: a number is needed"},
         {"{\"frame\":\"gcu\",\"feedback\":{\"state\":\"maybe\"}}",

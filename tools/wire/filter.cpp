@@ -3,6 +3,7 @@
 #include "tools/wire/framefields.h"
 
 #include <QDateTime>
+#include <QRegularExpression>
 
 #include <cmath>
 
@@ -58,8 +59,15 @@ bool readMoment(const QString &text, qint64 &microseconds, bool &isRelative)
 {
     const bool isEpoch = text.startsWith(QLatin1Char('@'));
     isRelative = !isEpoch && !text.contains(QLatin1Char('T'));
-    if (isRelative || isEpoch)
-        return readDuration(text.mid(isEpoch ? 1 : 0), microseconds);
+    if (isRelative)
+        return readDuration(text, microseconds);
+    if (isEpoch)
+        return inSeconds(text.mid(1), 1, microseconds);
+    // The toolkit passes over what follows the seconds.
+    static const QRegularExpression form(QStringLiteral(
+        "^[0-9-]{10}T[0-9]{2}:[0-9]{2}(:[0-9]{2}([.,][0-9]+)?)?(Z|[+-][0-9]{2}:?[0-9]{2})?$"));
+    if (!form.match(text).hasMatch())
+        return false;
     const QDateTime when = QDateTime::fromString(text, Qt::ISODateWithMs);
     microseconds = when.toMSecsSinceEpoch() * 1000;
     return when.isValid();

@@ -118,7 +118,7 @@ bool readReadOptions(const QCommandLineParser &parser, ReadOptions &options, QSt
     options.cut = parser.isSet(QStringLiteral("as-bench")) ? Cut::AsBench : Cut::Searching;
     if (!parser.isSet(QStringLiteral("date")))
         return true;
-    options.date = QDate::fromString(valueOf(parser, "date"), Qt::ISODate);
+    options.date = QDate::fromString(valueOf(parser, "date"), QStringLiteral("yyyy-MM-dd"));
     return options.date.isValid() ||
            refuse(error, "date", valueOf(parser, "date"), "a day as 2025-11-21");
 }

@@ -34,13 +34,16 @@ bool takeNumber(QUrlQuery &query, const char *name, int least, int most, int &va
 bool takeParity(QUrlQuery &query, char &parity)
 {
     const QString key = QStringLiteral("parity");
+    if (!query.hasQueryItem(key))
+        return true;
     const QString word = query.queryItemValue(key);
     query.removeQueryItem(key);
     for (const char *each : {"none", "odd", "even"}) {
+        parity = each[0];
         if (word == QLatin1String(each))
-            parity = each[0];
+            return true;
     }
-    return word.isEmpty() || word.startsWith(QLatin1Char(parity));
+    return false;
 }
 
 /// "/dev/ttyUSB0" as it is; "/COM3" without the slash that the form asks for.
@@ -81,7 +84,8 @@ bool readLinkAddress(const QString &text, LinkAddress &address, QString &error)
         address.kind = each.kind;
         const bool isGood = each.kind == LinkAddress::Serial ? takeSerial(url, query, address)
                                                              : takeNetwork(url, query, address);
-        if (isGood && query.isEmpty() && url.isValid())
+        const bool hasMore = !query.isEmpty() || url.hasFragment() || !url.userInfo().isEmpty();
+        if (isGood && !hasMore && url.isValid())
             return true;
     }
     error =

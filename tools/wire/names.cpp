@@ -3,6 +3,8 @@
 #include "foundation/QGlobal.h"
 #include "foundation/textfiles.h"
 
+#include <QRegularExpression>
+
 /// The texts lie in a static library, which the linker takes only by name.
 static void initTexts()
 {
@@ -79,9 +81,12 @@ const ModeRow *modeOf(quint8 code)
 bool readNumber(const QString &text, qint64 &number)
 {
     const bool isHex = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
+    const QString digits = text.mid(isHex ? 2 : 0);
     bool isGood = false;
-    number = isHex ? text.mid(2).toLongLong(&isGood, 16) : text.toLongLong(&isGood);
-    return isGood;
+    number = digits.toLongLong(&isGood, isHex ? 16 : 10);
+    // To the toolkit a sign or another 0x after it is part of a number too.
+    return isGood &&
+           !(isHex && digits.contains(QRegularExpression(QStringLiteral("[^0-9A-Fa-f]"))));
 }
 
 } // namespace wire
