@@ -441,6 +441,11 @@ void tst_nacelle_wire::saysThatTheDiskIsFull()
         QVERIFY2(failed.code == 1, words);
         QVERIFY2(failed.error.contains("No space left"), failed.error);
     }
+    // In the midst of what is written; a limit stands for the end of the disk.
+    const Run cut = shell(QString("ulimit -f 4; trap '' XFSZ; '%1' fields -o '%2'")
+                              .arg(WIRE_PATH, path("cut")));
+    QCOMPARE(cut.code, 1);
+    QVERIFY2(cut.error.contains("File too large"), cut.error);
 }
 
 void tst_nacelle_wire::failsOnFiles()

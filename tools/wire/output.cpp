@@ -28,15 +28,18 @@ bool Output::fail()
     return false;
 }
 
+/// A disk that has room for a part takes that and gives no reason; the rest is refused with one.
 bool Output::flush()
 {
-    if (!m_error.isEmpty())
-        return false;
-    if (m_buffer.size() > 0 && m_file.write(m_buffer.data(), m_buffer.size()) != m_buffer.size())
-        return fail();
-    m_written += m_buffer.size();
+    qint64 count = 0;
+    for (int at = 0; m_error.isEmpty() && at < m_buffer.size(); at += int(count)) {
+        count = m_file.write(m_buffer.data() + at, m_buffer.size() - at);
+        if (count <= 0)
+            return fail();
+        m_written += count;
+    }
     m_buffer.clear();
-    return true;
+    return m_error.isEmpty();
 }
 
 bool Output::close()
