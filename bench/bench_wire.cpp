@@ -159,7 +159,7 @@ void measureReplay(int rate, int seconds, double speed)
         {speed, 0, false},
         [&](wire::Record &record) {
             record.time = record.time == wire::kNoTime ? 0 : record.time + gap;
-            return left-- > 0;
+            return left-- > 0 ? wire::Player::Next::Here : wire::Player::Next::End;
         },
         [](const wire::Record &) {}, [] { return true; });
     QObject::connect(&player, &wire::Player::finished, &loop, &QEventLoop::quit,

@@ -29,14 +29,15 @@ struct Run
 class Wire
 {
 public:
-    explicit Wire(const QStringList &arguments, const QByteArray &input = {})
+    explicit Wire(const QStringList &arguments, const QByteArray &input = {}, bool isOpen = false)
     {
         m_process.start(QStringLiteral(WIRE_PATH), arguments);
         m_process.write(input);
         m_process.waitForStarted(kLimitMs);
         while (m_process.bytesToWrite() > 0 && m_process.waitForBytesWritten(kLimitMs)) {
         }
-        m_process.closeWriteChannel();
+        if (!isOpen)
+            m_process.closeWriteChannel();
     }
 
     Run end()
@@ -276,6 +277,8 @@ void tst_nacelle_wire::endsUnanswered_data()
     QTest::newRow("awaited, time over") << "dump --count 1 --for 50ms" << false << 3;
     QTest::newRow("awaited, stopped") << "dump --count 1" << true << 130;
     QTest::newRow("listened, stopped") << "dump" << true << 0;
+    // The pipe is open still, and says no more.
+    QTest::newRow("played, stopped") << "replay -" << true << 130;
 }
 
 void tst_nacelle_wire::endsUnanswered()
@@ -285,7 +288,8 @@ void tst_nacelle_wire::endsUnanswered()
     QFETCH(int, code);
     QTcpServer silent;
     QVERIFY(silent.listen(QHostAddress::LocalHost));
-    Wire wire(words.split(' ') << tcpTo(silent.serverPort()), command("photo"));
+    Wire wire(words.split(' ') << tcpTo(silent.serverPort()), command("photo"),
+              words == "replay -");
     QVERIFY(silent.waitForNewConnection(kLimitMs));
     const Run ended = isStopped ? wire.stop(SIGINT) : wire.end();
     QVERIFY2(ended.code == code, ended.error);
@@ -442,8 +446,8 @@ void tst_nacelle_wire::saysThatTheDiskIsFull()
         QVERIFY2(failed.error.contains("No space left"), failed.error);
     }
     // In the midst of what is written; a limit stands for the end of the disk.
-    const Run cut = shell(QString("ulimit -f 4; trap '' XFSZ; '%1' fields -o '%2'")
-                              .arg(WIRE_PATH, path("cut")));
+    const Run cut = shell(
+        QString("ulimit -f 4; trap '' XFSZ; '%1' fields -o '%2'").arg(WIRE_PATH, path("cut")));
     QCOMPARE(cut.code, 1);
     QVERIFY2(cut.error.contains("File too large"), cut.error);
 }

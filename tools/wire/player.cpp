@@ -10,7 +10,7 @@ constexpr int kBurst = 256;
 
 } // namespace
 
-Player::Player(const Pace &pace, std::function<bool(Record &)> next,
+Player::Player(const Pace &pace, std::function<Next(Record &)> next,
                std::function<void(const Record &)> send, std::function<bool()> isReady)
     : m_pace(pace), m_next(std::move(next)), m_send(std::move(send)), m_isReady(std::move(isReady))
 {
@@ -32,12 +32,13 @@ void Player::resume()
 }
 
 /// The next record and when it is due, once for each.
-bool Player::prepare()
+Player::Next Player::prepare()
 {
     if (m_isPrepared)
-        return true;
-    if (!m_next(m_record))
-        return false;
+        return Next::Here;
+    const Next next = m_next(m_record);
+    if (next != Next::Here)
+        return next;
     const bool isFirst = m_last == kNoTime;
     if (m_pace.gap > 0)
         m_due += isFirst ? 0 : double(m_pace.gap);
@@ -45,15 +46,16 @@ bool Player::prepare()
         m_due += double(m_record.time - m_last) / m_pace.speed;
     m_last = m_record.time == kNoTime ? 0 : m_record.time;
     m_isPrepared = true;
-    return true;
+    return Next::Here;
 }
 
 void Player::play()
 {
     for (int i = 0; i < kBurst; ++i) {
-        if (!m_isReady())
+        const Next next = m_isReady() ? prepare() : Next::Later;
+        if (next == Next::Later)
             return;
-        if (!prepare()) {
+        if (next == Next::End) {
             m_isFinished = true;
             m_timer.stop(); // what was sent last may have called for more
             emit finished();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/wire/record.h"
+#include "tools/wire/recordfeed.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -26,13 +26,15 @@ class Player : public QObject
     Q_OBJECT
 
 public:
+    using Next = RecordFeed::Next;
+
     /// `next` gives the records in turn, `send` takes each, `isReady` says whether more is taken
     /// now.
-    Player(const Pace &pace, std::function<bool(Record &)> next,
+    Player(const Pace &pace, std::function<Next(Record &)> next,
            std::function<void(const Record &)> send, std::function<bool()> isReady);
 
     void start();
-    /// Goes on after `isReady` had said no.
+    /// Goes on after `isReady` had said no, or `next` that there is none yet.
     void resume();
 
     qint64 count() const { return m_count; }
@@ -44,11 +46,11 @@ signals:
     void finished();
 
 private:
-    bool prepare();
+    Next prepare();
     void play();
 
     const Pace m_pace;
-    std::function<bool(Record &)> m_next;
+    std::function<Next(Record &)> m_next;
     std::function<void(const Record &)> m_send;
     std::function<bool()> m_isReady;
     QElapsedTimer m_clock;

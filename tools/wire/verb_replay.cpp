@@ -25,7 +25,9 @@ constexpr char kText[] =
     "                      a minute three times, ten times as fast\n"
     "\n"
     "Each frame has its moment, counted from the first: one that is late doesn't delay the next.\n"
-    "Times that go back count as no pause. Ends with 1 when the link is lost.";
+    "Times that go back count as no pause. A recording that comes by a pipe is played as it "
+    "comes,\n"
+    "and once. Ends with 1 when the link is lost, with 130 when it is stopped before its end.";
 
 constexpr qint64 kMuchUnsent = 1 << 20;
 
@@ -95,7 +97,7 @@ bool readWanted(const QCommandLineParser &parser, const QStringList &words, Want
 class Loop
 {
 public:
-    explicit Loop(const Wanted &wanted) : m_wanted(wanted), m_left(wanted.loops) {}
+    explicit Loop(Wanted wanted) : m_wanted(std::move(wanted)), m_left(m_wanted.loops) {}
 
     bool open()
     {
@@ -124,7 +126,7 @@ public:
     const QString &error() const { return m_error; }
 
 private:
-    const Wanted &m_wanted;
+    const Wanted m_wanted;
     int m_left;
     Filter m_filter;
     std::unique_ptr<RecordReader> m_reader;
@@ -158,14 +160,16 @@ void tie(Link &link, Player &player, LinkRun &links)
         Qt::QueuedConnection);
 }
 
-int play(const Wanted &wanted, Loop &loop, bool isMeasured)
+int play(const Wanted &wanted, const std::shared_ptr<Loop> &loop, bool isMeasured)
 {
     LinkRun links(false, [](const QString &text) { complain(text); });
     Link &link = links.add(wanted.address);
     const StopSignal stop;
-    QObject::connect(&stop, &StopSignal::stopped, &links, [&links] { links.end(kExitDone); });
+    QObject::connect(&stop, &StopSignal::stopped, &links,
+                     [&] { links.end(wanted.loops == 0 ? kExitDone : kExitStopped); });
+    RecordFeed feed([loop](Record &record) { return loop->next(record); });
     Player player(
-        wanted.pace, [&loop](Record &record) { return loop.next(record); },
+        wanted.pace, [&feed](Record &record) { return feed.take(record); },
         [&](const Record &record) {
             if (!link.send(record.bytes))
                 links.end(
@@ -173,9 +177,12 @@ int play(const Wanted &wanted, Loop &loop, bool isMeasured)
         },
         [&] { return !links.isEnded() && link.unsent() < kMuchUnsent; });
     tie(link, player, links);
+    QObject::connect(&feed, &RecordFeed::ready, &player, &Player::resume);
     const int code = links.run();
     if (isMeasured)
         sayLateness(player);
+    if (feed.isEnded() && !loop->error().isEmpty())
+        return complain(loop->error());
     return player.count() == 0 && code == kExitDone
                ? complain(wanted.path + QStringLiteral(": there is nothing to send on that side"))
                : code;
@@ -187,11 +194,10 @@ int run(const QCommandLineParser &parser, const QStringList &words)
     QString error;
     if (!readWanted(parser, words, wanted, error))
         return complainOfUsage(error);
-    Loop loop(wanted);
-    if (!loop.open())
-        return complain(loop.error());
-    const int code = play(wanted, loop, parser.isSet(QStringLiteral("stats")));
-    return loop.error().isEmpty() ? code : complain(loop.error());
+    const auto loop = std::make_shared<Loop>(wanted);
+    if (!loop->open())
+        return complain(loop->error());
+    return play(wanted, loop, parser.isSet(QStringLiteral("stats")));
 }
 
 } // namespace
