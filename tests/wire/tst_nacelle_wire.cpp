@@ -181,6 +181,7 @@ void tst_nacelle_wire::refusesItsCommandLine_data()
                               "record -o x --keep -1 tcp://pod",
                               "replay x",
                               "replay --speed 0 x tcp://pod",
+                              "replay --loop 2 - tcp://pod",
                               "diff x",
                               "replay --side up x tcp://pod",
                               "decode --language fr"})

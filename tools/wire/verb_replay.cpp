@@ -5,6 +5,8 @@
 #include "tools/wire/player.h"
 #include "tools/wire/verbs.h"
 
+#include <QFileInfo>
+
 namespace wire {
 
 namespace {
@@ -66,8 +68,20 @@ bool readPace(const QCommandLineParser &parser, Wanted &wanted, QString &error)
     wanted.pace.isAtOnce = parser.isSet(QStringLiteral("at-once"));
     if (!isGood || !(wanted.pace.speed >= 0.001 && wanted.pace.speed <= 1000000))
         error = QStringLiteral("--speed: a factor from 0.001 to 1000000 is needed");
-    return error.isEmpty() && readDurationOption(parser, "gap", wanted.pace.gap, error) &&
-           readCountOption(parser, "loop", 0, wanted.loops, error);
+    return error.isEmpty() && readDurationOption(parser, "gap", wanted.pace.gap, error);
+}
+
+/// Whether the recording can be read from its beginning again, as far as that is wanted.
+bool readLoops(const QCommandLineParser &parser, Wanted &wanted, QString &error)
+{
+    const QFileInfo file(wanted.path);
+    const bool isStream =
+        wanted.path == QLatin1String("-") || (file.exists() && !file.isFile() && !file.isDir());
+    if (!readCountOption(parser, "loop", 0, wanted.loops, error))
+        return false;
+    if (isStream && wanted.loops != 1)
+        error = QStringLiteral("--loop: %1 can be read only once").arg(wanted.path);
+    return error.isEmpty();
 }
 
 bool readSide(const QCommandLineParser &parser, Wanted &wanted, QString &error)
@@ -89,7 +103,7 @@ bool readWanted(const QCommandLineParser &parser, const QStringList &words, Want
         error = QStringLiteral("a recording and a link are needed");
     return error.isEmpty() && readLinkAddress(words.at(1), wanted.address, error) &&
            readSide(parser, wanted, error) && readPace(parser, wanted, error) &&
-           readTimes(parser, wanted.filter, error) &&
+           readLoops(parser, wanted, error) && readTimes(parser, wanted.filter, error) &&
            readReadOptions(parser, wanted.options, error);
 }
 
