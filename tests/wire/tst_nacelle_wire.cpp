@@ -146,6 +146,7 @@ private slots:
     void recordsUntilKilled();
     void rotates();
     void reconnects();
+    void servesOneAtATime();
     void losesASerialPort();
     void saysThatTheDiskIsFull();
     void failsOnFiles();
@@ -413,6 +414,29 @@ void tst_nacelle_wire::reconnects()
     QCOMPARE(ended.out, (frame.toHex().toUpper() + '\n').repeated(2));
     QVERIFY(ended.error.contains("closed"));
     QCOMPARE(run({"dump", tcpTo(freePort())}).code, 1);
+}
+
+/// A second bench is refused; what the first left unfinished is no part of the next one's frame.
+void tst_nacelle_wire::servesOneAtATime()
+{
+    const quint16 port = freePort();
+    Wire dump(
+        {"dump", "--hex", "--count", "2", QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port)});
+    const QByteArray frame = QByteArray::fromHex(command("photo"));
+    QTcpSocket first, second;
+    QVERIFY(joins(first, port));
+    first.write(frame.left(40));
+    QVERIFY(first.waitForBytesWritten(kLimitMs));
+    second.connectToHost("127.0.0.1", port);
+    QVERIFY(second.waitForConnected(kLimitMs));
+    QVERIFY(second.waitForDisconnected(kLimitMs));
+    first.disconnectFromHost();
+    QTRY_VERIFY_WITH_TIMEOUT(joins(second, port) && !second.waitForDisconnected(100), kLimitMs);
+    second.write(frame);
+    QVERIFY(second.waitForBytesWritten(kLimitMs));
+    const Run ended = dump.end();
+    QCOMPARE(ended.out, frame.left(40).toHex().toUpper() + '\n' + frame.toHex().toUpper() + '\n');
+    QVERIFY2(ended.error.contains("refused 127.0.0.1"), ended.error);
 }
 
 /// One reader has the port; without its other end it would be ready and empty for ever.

@@ -96,7 +96,8 @@ private:
     bool m_isGone = false;
 };
 
-/// The pod's side of TCP: all that connect get what is sent, and are heard.
+/// The pod's side of TCP. It serves one bench at a time, as a pod's line does: answers would reach
+/// the wrong one, and two streams make no frames together.
 class TcpListenLink : public Link
 {
 public:
@@ -117,42 +118,38 @@ public:
 
     bool send(const QByteArray &bytes) override
     {
-        for (QTcpSocket *client : qAsConst(m_clients)) {
-            client->write(bytes);
-            client->flush();
-        }
-        return !m_clients.isEmpty();
+        return m_client && m_client->write(bytes) == bytes.size() && (m_client->flush() || true);
     }
 
-    qint64 unsent() const override
-    {
-        qint64 most = 0;
-        for (const QTcpSocket *client : m_clients)
-            most = qMax(most, client->bytesToWrite());
-        return most;
-    }
+    qint64 unsent() const override { return m_client ? m_client->bytesToWrite() : 0; }
 
     void close() override
     {
         m_server.close();
-        const QList<QTcpSocket *> clients = m_clients;
-        for (QTcpSocket *client : clients) {
-            client->disconnectFromHost();
-            if (client->state() == QAbstractSocket::ClosingState)
-                client->waitForDisconnected(kConnectLimitMs);
-        }
+        if (!m_client)
+            return;
+        m_client->disconnectFromHost();
+        if (m_client && m_client->state() == QAbstractSocket::ClosingState)
+            m_client->waitForDisconnected(kConnectLimitMs);
     }
 
 private:
     void take(QTcpSocket *socket)
     {
+        if (m_client) {
+            emit noticed(failure(QStringLiteral("refused %1, another one is connected")
+                                     .arg(socket->peerAddress().toString())));
+            socket->abort();
+            socket->deleteLater();
+            return;
+        }
         makeQuick(socket);
-        m_clients.append(socket);
+        m_client = socket;
         connect(socket, &QTcpSocket::readyRead, this,
                 [this, socket] { emit received(socket->readAll()); });
         connect(socket, &QTcpSocket::bytesWritten, this, &Link::written);
         connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
-            m_clients.removeAll(socket);
+            m_client = nullptr;
             socket->deleteLater();
             emit written(); // what waited for it is gone
         });
@@ -160,7 +157,7 @@ private:
     }
 
     QTcpServer m_server;
-    QList<QTcpSocket *> m_clients;
+    QTcpSocket *m_client = nullptr;
 };
 
 /// Datagrams: each leaves from a fresh port, answers are received on the local one.

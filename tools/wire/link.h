@@ -52,6 +52,8 @@ signals:
     void received(const QByteArray &bytes);
     /// What waited to go out has become less.
     void written();
+    /// What an operator should know, while the link goes on.
+    void noticed(const QString &text);
     /// It couldn't be opened, or is lost.
     void closed(const QString &reason);
 

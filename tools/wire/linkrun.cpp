@@ -17,6 +17,7 @@ Link &LinkRun::add(const LinkAddress &address, Link *first)
     Link *link = m_links.back().get();
     connect(link, &Link::closed, this,
             [this, link](const QString &reason) { takeLoss(link, reason); });
+    connect(link, &Link::noticed, this, m_says);
     if (!first) {
         m_openedFirst.push_back(link);
         return *link;
@@ -70,6 +71,12 @@ void FrameTap::push(const QByteArray &bytes)
     m_cutter.push(bytes.constData(), bytes.size(), m_clock.now());
     for (Record record; m_cutter.take(record, true);)
         m_take(record);
+}
+
+void FrameTap::begin()
+{
+    finish();
+    m_cutter = StreamCutter(m_cut, m_direction);
 }
 
 void FrameTap::finish()

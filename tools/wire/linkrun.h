@@ -52,15 +52,20 @@ class FrameTap
 public:
     using Take = std::function<void(const Record &)>;
     FrameTap(Cut cut, Direction direction, const WireClock &clock, Take take)
-        : m_cutter(cut, direction), m_clock(clock), m_take(std::move(take))
+        : m_cut(cut), m_direction(direction), m_cutter(cut, direction), m_clock(clock),
+          m_take(std::move(take))
     {
     }
 
+    /// Begins with another peer: what the one before left unfinished is no part of its bytes.
+    void begin();
     void push(const QByteArray &bytes);
     /// Hands on what still waits for more.
     void finish();
 
 private:
+    Cut m_cut;
+    Direction m_direction;
     StreamCutter m_cutter;
     const WireClock &m_clock;
     Take m_take;

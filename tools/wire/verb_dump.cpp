@@ -13,7 +13,9 @@ constexpr char kText[] =
     "Listens on a link and writes each frame that is received: in the line form, or taken apart.\n"
     "\n"
     "  tcp://host:2332                    a pod that listens; 2332 may be left out\n"
-    "  tcp-listen://address:2332          the pod's side, for a bench to connect to\n"
+    "  tcp-listen://address:2332          the pod's side, for a bench to connect to; one at a "
+    "time,\n"
+    "                                     another is refused meanwhile, with a word\n"
     "  udp://host:2337?local=2338         to the host's port, received on the local one\n"
     "  serial:///dev/ttyUSB0?baud=115200  parity=none, odd or even; data=8; on Windows "
     "serial:///COM3\n"
@@ -95,6 +97,7 @@ int dump(LinkRun &run, Wanted &wanted, const FrameFormat &format, Output &output
             run.end(kExitDone);
     });
     Link &link = run.add(wanted.address);
+    QObject::connect(&link, &Link::opened, &run, [&tap] { tap.begin(); });
     QObject::connect(&link, &Link::received, &run, [&](const QByteArray &bytes) {
         tap.push(bytes);
         if (!output.flush())

@@ -119,6 +119,7 @@ private:
     /// Bytes go on before they are looked at: the bridge shall cost no time.
     void tie(Link &from, Link *to, FrameTap &tap)
     {
+        QObject::connect(&from, &Link::opened, &m_run, [&tap] { tap.begin(); });
         QObject::connect(&from, &Link::received, &m_run, [to, &tap](const QByteArray &bytes) {
             if (to)
                 to->send(bytes);
