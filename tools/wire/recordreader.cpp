@@ -13,6 +13,7 @@ namespace wire {
 namespace {
 
 constexpr int kSniffed = 64;
+constexpr int kMagicSize = 4;
 constexpr int kRawChunk = 64 * 1024;
 constexpr int kMicrosecondDigits = 6;
 constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
@@ -192,6 +193,16 @@ bool isText(const char *bytes, int size)
     });
 }
 
+/// Whether the first bytes show what the input is: a whole line, some that no text has, or enough.
+bool isTelling(const char *bytes, int size)
+{
+    if (size >= kSniffed || (size >= kMagicSize && !isText(bytes, size)))
+        return true;
+    const QByteArray head = QByteArray::fromRawData(bytes, size);
+    const QByteArray text = head.trimmed();
+    return !text.isEmpty() && head.indexOf('\n', head.indexOf(text)) >= 0;
+}
+
 } // namespace
 
 QString RecordReader::trouble() const
@@ -252,8 +263,11 @@ Format formatOf(const char *bytes, int size)
 std::unique_ptr<RecordReader> makeReader(std::unique_ptr<ByteSource> source,
                                          const ReadOptions &options, QString &error)
 {
-    source->fill(1); // of a pipe that is slow no more than it has
-    const Format format = formatOf(source->data(), source->size());
+    // A pipe may bring a byte at a time; of a slow one no more is awaited than it takes to know.
+    int size = 0;
+    while (!isTelling(source->data(), size) && source->fill(size + 1) > size)
+        ++size;
+    const Format format = formatOf(source->data(), size);
     switch (format) {
     case Format::Pcapng:
         return std::make_unique<PcapngReader>(std::move(source), options.cut);
