@@ -141,10 +141,14 @@ QByteArray ethernet(quint8 protocol, const QByteArray &transport)
            QByteArray::fromHex("7F0000017F000001") + transport;
 }
 
-QByteArray tcp(const QByteArray &payload)
+/// `at` counts from sixty bytes before the end of the sequence numbers.
+QByteArray tcp(const QByteArray &payload, int at = 0, const char *flags = "18")
 {
-    return ethernet(6, QByteArray::fromHex("091C1F90") + QByteArray(8, '\0') +
-                           QByteArray::fromHex("5018FFFF00000000") + payload);
+    QByteArray sequence = encodeU32(quint32(at - 60));
+    std::reverse(sequence.begin(), sequence.end());
+    return ethernet(6, QByteArray::fromHex("091C1F90") + sequence +
+                           QByteArray::fromHex("0000000050") + QByteArray::fromHex(flags) +
+                           QByteArray::fromHex("FFFF00000000") + payload);
 }
 
 QByteArray udp(const QByteArray &payload)
@@ -264,7 +268,20 @@ void tst_wirefiles::readsForeignCaptures_data()
     const QByteArray head = section() + interface(1);
     QTest::newRow("TCP") << head + packet(tcp(frame)) << line;
     QTest::newRow("TCP in two segments")
-        << head + packet(tcp(frame.left(30))) + packet(tcp(frame.mid(30))) << line;
+        << head + packet(tcp(frame.left(30))) + packet(tcp(frame.mid(30), 30)) << line;
+    const QByteArray first = packet(tcp(frame.left(30))),
+                     second = packet(tcp(frame.mid(30, 30), 30)),
+                     third = packet(tcp(frame.mid(60), 60));
+    const QByteArray after = packet(tcp(other, 73));
+    const QByteArray both = line + "(1.000000) tx " + other.toHex().toUpper() + '\n';
+    QTest::newRow("segments that overtake") << head + first + third + after + second << both;
+    QTest::newRow("segments again")
+        << head + first + second + first + second + third + third + after << both;
+    QTest::newRow("a segment of two again")
+        << head + first + second + packet(tcp(frame.mid(10), 10)) + after << both;
+    QTest::newRow("a lost segment") << head + first + third + after << both.mid(line.size());
+    QTest::newRow("another connection")
+        << head + first + packet(tcp("", 100, "02")) + packet(tcp(frame, 101)) << line;
     QTest::newRow("TCP between other bytes") << head + packet(tcp("GET " + frame + " /")) << line;
     QTest::newRow("UDP") << head + packet(udp(frame)) << line;
     QTest::newRow("a VLAN") << head + packet(tcp(frame).insert(12, QByteArray::fromHex("81000001")))
@@ -313,6 +330,10 @@ void tst_wirefiles::refusesDamage_data()
     QTest::newRow("endless block")
         << section() + little(6) + little(0xFFFFFFF0) + little(0) << "4294967280 bytes";
     QTest::newRow("block of no size") << section() + little(6) + little(0) + little(0) << "0 bytes";
+    const auto segment = [](int at, const QByteArray &bytes) { return packet(tcp(bytes, at)); };
+    QTest::newRow("lost segments") << section() + interface(1) + segment(0, gcu(1)) +
+                                          segment(80, gcu(2)) + segment(160, gcu(3))
+                                   << "a TCP stream aren't in the capture (and 1 more)";
     QTest::newRow("no interface") << section() + packet(gcu(1)) << "any interface";
     QByteArray lying = packet(gcu(1));
     QTest::newRow("lying packet") << head + lying.replace(20, 4, little(5000))
@@ -425,7 +446,7 @@ void tst_wirefiles::cutsAsTheBench()
     ReadOptions options;
     options.cut = Cut::AsBench;
     const QByteArray capture = section() + interface(1) + packet(tcp(gcu(1) + gcu(2))) +
-                               packet(tcp(gcu(3).left(20))) + packet(tcp(gcu(3).mid(20)));
+                               packet(tcp(gcu(3).left(20), 146)) + packet(tcp(gcu(3).mid(20), 166));
     const Reading reading = readingOf(capture, options);
     QCOMPARE(reading.records.size(), 2);
     QCOMPARE(reading.records.at(0).bytes, gcu(1));

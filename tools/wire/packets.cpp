@@ -10,6 +10,7 @@ constexpr quint16 kIpv4 = 0x0800;
 constexpr quint16 kIpv6 = 0x86DD;
 constexpr int kTcp = 6;
 constexpr int kUdp = 17;
+constexpr quint8 kSynFlag = 2;
 
 /// A stretch of the packet that is cut from the front, never beyond what is there.
 struct Rest
@@ -32,7 +33,8 @@ struct Rest
     void limit(int count) { size = qBound(0, count, size); }
 };
 
-Payload transportOf(int protocol, Rest rest, const QByteArray &addresses)
+/// `size` as IP says it.
+Payload transportOf(int protocol, Rest rest, int size, const QByteArray &addresses)
 {
     Payload payload;
     const int head = protocol == kUdp ? 8 : 4 * (rest.byte(12) >> 4);
@@ -42,6 +44,9 @@ Payload transportOf(int protocol, Rest rest, const QByteArray &addresses)
     payload.flow = addresses + QByteArray(rest.bytes, 4);
     if (protocol == kUdp)
         rest.limit(rest.word(4));
+    payload.sequence = quint32(rest.word(4)) << 16 | rest.word(6);
+    payload.isFirst = protocol == kTcp && (rest.byte(13) & kSynFlag);
+    payload.missing = qMax(0, size - rest.size);
     rest.drop(head);
     payload.bytes = rest.bytes;
     payload.size = rest.size;
@@ -55,12 +60,13 @@ Payload ipv4Of(Rest rest)
     if (head < 20 || !rest.has(head) || isLaterFragment)
         return {};
     // An adapter that cuts segments itself captures them with a length of 0.
-    if (rest.word(2) != 0)
-        rest.limit(rest.word(2));
+    const int said = rest.word(2);
+    if (said != 0)
+        rest.limit(said);
     const QByteArray addresses(rest.bytes + 12, 8);
     const int protocol = rest.byte(9);
     rest.drop(head);
-    return transportOf(protocol, rest, addresses);
+    return transportOf(protocol, rest, said - head, addresses);
 }
 
 Payload ipv6Of(Rest rest)
@@ -73,7 +79,7 @@ Payload ipv6Of(Rest rest)
     rest.drop(40);
     if (size != 0)
         rest.limit(size);
-    return transportOf(protocol, rest, addresses);
+    return transportOf(protocol, rest, size, addresses);
 }
 
 Payload ipOf(Rest rest)

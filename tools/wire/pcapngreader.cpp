@@ -68,12 +68,8 @@ bool PcapngReader::next(Record &record)
         if (m_isEnded)
             return false;
         m_isEnded = !readBlock();
-        if (m_isEnded) {
-            for (StreamCutter &cutter : m_flows) {
-                cutter.finish();
-                queueForeign(cutter);
-            }
-        }
+        if (m_isEnded)
+            endAllFlows();
     }
     return true;
 }
@@ -225,7 +221,7 @@ void PcapngReader::takePacket(const Interface &interface, const Packet &packet)
 
 void PcapngReader::takeForeign(const Payload &payload, const Packet &packet)
 {
-    if (payload.kind == Payload::None || payload.size == 0)
+    if (payload.kind == Payload::None || (payload.size == 0 && !payload.isFirst))
         return;
     if (payload.kind == Payload::Datagram) {
         const QByteArray bytes(payload.bytes, payload.size);
@@ -233,28 +229,66 @@ void PcapngReader::takeForeign(const Payload &payload, const Packet &packet)
             m_queue.put({packet.time, usualDirection(kindOf(bytes)), bytes});
         return;
     }
+    if (payload.isFirst) {
+        const auto former = m_flows.find(payload.flow);
+        if (former != m_flows.end()) {
+            endFlow(*former);
+            m_flows.erase(former);
+        }
+        return;
+    }
     // The bench cuts what it receives only.
     const bool isSent = kindOf(payload.bytes, payload.size) == FrameKind::Host;
-    StreamCutter &cutter = flowOf(payload.flow, isSent ? Cut::Searching : m_cut);
-    cutter.push(payload.bytes, payload.size, packet.time);
-    queueForeign(cutter);
+    Flow &flow = flowOf(payload.flow, isSent ? Cut::Searching : m_cut);
+    flow.time = packet.time;
+    flow.order.push(payload.sequence, payload.bytes, payload.size, payload.missing, into(flow));
+}
+
+SegmentOrder::Take PcapngReader::into(Flow &flow)
+{
+    return [this, &flow](const char *bytes, int size) {
+        flow.cutter.push(bytes, size, flow.time);
+        queueForeign(flow);
+    };
 }
 
 /// Of a capture that may hold anything only frames are taken, not the bytes between them.
-void PcapngReader::queueForeign(StreamCutter &cutter)
+void PcapngReader::queueForeign(Flow &flow)
 {
-    for (Record record; cutter.take(record, true);)
-        if (kindOf(record.bytes) != FrameKind::Unknown && record.bytes.size() >= kFrameOverhead)
-            m_queue.put(record);
+    for (Record record; flow.cutter.take(record, true);) {
+        if (kindOf(record.bytes) == FrameKind::Unknown || record.bytes.size() < kFrameOverhead)
+            continue;
+        m_queue.put(record);
+        flow.hasFrames = true;
+    }
+}
+
+/// What a stream that isn't the pod's has lost is nobody's trouble.
+void PcapngReader::endFlow(Flow &flow)
+{
+    flow.order.finish(into(flow));
+    flow.cutter.finish();
+    queueForeign(flow);
+    for (int i = 0; flow.hasFrames && i < flow.order.gaps(); ++i)
+        addTrouble(QStringLiteral("bytes of a TCP stream aren't in the capture"));
+}
+
+void PcapngReader::endAllFlows()
+{
+    for (Flow &flow : m_flows)
+        endFlow(flow);
+    m_flows.clear();
 }
 
 /// A capture may have any number of streams. Beyond a few hundred all begin anew.
-StreamCutter &PcapngReader::flowOf(const QByteArray &key, Cut cut)
+PcapngReader::Flow &PcapngReader::flowOf(const QByteArray &key, Cut cut)
 {
-    if (!m_flows.contains(key) && m_flows.size() >= kMostFlows)
-        m_flows.clear();
     const auto flow = m_flows.find(key);
-    return flow == m_flows.end() ? *m_flows.insert(key, StreamCutter(cut)) : *flow;
+    if (flow != m_flows.end())
+        return *flow;
+    if (m_flows.size() >= kMostFlows)
+        endAllFlows();
+    return *m_flows.insert(key, {SegmentOrder(), StreamCutter(cut)});
 }
 
 } // namespace wire

@@ -2,6 +2,7 @@
 
 #include "tools/wire/packets.h"
 #include "tools/wire/recordreader.h"
+#include "tools/wire/segmentorder.h"
 
 #include <QHash>
 #include <QVector>
@@ -17,8 +18,8 @@ constexpr quint32 kEnhancedBlock = 6;
 constexpr quint32 kByteOrderMagic = 0x1A2B3C4D;
 
 /// Reads pcapng of either byte order: a packet of link type USER0 is a record as it stands; of
-/// other link types the payload of TCP and UDP is looked at for frames. Segments are taken in the
-/// order in which they were captured, a stream for each pair of ends.
+/// other link types the payload of TCP and UDP is looked at for frames, a stream for each pair of
+/// ends.
 class PcapngReader : public RecordReader
 {
 public:
@@ -40,6 +41,15 @@ private:
         Direction direction = Direction::Unknown;
     };
 
+    /// One direction of a TCP connection.
+    struct Flow
+    {
+        SegmentOrder order;
+        StreamCutter cutter;
+        qint64 time = kNoTime; ///< of its last packet
+        bool hasFrames = false;
+    };
+
     bool readBlock();
     bool endInBlock();
     void takeBlock(quint32 type, const char *body, int size);
@@ -49,8 +59,11 @@ private:
     void takeSimple(const char *body, int size);
     void takePacket(const Interface &interface, const Packet &packet);
     void takeForeign(const Payload &payload, const Packet &packet);
-    void queueForeign(StreamCutter &cutter);
-    StreamCutter &flowOf(const QByteArray &key, Cut cut);
+    void queueForeign(Flow &flow);
+    SegmentOrder::Take into(Flow &flow);
+    Flow &flowOf(const QByteArray &key, Cut cut);
+    void endFlow(Flow &flow);
+    void endAllFlows();
     quint16 u16(const char *at) const;
     quint32 u32(const char *at) const;
     template <typename Take>
@@ -60,7 +73,7 @@ private:
     bool m_isSwapped = false;
     bool m_isEnded = false;
     QVector<Interface> m_interfaces;
-    QHash<QByteArray, StreamCutter> m_flows;
+    QHash<QByteArray, Flow> m_flows;
     StreamCutter m_own; ///< of this tool's packets, where they are cut as the bench does
     RecordQueue<Record> m_queue;
 };
