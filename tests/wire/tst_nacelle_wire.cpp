@@ -384,16 +384,23 @@ void tst_nacelle_wire::recordsUntilKilled()
 
 void tst_nacelle_wire::rotates()
 {
+    // Of earlier nights, and of nobody's.
+    for (const char *name : {"night-00007.pcapng", "night-123456.pcapng", "night-0123457.pcapng",
+                             "night-x.pcapng", "nightly-00001.pcapng"}) {
+        QFile file(path(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+    }
     PodProcess pod({"--tcp", "0"});
     const quint16 port = freePort();
     Wire recorder({"record", "-o", path("night.pcapng"), "--rotate-time", "500ms", "--keep", "2",
                    "--bridge", QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port),
                    tcpTo(pod.port("tcp"))});
-    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path("night-00003.pcapng")), kLimitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path("night-123459.pcapng")), kLimitMs);
     QCOMPARE(recorder.stop().code, 0);
     const QStringList files = QDir(m_folder->path()).entryList({"night*"});
-    QCOMPARE(files.size(), 2);
-    QCOMPARE(run({"convert", path("night-00003.pcapng")}).code, 0);
+    QCOMPARE(files.size(), 2 + 3);
+    QVERIFY(!files.contains("night-00007.pcapng"));
+    QCOMPARE(run({"convert", path("night-123459.pcapng")}).code, 0);
 }
 
 void tst_nacelle_wire::reconnects()

@@ -1,9 +1,29 @@
 #include "tools/wire/recorder.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QVector>
+
+#include <algorithm>
 
 namespace wire {
+
+namespace {
+
+constexpr int kDigits = 5;
+
+} // namespace
+
+Recorder::Recorder(const QString &path, const FrameFormat &format, const Rotation &rotation)
+    : m_path(path), m_format(format), m_rotation(rotation)
+{
+    const QString suffix = QFileInfo(path).suffix();
+    m_end = suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix;
+    m_stem = path.chopped(m_end.size()) + QLatin1Char('-');
+    if (rotates())
+        findFormer();
+}
 
 bool Recorder::isDue() const
 {
@@ -12,16 +32,34 @@ bool Recorder::isDue() const
             m_since.nsecsElapsed() / 1000 >= m_rotation.microseconds);
 }
 
+QString Recorder::pathOf(qint64 number) const
+{
+    return QStringLiteral("%1%2%3")
+        .arg(m_stem)
+        .arg(number, kDigits, 10, QLatin1Char('0'))
+        .arg(m_end);
+}
+
+/// Files of earlier runs: to begin at 1 again would write over a night that is wanted yet.
+void Recorder::findFormer()
+{
+    const QFileInfo stem(m_stem);
+    const int more = stem.fileName().size() + m_end.size();
+    QVector<qint64> numbers;
+    for (const QString &name : stem.dir().entryList(QDir::Files | QDir::Hidden)) {
+        const qint64 number = name.mid(stem.fileName().size(), name.size() - more).toLongLong();
+        if (number > 0 && QFileInfo(pathOf(number)).fileName() == name)
+            numbers.append(number);
+    }
+    std::sort(numbers.begin(), numbers.end());
+    for (const qint64 number : qAsConst(numbers))
+        m_files.append(pathOf(number));
+    m_number = numbers.isEmpty() ? 0 : numbers.last();
+}
+
 QString Recorder::nextPath()
 {
-    if (m_rotation.bytes == 0 && m_rotation.microseconds == 0)
-        return m_path;
-    const QFileInfo info(m_path);
-    const QString end = info.suffix().isEmpty() ? QString() : QLatin1Char('.') + info.suffix();
-    return QStringLiteral("%1-%2%3")
-        .arg(m_path.chopped(end.size()))
-        .arg(++m_number, 5, 10, QLatin1Char('0'))
-        .arg(end);
+    return rotates() ? pathOf(++m_number) : m_path;
 }
 
 bool Recorder::open()

@@ -17,14 +17,12 @@ struct Rotation
 };
 
 /// Writes records into a file, or into one after another: night.pcapng, or night-00001.pcapng and
-/// so on. What is written reaches the disk when `flush` is called.
+/// so on, from the highest number that is there already; `keep` counts those files too. What is
+/// written reaches the disk when `flush` is called.
 class Recorder
 {
 public:
-    Recorder(const QString &path, const FrameFormat &format, const Rotation &rotation)
-        : m_path(path), m_format(format), m_rotation(rotation)
-    {
-    }
+    Recorder(const QString &path, const FrameFormat &format, const Rotation &rotation);
 
     bool open();
     /// False after a failure, of which `error` speaks.
@@ -36,7 +34,10 @@ public:
     qint64 count() const { return m_count; }
 
 private:
+    bool rotates() const { return m_rotation.bytes > 0 || m_rotation.microseconds > 0; }
     bool isDue() const;
+    QString pathOf(qint64 number) const;
+    void findFormer();
     QString nextPath();
 
     const QString m_path;
@@ -44,8 +45,9 @@ private:
     const Rotation m_rotation;
     Output m_output;
     QElapsedTimer m_since;
+    QString m_stem, m_end; ///< of a file's path, before its number and after it
     QStringList m_files;
-    int m_number = 0;
+    qint64 m_number = 0;
     qint64 m_count = 0;
 };
 

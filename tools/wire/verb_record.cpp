@@ -28,6 +28,9 @@ constexpr char kText[] =
     "The file's name says the form: .pcapng, .log, .hex, else the line form. What has been "
     "recorded is\n"
     "on the disk after a second at most. It goes on until Ctrl+C, --for, or the loss of a link.\n"
+    "Files that follow one another are night-00001.pcapng and so on, after the highest number "
+    "that\n"
+    "is there already.\n"
     "\n"
     "Ends with 1 when a link is lost or can't be opened, or the file can't be written.";
 
@@ -47,8 +50,11 @@ void addOptions(QCommandLineParser &parser)
     parser.addOption({QStringLiteral("rotate-time"),
                       QStringLiteral("Begin another file after this time."),
                       QStringLiteral("time")});
-    parser.addOption({QStringLiteral("keep"), QStringLiteral("Keep so many files, the newest."),
-                      QStringLiteral("number")});
+    parser.addOption(
+        {QStringLiteral("keep"),
+         QStringLiteral("Keep so many files of that name, the newest; those of earlier "
+                        "runs count, and go first."),
+         QStringLiteral("number")});
     parser.addOption({QStringLiteral("as"), QStringLiteral("pcapng, line, log or hex."),
                       QStringLiteral("form")});
     parser.addOption(
