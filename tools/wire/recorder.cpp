@@ -21,7 +21,7 @@ Recorder::Recorder(const QString &path, const FrameFormat &format, const Rotatio
     const QString suffix = QFileInfo(path).suffix();
     m_end = suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix;
     m_stem = path.chopped(m_end.size()) + QLatin1Char('-');
-    if (rotates())
+    if (m_rotation.isWanted())
         findFormer();
 }
 
@@ -59,7 +59,7 @@ void Recorder::findFormer()
 
 QString Recorder::nextPath()
 {
-    return rotates() ? pathOf(++m_number) : m_path;
+    return m_rotation.isWanted() ? pathOf(++m_number) : m_path;
 }
 
 bool Recorder::open()

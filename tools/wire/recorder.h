@@ -14,6 +14,8 @@ struct Rotation
     qint64 bytes = 0;
     qint64 microseconds = 0;
     int keep = 0;
+
+    bool isWanted() const { return bytes > 0 || microseconds > 0; }
 };
 
 /// Writes records into a file, or into one after another: night.pcapng, or night-00001.pcapng and
@@ -34,7 +36,6 @@ public:
     qint64 count() const { return m_count; }
 
 private:
-    bool rotates() const { return m_rotation.bytes > 0 || m_rotation.microseconds > 0; }
     bool isDue() const;
     QString pathOf(qint64 number) const;
     void findFormer();

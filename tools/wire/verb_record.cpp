@@ -73,6 +73,15 @@ struct Wanted
     Language language = Language::English;
 };
 
+bool checkRotation(const QCommandLineParser &parser, const Rotation &rotation, QString &error)
+{
+    if (rotation.isWanted() && parser.value(QStringLiteral("output")) == QLatin1String("-"))
+        error = QStringLiteral("standard output can't be rotated");
+    else if (!rotation.isWanted() && parser.isSet(QStringLiteral("keep")))
+        error = QStringLiteral("--keep needs --rotate-size or --rotate-time");
+    return error.isEmpty();
+}
+
 bool readWanted(const QCommandLineParser &parser, const QStringList &words, Wanted &wanted,
                 QString &error)
 {
@@ -93,7 +102,7 @@ bool readWanted(const QCommandLineParser &parser, const QStringList &words, Want
         readCountOption(parser, "rotate-size", 0, megabytes, error) &&
         readCountOption(parser, "keep", 0, wanted.rotation.keep, error);
     wanted.rotation.bytes = qint64(megabytes) * 1000000;
-    return isGood;
+    return isGood && checkRotation(parser, wanted.rotation, error);
 }
 
 /// Links, what hands their bytes on, and what writes them down.
