@@ -54,7 +54,10 @@ public:
         return end();
     }
 
-    bool isRunning() { return m_process.state() == QProcess::Running; }
+    bool hasEnded(int limitMs)
+    {
+        return m_process.state() == QProcess::NotRunning || m_process.waitForFinished(limitMs);
+    }
 
 private:
     QProcess m_process;
@@ -276,6 +279,8 @@ void tst_nacelle_wire::endsUnanswered_data()
     QTest::addColumn<int>("code");
     QTest::newRow("sent, time over") << "send --until-answer --for 50ms" << false << 3;
     QTest::newRow("sent, stopped") << "send --until-answer" << true << 130;
+    QTest::newRow("sent, time far off")
+        << "send --until-answer --timeout 600h --for 700h" << true << 130;
     QTest::newRow("sent so often, stopped") << "send --every 1ms --count 1000000" << true << 130;
     QTest::newRow("sent for ever, stopped") << "send --every 1ms" << true << 0;
     QTest::newRow("awaited, time over") << "dump --count 1 --for 50ms" << false << 3;
@@ -295,6 +300,9 @@ void tst_nacelle_wire::endsUnanswered()
     Wire wire(words.split(' ') << tcpTo(silent.serverPort()), command("photo"),
               words == "replay -");
     QVERIFY(silent.waitForNewConnection(kLimitMs));
+    QTcpSocket *client = silent.nextPendingConnection();
+    while (isStopped && words.startsWith("send") && client->bytesAvailable() < 3 * 73)
+        QVERIFY(client->waitForReadyRead(kLimitMs));
     const Run ended = isStopped ? wire.stop(SIGINT) : wire.end();
     QVERIFY2(ended.code == code, ended.error);
 }
@@ -440,9 +448,12 @@ void tst_nacelle_wire::servesOneAtATime()
     QVERIFY(second.waitForConnected(kLimitMs));
     QVERIFY(second.waitForDisconnected(kLimitMs));
     first.disconnectFromHost();
-    QTRY_VERIFY_WITH_TIMEOUT(joins(second, port) && !second.waitForDisconnected(100), kLimitMs);
-    second.write(frame);
-    QVERIFY(second.waitForBytesWritten(kLimitMs));
+    do { // refused as long as the first one's end isn't heard
+        QVERIFY(joins(second, port));
+        second.write(frame);
+        while (second.state() != QAbstractSocket::UnconnectedState)
+            second.waitForDisconnected(kLimitMs);
+    } while (!dump.hasEnded(1000));
     const Run ended = dump.end();
     QCOMPARE(ended.out, frame.left(40).toHex().toUpper() + '\n' + frame.toHex().toUpper() + '\n');
     QVERIFY2(ended.error.contains("refused 127.0.0.1"), ended.error);

@@ -1,7 +1,5 @@
 #include "tools/wire/linkrun.h"
 
-#include <limits>
-
 namespace wire {
 
 namespace {
@@ -32,9 +30,8 @@ Link &LinkRun::add(const LinkAddress &address, Link *first)
 
 void LinkRun::limit(qint64 microseconds, int code)
 {
-    const qint64 most = std::numeric_limits<int>::max();
-    QTimer::singleShot(int(qBound<qint64>(0, microseconds / 1000, most)), Qt::PreciseTimer, this,
-                       [this, code] { end(code); });
+    connect(&m_limit, &FarTimer::timeout, this, [this, code] { end(code); });
+    m_limit.start(microseconds);
 }
 
 void LinkRun::end(int code)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/wire/fartimer.h"
 #include "tools/wire/link.h"
 #include "tools/wire/record.h"
 #include "tools/wire/streamcutter.h"
@@ -42,6 +43,7 @@ private:
     std::vector<std::unique_ptr<Link>> m_links;
     std::vector<Link *> m_openedFirst;
     QEventLoop m_loop;
+    FarTimer m_limit;
     bool m_isEnded = false;
     int m_code = 0;
 };

@@ -112,8 +112,8 @@ public:
         QObject::connect(&m_link, &Link::received, &run,
                          [this](const QByteArray &bytes) { m_tap.push(bytes); });
         QObject::connect(&m_link, &Link::written, &run, [this] { endWhenSent(); });
-        m_timer.setTimerType(Qt::PreciseTimer);
-        QObject::connect(&m_timer, &QTimer::timeout, &run, [this] { sendRound(); });
+        QObject::connect(&m_timer, &FarTimer::timeout, &run, [this] { sendRound(); });
+        QObject::connect(&m_patience, &FarTimer::timeout, &run, [&run] { run.end(kExitNoAnswer); });
     }
 
 private:
@@ -122,14 +122,12 @@ private:
     void begin()
     {
         if (m_wanted.isAnswered)
-            QTimer::singleShot(int(m_wanted.timeout / 1000), &m_run,
-                               [this] { m_run.end(kExitNoAnswer); });
+            m_patience.start(m_wanted.timeout);
         if (m_wanted.time > 0)
             m_run.limit(m_wanted.time, m_wanted.isAnswered ? kExitNoAnswer : kExitDone);
         sendRound();
         if (isRepeated() && !m_isDone)
-            m_timer.start(
-                int(qMax<qint64>(1, (m_wanted.every > 0 ? m_wanted.every : kUsualPause) / 1000)));
+            m_timer.repeat(m_wanted.every > 0 ? m_wanted.every : kUsualPause);
     }
 
     void sendRound()
@@ -181,7 +179,7 @@ private:
     const WireClock m_clock;
     Link &m_link;
     FrameTap m_tap;
-    QTimer m_timer;
+    FarTimer m_timer, m_patience;
     int m_rounds = 0;
     bool m_isDone = false;
     bool m_isOver = false;
