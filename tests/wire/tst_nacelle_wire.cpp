@@ -54,6 +54,18 @@ public:
         return end();
     }
 
+    /// True once standard error has the text.
+    bool says(const char *text)
+    {
+        const QDeadlineTimer limit(kLimitMs);
+        m_process.setReadChannel(QProcess::StandardError);
+        while (!m_said.contains(text) && !limit.hasExpired()) {
+            m_process.waitForReadyRead(100);
+            m_said += m_process.readAllStandardError();
+        }
+        return m_said.contains(text);
+    }
+
     bool hasEnded(int limitMs)
     {
         return m_process.state() == QProcess::NotRunning || m_process.waitForFinished(limitMs);
@@ -61,6 +73,7 @@ public:
 
 private:
     QProcess m_process;
+    QByteArray m_said;
 };
 
 Run run(const QStringList &arguments, const QByteArray &input = {})
@@ -146,6 +159,8 @@ private slots:
     void endsUnanswered();
     void sendsFromFreshPorts();
     void bridgesAndReplays();
+    void recordsWhatReachesThePod();
+    void makesTheBenchWait();
     void recordsUntilKilled();
     void rotates();
     void reconnects();
@@ -370,6 +385,60 @@ void tst_nacelle_wire::bridgesAndReplays()
     QCOMPARE(compared.code, 0);
     QCOMPARE(run({"diff", "--kind", "host", path("run.pcapng"), command("photo").trimmed()}).code,
              1);
+}
+
+/// What the bench sends while the pod's link is lost isn't in the recording.
+void tst_nacelle_wire::recordsWhatReachesThePod()
+{
+    QTcpServer pod;
+    QVERIFY(pod.listen(QHostAddress::LocalHost));
+    const quint16 port = freePort(), podPort = pod.serverPort();
+    Wire bridge({"record", "-o", path("run.hex"), "--reconnect", "--bridge",
+                 QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port), tcpTo(podPort)});
+    QVERIFY(pod.waitForNewConnection(kLimitMs));
+    QTcpSocket bench;
+    QVERIFY(joins(bench, port));
+    pod.close();
+    delete pod.nextPendingConnection();
+    QVERIFY(bridge.says("closed"));
+    bench.write(QByteArray::fromHex(command("photo")));
+    QVERIFY(bench.waitForBytesWritten(kLimitMs) && bridge.says("dropped"));
+    QVERIFY(pod.listen(QHostAddress::LocalHost, podPort) && pod.waitForNewConnection(kLimitMs));
+    QTcpSocket *link = pod.nextPendingConnection();
+    const QByteArray lock = QByteArray::fromHex(command("lock"));
+    bench.write(lock);
+    QVERIFY(bench.waitForBytesWritten(kLimitMs));
+    QVERIFY(link->waitForReadyRead(kLimitMs));
+    QCOMPARE(link->readAll(), lock);
+    QCOMPARE(bridge.stop().code, 0);
+    QCOMPARE(run({"convert", "--as", "hex", path("run.hex")}).out, command("lock"));
+}
+
+/// A pod that reads nothing doesn't fill the bridge's memory; and all comes once it reads.
+void tst_nacelle_wire::makesTheBenchWait()
+{
+    constexpr int kSize = 32 << 20; // more than all buffers on the way
+    QTcpServer pod;
+    QVERIFY(pod.listen(QHostAddress::LocalHost));
+    const quint16 port = freePort();
+    Wire bridge({"record", "-o", path("run.pcapng"), "--bridge",
+                 QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port), tcpTo(pod.serverPort())});
+    QVERIFY(pod.waitForNewConnection(kLimitMs));
+    QTcpSocket *link = pod.nextPendingConnection();
+    link->setReadBufferSize(1);
+    QTcpSocket bench;
+    QVERIFY(joins(bench, port));
+    bench.write(QByteArray(kSize, '\x11'));
+    while (bench.bytesToWrite() > 0 && bench.waitForBytesWritten(1000)) {
+    }
+    QVERIFY(bench.bytesToWrite() > 0);
+    int count = 0;
+    const auto read = [&] { count += link->readAll().size(); };
+    connect(link, &QTcpSocket::readyRead, this, read);
+    link->setReadBufferSize(0);
+    read();
+    QTRY_COMPARE_WITH_TIMEOUT(count, kSize, kLimitMs);
+    QCOMPARE(bridge.stop().code, 0);
 }
 
 /// What is on the disk after a second is read, wherever the end is.

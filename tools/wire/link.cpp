@@ -47,8 +47,7 @@ public:
             makeQuick(&m_socket);
             emit opened();
         });
-        connect(&m_socket, &QTcpSocket::readyRead, this,
-                [this] { emit received(m_socket.readAll()); });
+        connect(&m_socket, &QTcpSocket::readyRead, this, &TcpLink::readUnlessHeld);
         connect(&m_socket, &QTcpSocket::bytesWritten, this, &Link::written);
         connect(&m_socket, &QTcpSocket::errorOccurred, this,
                 [this] { fail(m_socket.errorString()); });
@@ -78,15 +77,20 @@ public:
     }
 
 private:
+    void read() override
+    {
+        const QByteArray bytes = m_socket.readAll();
+        if (!bytes.isEmpty())
+            emit received(bytes);
+    }
+
     void fail(const QString &reason)
     {
         if (m_isGone)
             return;
         m_isGone = true;
         m_limit.stop();
-        const QByteArray last = m_socket.readAll();
-        if (!last.isEmpty())
-            emit received(last);
+        read(); // what came last
         m_socket.abort();
         emit closed(failure(reason));
     }
@@ -134,6 +138,13 @@ public:
     }
 
 private:
+    void read() override
+    {
+        const QByteArray bytes = m_client ? m_client->readAll() : QByteArray();
+        if (!bytes.isEmpty())
+            emit received(bytes);
+    }
+
     void take(QTcpSocket *socket)
     {
         if (m_client) {
@@ -145,10 +156,10 @@ private:
         }
         makeQuick(socket);
         m_client = socket;
-        connect(socket, &QTcpSocket::readyRead, this,
-                [this, socket] { emit received(socket->readAll()); });
+        connect(socket, &QTcpSocket::readyRead, this, &TcpListenLink::readUnlessHeld);
         connect(socket, &QTcpSocket::bytesWritten, this, &Link::written);
         connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
+            read(); // what came last
             m_client = nullptr;
             socket->deleteLater();
             emit written(); // what waited for it is gone
@@ -166,7 +177,7 @@ class UdpLink : public Link
 public:
     explicit UdpLink(const LinkAddress &address) : Link(address)
     {
-        connect(&m_socket, &QUdpSocket::readyRead, this, &UdpLink::read);
+        connect(&m_socket, &QUdpSocket::readyRead, this, &UdpLink::readUnlessHeld);
     }
 
     void open() override
@@ -189,7 +200,7 @@ public:
     void close() override { m_socket.close(); }
 
 private:
-    void read()
+    void read() override
     {
         while (m_socket.hasPendingDatagrams()) {
             QByteArray bytes(int(qMax<qint64>(0, m_socket.pendingDatagramSize())), '\0');
@@ -209,8 +220,8 @@ class SerialLink : public Link
 public:
     explicit SerialLink(const LinkAddress &address) : Link(address)
     {
-        connect(&m_port, &QSerialPort::readyRead, this,
-                [this] { emit received(m_port.readAll()); });
+        m_port.setReadBufferSize(kReadSize);
+        connect(&m_port, &QSerialPort::readyRead, this, &SerialLink::readUnlessHeld);
         connect(&m_port, &QSerialPort::bytesWritten, this, &Link::written);
         connect(&m_port, &QSerialPort::errorOccurred, this,
                 [this](QSerialPort::SerialPortError error) {
@@ -257,6 +268,13 @@ public:
     }
 
 private:
+    void read() override
+    {
+        const QByteArray bytes = m_port.readAll();
+        if (!bytes.isEmpty())
+            emit received(bytes);
+    }
+
     void lose()
     {
         if (!m_port.isOpen())
@@ -270,6 +288,20 @@ private:
 };
 
 } // namespace
+
+void Link::hold(bool isHeld)
+{
+    const bool wasHeld = m_isHeld;
+    m_isHeld = isHeld;
+    if (wasHeld && !isHeld)
+        read();
+}
+
+void Link::readUnlessHeld()
+{
+    if (!m_isHeld)
+        read();
+}
 
 std::unique_ptr<Link> Link::make(const LinkAddress &address)
 {

@@ -43,6 +43,9 @@ public:
     virtual bool send(const QByteArray &bytes) = 0;
     /// Bytes that wait to go out.
     virtual qint64 unsent() const { return 0; }
+    /// Reads no more for a while, so that its other end has to wait as far as the link knows how
+    /// to; or goes on.
+    void hold(bool isHeld);
     /// Ends it once all has gone out.
     virtual void close() = 0;
     const LinkAddress &address() const { return m_address; }
@@ -60,8 +63,17 @@ signals:
 protected:
     explicit Link(const LinkAddress &address) : m_address(address) {}
     QString failure(const QString &reason) const { return m_address.text + ": " + reason; }
+    /// Hands on what has come.
+    virtual void read() = 0;
+    void readUnlessHeld();
 
     const LinkAddress m_address;
+
+private:
+    bool m_isHeld = false;
 };
+
+/// Who sends waits for `written` when so many bytes are unsent: more would only take memory.
+constexpr qint64 kMuchUnsent = 1 << 20;
 
 } // namespace wire

@@ -31,6 +31,9 @@ constexpr char kText[] =
     "Files that follow one another are night-00001.pcapng and so on, after the highest number "
     "that\n"
     "is there already.\n"
+    "A bridge drops what the bench sends while the pod's link is lost, and doesn't record it; it "
+    "reads\n"
+    "no more from a side while the other takes nothing.\n"
     "\n"
     "Ends with 1 when a link is lost or can't be opened, or the file can't be written.";
 
@@ -131,15 +134,35 @@ public:
     }
 
 private:
-    /// Bytes go on before they are looked at: the bridge shall cost no time.
+    /// Bytes go on before they are looked at: the bridge shall cost no time. What the pod has sent
+    /// is recorded whether the bench is there or not, what the bench has sent only if the pod is.
     void tie(Link &from, Link *to, FrameTap &tap)
     {
         QObject::connect(&from, &Link::opened, &m_run, [&tap] { tap.begin(); });
-        QObject::connect(&from, &Link::received, &m_run, [to, &tap](const QByteArray &bytes) {
-            if (to)
+        QObject::connect(&from, &Link::received, &m_run, [=, &from, &tap](const QByteArray &bytes) {
+            if (to == m_bench && to)
                 to->send(bytes);
-            tap.push(bytes);
+            if (to != &m_pod || passOn(bytes))
+                tap.push(bytes);
+            if (to)
+                from.hold(to->unsent() > kMuchUnsent);
         });
+        if (!to)
+            return;
+        const auto release = [to, &from] { from.hold(to->unsent() > kMuchUnsent); };
+        QObject::connect(to, &Link::written, &m_run, release);
+        QObject::connect(to, &Link::closed, &m_run, release);
+    }
+
+    /// To the pod; that it takes nothing is said once, until it takes something again.
+    bool passOn(const QByteArray &bytes)
+    {
+        const bool isTaken = m_pod.send(bytes);
+        if (!isTaken && m_isTaken)
+            complain(m_pod.address().text +
+                     QStringLiteral(": isn't there; what the bench sends is dropped"));
+        m_isTaken = isTaken;
+        return isTaken;
     }
 
     void take(const Record &record)
@@ -161,6 +184,7 @@ private:
     Link *m_bench;
     FrameTap m_fromPod, m_fromBench;
     QTimer m_timer;
+    bool m_isTaken = true;
 };
 
 int record(const QCommandLineParser &parser, const Wanted &wanted, Recorder &recorder)

@@ -31,8 +31,6 @@ constexpr char kText[] =
     "comes,\n"
     "and once. Ends with 1 when the link is lost, with 130 when it is stopped before its end.";
 
-constexpr qint64 kMuchUnsent = 1 << 20;
-
 void addOptions(QCommandLineParser &parser)
 {
     parser.addOption({QStringLiteral("side"), QStringLiteral("tx or rx: what is sent."),

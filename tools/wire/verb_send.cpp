@@ -132,6 +132,8 @@ private:
 
     void sendRound()
     {
+        if (m_link.unsent() > kMuchUnsent)
+            return;
         // Once it is under way, the last frame is what is waited for.
         const int from = m_wanted.isAnswered && m_rounds > 0 ? m_wanted.frames.size() - 1 : 0;
         for (int i = from; i < m_wanted.frames.size(); ++i) {
