@@ -499,6 +499,14 @@ void tst_nacelle_wire::reconnects()
     QCOMPARE(ended.code, 0);
     QCOMPARE(ended.out, (frame.toHex().toUpper() + '\n').repeated(2));
     QVERIFY(ended.error.contains("closed"));
+    // The loss of a link is said once, in whatever it comes about.
+    Wire sender({"send", "--every", "1ms", tcpTo(pod.serverPort())},
+                (frame.toHex() + '\n').repeated(20000));
+    QVERIFY(pod.waitForNewConnection(kLimitMs));
+    delete pod.nextPendingConnection();
+    const Run lost = sender.end();
+    QCOMPARE(lost.code, 1);
+    QVERIFY2(lost.error.count('\n') == 1 && !lost.error.contains("nobody"), lost.error);
     QCOMPARE(run({"dump", tcpTo(freePort())}).code, 1);
 }
 

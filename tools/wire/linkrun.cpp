@@ -41,6 +41,13 @@ void LinkRun::end(int code)
     m_loop.quit();
 }
 
+void LinkRun::endForNobody(const Link &link)
+{
+    if (!m_isEnded)
+        m_says(link.address().text + QStringLiteral(": nobody takes the frames"));
+    end(kExitLost);
+}
+
 int LinkRun::run()
 {
     for (Link *link : m_openedFirst)

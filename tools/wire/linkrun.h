@@ -31,6 +31,8 @@ public:
     /// Ends the run with that code after so many microseconds.
     void limit(qint64 microseconds, int code);
     void end(int code);
+    /// Ends it since the link takes no frame; says so, unless its loss has been said.
+    void endForNobody(const Link &link);
     bool isEnded() const { return m_isEnded; }
     /// Turns the loop until `end`: its code. Then the links are closed.
     int run();

@@ -184,8 +184,7 @@ int play(const Wanted &wanted, const std::shared_ptr<Loop> &loop, bool isMeasure
         wanted.pace, [&feed](Record &record) { return feed.take(record); },
         [&](const Record &record) {
             if (!link.send(record.bytes))
-                links.end(
-                    complain(wanted.address.text + QStringLiteral(": nobody takes the frames")));
+                links.endForNobody(link);
         },
         [&] { return !links.isEnded() && link.unsent() < kMuchUnsent; });
     tie(link, player, links);

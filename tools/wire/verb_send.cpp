@@ -137,11 +137,8 @@ private:
         // Once it is under way, the last frame is what is waited for.
         const int from = m_wanted.isAnswered && m_rounds > 0 ? m_wanted.frames.size() - 1 : 0;
         for (int i = from; i < m_wanted.frames.size(); ++i) {
-            if (!m_link.send(m_wanted.frames.at(i))) {
-                m_run.end(
-                    complain(m_wanted.address.text + QStringLiteral(": nobody takes the frames")));
-                return;
-            }
+            if (!m_link.send(m_wanted.frames.at(i)))
+                return m_run.endForNobody(m_link);
         }
         ++m_rounds;
         const int most = m_wanted.count > 0 ? m_wanted.count : isRepeated() ? 0 : 1;
