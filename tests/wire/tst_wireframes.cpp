@@ -240,6 +240,8 @@ void tst_wireframes::brokenFramesComeBack_data()
         QTest::addRow("length %s", length)
             << QByteArray(whole).replace(2, 2, QByteArray::fromHex(length));
     QTest::newRow("checksum") << whole.chopped(1) + '\0';
+    QTest::newRow("longer than a byte counts")
+        << QByteArray::fromHex(made(FrameKind::Host, "area=" + QString("2F").repeated(300)));
     QTest::newRow("bytes after it") << whole + "more";
 }
 

@@ -34,7 +34,8 @@ FrameKind kindOf(const QByteArray &bytes);
 int lengthOf(const char *bytes, int size);
 
 /// Whether the bytes at S - 2 are the checksum of those before them; `None` where they aren't
-/// there.
+/// there. As for the bench one byte counts what it covers: of a longer frame 256 bytes or their
+/// multiple are left away, and by that rule such a frame is made too.
 Verdict verdictOf(const char *bytes, int size);
 Verdict verdictOf(const QByteArray &bytes);
 
