@@ -508,6 +508,9 @@ void tst_wirefiles::filters()
         if (filter.takes(records.at(i)))
             taken.append(QByteArray::number(i));
     QCOMPARE(taken, numbers);
+    // The fourth has no time.
+    const bool hasTimes = filter.from != kNoTime || filter.to != std::numeric_limits<qint64>::max();
+    QCOMPARE(filter.remark().startsWith("1 frames"), hasTimes);
 }
 
 void tst_wirefiles::links_data()

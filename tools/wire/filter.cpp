@@ -36,12 +36,21 @@ bool Filter::isInTime(qint64 time)
 {
     if (from == kNoTime && to == std::numeric_limits<qint64>::max())
         return true;
+    m_untimed += time == kNoTime;
     if (time == kNoTime)
         return false;
     if (m_first == kNoTime)
         m_first = time;
     const qint64 compared = isRelative ? time - m_first : time;
     return compared >= from && compared <= to;
+}
+
+QString Filter::remark() const
+{
+    return m_untimed == 0
+               ? QString()
+               : QStringLiteral("%1 frames have no time, and are left out by --from and --to")
+                     .arg(m_untimed);
 }
 
 bool Filter::takes(const Record &record)

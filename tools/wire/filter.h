@@ -21,11 +21,14 @@ struct Filter
 
     /// Whether the record passes; the first one with a time is the beginning of the others.
     bool takes(const Record &record);
+    /// What an operator should know of what didn't pass, empty for nothing.
+    QString remark() const;
 
 private:
     bool isInTime(qint64 time);
 
     qint64 m_first = kNoTime;
+    qint64 m_untimed = 0;
 };
 
 /// A moment for `from` and `to`: a length of time from the beginning, or a date and time as

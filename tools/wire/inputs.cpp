@@ -223,6 +223,12 @@ std::unique_ptr<RecordReader> openInput(const QString &word, const ReadOptions &
     return reader;
 }
 
+void sayRemark(const QString &word, const Filter &filter)
+{
+    if (!filter.remark().isEmpty())
+        complain(word + QStringLiteral(": ") + filter.remark());
+}
+
 int forEachRecord(const QStringList &words, const ReadOptions &options, Output &output,
                   const std::function<bool(const Record &)> &take)
 {

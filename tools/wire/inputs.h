@@ -41,6 +41,9 @@ bool readCountOption(const QCommandLineParser &parser, const char *name, int lea
 std::unique_ptr<RecordReader> openInput(const QString &word, const ReadOptions &options,
                                         std::function<void()> beforeRead, QString &error);
 
+/// Says what the filter of an input has to remark.
+void sayRemark(const QString &word, const Filter &filter);
+
 /// Hands the records of all inputs, standard input where none is named, to `take`, which says
 /// whether it wants more. `output` is handed over before each wait for an input. Gives the exit
 /// code back; what is wrong with an input or the output is said on standard error.

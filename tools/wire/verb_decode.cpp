@@ -103,11 +103,13 @@ int pour(const QCommandLineParser &parser, const QStringList &words, const Frame
     if (!output.open(target))
         return complain(output.error());
     format.begin(output.buffer());
-    return forEachRecord(words, options, output, [&](const Record &record) {
+    const int code = forEachRecord(words, options, output, [&](const Record &record) {
         if (filter.takes(record))
             format.add(record, output.buffer());
         return true;
     });
+    sayRemark(words.isEmpty() ? QStringLiteral("-") : words.join(QStringLiteral(", ")), filter);
+    return code;
 }
 
 int decode(const QCommandLineParser &parser, const QStringList &words)

@@ -146,9 +146,11 @@ int compare(Input (&inputs)[2], const QStringList &words, Output &output, bool i
         report.take(step);
     report.putCounts(diff.timingBefore(), diff.timingAfter());
     int code = report.isEqual() ? kExitDone : kExitFailure;
-    for (int i = 0; i < 2; ++i)
+    for (int i = 0; i < 2; ++i) {
+        sayRemark(words.at(i), inputs[i].filter);
         if (!inputs[i].reader->trouble().isEmpty())
             code = complain(words.at(i) + QStringLiteral(": ") + inputs[i].reader->trouble());
+    }
     return output.close() ? code : complain(output.error());
 }
 

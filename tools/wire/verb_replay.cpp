@@ -136,6 +136,7 @@ public:
     }
 
     const QString &error() const { return m_error; }
+    const Filter &filter() const { return m_filter; }
 
 private:
     const Wanted m_wanted;
@@ -192,8 +193,11 @@ int play(const Wanted &wanted, const std::shared_ptr<Loop> &loop, bool isMeasure
     const int code = links.run();
     if (isMeasured)
         sayLateness(player);
-    if (feed.isEnded() && !loop->error().isEmpty())
-        return complain(loop->error());
+    if (feed.isEnded()) {
+        sayRemark(wanted.path, loop->filter());
+        if (!loop->error().isEmpty())
+            return complain(loop->error());
+    }
     return player.count() == 0 && code == kExitDone
                ? complain(wanted.path + QStringLiteral(": there is nothing to send on that side"))
                : code;
