@@ -69,6 +69,14 @@ class Streams(unittest.TestCase):
                 here = [frame for frame in found if packets[frame.packet - 1][:2] == key]
                 self.assertEqual(serials(here), frames, (seed, key))
 
+    def test_split_anywhere(self):
+        frame, link, parts = host(PHOTO, 116), Link(), []
+        self.assertEqual(frame[-1], 0)  # such a checksum is 0 over all but the last byte, too
+        for size in range(1, len(frame)):
+            parts += [frame[:size], frame[size:]]
+        found, _ = support.frames(ethernet([(0, link.segment(True, part)) for part in parts]))
+        self.assertEqual([frame.size for frame in found], [73] * 72)
+
     def test_order_of_segments(self):
         link, packets = Link(), []
         for number in range(30):

@@ -77,15 +77,15 @@ local function begun_inside(s, at, stop)
 end
 
 -- The size at which what begins at `at` is a frame with a right checksum, whatever its length field
--- says: there the checksum over all, its own bytes included, is 0, and nothing or a header follows.
--- A checksum that ends in 00 is 0 one byte early, too.
-local function size_by_checksum(s, at, most)
+-- says: there the checksum over all, its own bytes included, is 0, and a header follows, or nothing
+-- where `may_be_last`. A checksum that ends in 00 is 0 one byte early, too.
+local function size_by_checksum(s, at, most, may_be_last)
     local high, low = 0, 0
     for size = 1, most do
         local index = XOR[high][byte(s, at + size - 1)]
         high, low = XOR[low][CRC_HIGH[index]], CRC_LOW[index]
         local follows = at + size
-        local is_end = follows > #s or frame_at(s, follows)
+        local is_end = follows > #s and may_be_last or frame_at(s, follows)
         if high == 0 and low == 0 and size >= SMALLEST and is_end then
             return size
         end
@@ -93,9 +93,9 @@ local function size_by_checksum(s, at, most)
 end
 
 -- The size of a frame whose length field or checksum is wrong; nil where nothing tells.
-local function broken_size(s, at, said)
+local function broken_size(s, at, said, may_be_last)
     local there = #s - at + 1
-    local size = size_by_checksum(s, at, min(there, proto.prefs.largest))
+    local size = size_by_checksum(s, at, min(there, proto.prefs.largest), may_be_last)
     if size then
         return size
     end
@@ -105,18 +105,19 @@ local function broken_size(s, at, said)
 end
 
 -- A frame with a header at `at`: its size and whether it is known to be right, or nil to wait for
--- more bytes.
+-- more bytes. What the rest is waited for isn't taken for a frame by its checksum: it may be a good one
+-- that is split before its last byte.
 local function frame_size(s, at, may_wait)
     local there = #s - at + 1
     local said = said_size(s, at)
     if said and said <= there and is_right(s, at, said) then
         return said, true
     end
-    local size = there >= SMALLEST and broken_size(s, at, said)
+    local is_short = there < 4 or said and said > there
+    local size = there >= SMALLEST and broken_size(s, at, said, not (may_wait and is_short))
     if size then
         return size
     end
-    local is_short = there < 4 or said and said > there
     if may_wait and (is_short or said and begun_inside(s, at, at + said)) then
         return nil
     end
