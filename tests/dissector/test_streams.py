@@ -197,6 +197,17 @@ class Exchange(unittest.TestCase):
             slow = support.tshark(capture, "-Y", "nacelle.response_time > 0.01")
             self.assertEqual(len(slow.splitlines()), 1)
 
+    def test_port_that_is_found_out_late(self):
+        packets = [datagram(to_pod, payload, (7000, 7001)) for to_pod, payload in [
+            (True, b"\x00" + host(PHOTO, 1) + host(b"\x00", 2)), (True, host(b"\x00", 3)),
+            (True, host(b"\x00", 4)), (False, gcu(PHOTO_DONE, 5))]]
+        found, _ = support.frames(ethernet(list(enumerate(packets))))
+        self.assertEqual([number for _, number, _ in serials(found)], [1, 2, 3, 4, 5])
+        # What the first pass didn't know of has no part in the exchange.
+        self.assertEqual([frame.show("period") for frame in found],
+                         [None] * 4 + ["1.000000000", None])
+        self.assertIn("unasked", found[-1].experts())
+
     def test_direction_and_summary(self):
         capture = next(self.captures())
         shown = support.tshark(capture, "-o", "nacelle.language:中文", "-T", "fields", "-e",

@@ -1,12 +1,13 @@
--- Questions and answers. What the first pass over a capture finds out is kept, frame by frame in
--- the order in which a packet shows them, since later passes see packets in any order.
+-- Questions and answers. The first pass over a capture alone finds them out, since later passes see
+-- packets in any order. Its results are kept for each packet, in the order of its frames.
 
 local conversations, records
-local shown_packet, shown_count
+local shown_packet, shown_index
+local UNRECORDED = {}
 
 function proto.init()
     conversations, records = {}, {}
-    shown_packet, shown_count = nil, 0
+    shown_packet, shown_index = nil, 0
 end
 
 local function is_networked(pinfo)
@@ -59,25 +60,37 @@ local function note_answer(conversation, record, frame, now, number)
     end
 end
 
-local function note_frame(pinfo, frame)
-    local record = {}
+-- Appends what a frame of the first pass is part of to the list of its packet.
+local function note_frame(list, pinfo, frame)
+    local record = { bytes = frame.bytes, is_first = #list == 0 }
     local note = frame.id == "host" and note_command or note_answer
     note(conversation_of(pinfo), record, frame, pinfo.rel_ts, pinfo.number)
+    list[#list + 1] = record
     return record
 end
 
--- The record of the next frame of this packet. One packet may be shown twice in a row.
+-- The next record of an equal frame: one packet may be shown twice in a row. A frame in front of the
+-- one by which its port was found out is nobody's in the first pass, so that it has none.
+local function recall(list, frame)
+    for step = 0, #list - 1 do
+        local index = (shown_index + step) % #list + 1
+        if list[index].bytes == frame.bytes then
+            shown_index = index
+            return list[index]
+        end
+    end
+    return UNRECORDED
+end
+
 local function record_of(pinfo, frame)
-    if shown_packet ~= pinfo.number then
-        shown_packet, shown_count = pinfo.number, 0
+    local number = pinfo.number
+    if shown_packet ~= number then
+        shown_packet, shown_index = number, 0
     end
-    local list = records[pinfo.number] or {}
-    records[pinfo.number] = list
-    if pinfo.visited and #list > 0 then
-        shown_count = shown_count % #list + 1
-    else
-        shown_count = shown_count + 1
-        list[shown_count] = note_frame(pinfo, frame)
+    local list = records[number] or {}
+    if pinfo.visited then
+        return recall(list, frame)
     end
-    return list[shown_count]
+    records[number] = list
+    return note_frame(list, pinfo, frame)
 end

@@ -249,9 +249,12 @@ local function is_odd(frame, record)
 end
 
 local own_dissector
+local told -- frames of this call
 
-local function tell(pinfo, frame, language, text)
-    if shown_count == 1 then
+-- A packet may come in several calls, whose frames stand in one column.
+local function tell(pinfo, frame, record, language, text)
+    told = told + 1
+    if record.is_first or record == UNRECORDED and told == 1 then
         pinfo.cols.info = text
         if not is_networked(pinfo) then
             tell_ends(pinfo, frame, language)
@@ -272,7 +275,7 @@ end
 local function show_frame(pinfo, tree, view, frame)
     local record = record_of(pinfo, frame)
     local text = summary(frame, view)
-    tell(pinfo, frame, view.language, text)
+    tell(pinfo, frame, record, view.language, text)
     if tree:referenced(own_dissector) or is_odd(frame, record) then
         local item = tree:add(proto, frame.tvb(frame.at, frame.size)):append_text(", " .. text)
         frame.is_shown = item.visible
@@ -294,6 +297,7 @@ end
 local function dissect(tvb, pinfo, tree)
     local view = VIEWS[proto.prefs.language] or VIEWS[1]
     local s = tvb:raw()
+    told = 0
     pinfo.cols.protocol = "NACELLE"
     local rest = cut(s, pinfo.can_desegment > 0, function(at, size, kind, known_right)
         if kind then
