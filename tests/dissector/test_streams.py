@@ -161,18 +161,22 @@ class Faults(unittest.TestCase):
 class Exchange(unittest.TestCase):
     """Questions, answers and periods, over each link."""
 
-    STEPS = [  # seconds, to the pod, area; period, answered in, answer to, response time
-        (0.000, True, b"\x00", None, None, None, None),
-        (0.030, True, PHOTO, "0.030000000", "4", None, None),
-        (0.060, True, PHOTO, "0.030000000", "4", None, None),
-        (0.071, False, PHOTO_DONE, None, None, "2", "0.041000000"),
-        (0.075, False, PHOTO_DONE, None, None, "2", None),
-        (0.090, True, b"\x00", "0.030000000", None, None, None),
-        (0.095, False, b"", None, None, None, None),
-        (0.099, False, PHOTO_DONE + b"\x00", None, None, None, None),
-        (0.120, True, PHOTO, "0.030000000", "10", None, None),
-        (0.125, False, b"\x20\x01", None, None, "9", "0.005000000"),
-        (0.130, False, b"\x21\x00", None, None, None, None),
+    STEPS = [  # seconds, to the pod, area; period, answered in, answer to, first answer, result
+        (0.000, True, b"\x00", None, None, None, None, None),
+        (0.030, True, PHOTO, "0.030000000", "4", None, None, None),
+        (0.060, True, PHOTO, "0.030000000", "4", None, None, None),
+        (0.071, False, PHOTO_DONE, None, None, "2", "0.041000000", "0.041000000"),
+        (0.075, False, PHOTO_DONE, None, None, "2", None, None),
+        (0.090, True, b"\x00", "0.030000000", None, None, None, None),
+        (0.095, False, b"", None, None, None, None, None),
+        (0.099, False, PHOTO_DONE + b"\x00", None, None, None, None, None),
+        (0.120, True, PHOTO, "0.030000000", "10", None, None, None),
+        (0.125, False, b"\x20\x02", None, None, "9", "0.005000000", None),
+        (0.150, True, PHOTO, "0.030000000", "10", None, None, None),
+        (0.160, False, b"\x20\xFF", None, None, "9", None, None),
+        (0.170, False, b"\x20\x01", None, None, "9", None, "0.050000000"),
+        (0.180, True, PHOTO, "0.030000000", None, None, None, None),
+        (0.185, False, b"\x21\x00", None, None, None, None, None),
     ]
 
     def captures(self):
@@ -187,13 +191,13 @@ class Exchange(unittest.TestCase):
                         for (at, to_pod, frame), ends in zip(frames, ports)])
 
     def test_exchange(self):
-        names = ["period", "response_in", "response_to", "response_time"]
+        names = ["period", "response_in", "response_to", "response_time", "completion_time"]
         for capture in self.captures():
             found, _ = support.frames(capture)
             self.assertEqual([tuple(map(frame.show, names)) for frame in found],
                              [tuple(step[3:]) for step in self.STEPS])
             unasked = [i for i, frame in enumerate(found) if "unasked" in frame.experts()]
-            self.assertEqual(unasked, [10])
+            self.assertEqual(unasked, [14])
             slow = support.tshark(capture, "-Y", "nacelle.response_time > 0.01")
             self.assertEqual(len(slow.splitlines()), 1)
 

@@ -14,6 +14,10 @@ local function is_networked(pinfo)
     return pinfo.port_type == PORT_TYPE_TCP or pinfo.port_type == PORT_TYPE_UDP
 end
 
+local function result_of(frame)
+    return byte(frame.bytes, AREA_AT + 2)
+end
+
 -- UDP commands leave from ever new ports, so that addresses alone tell who talks to whom. A capture
 -- without addresses is one conversation.
 local function conversation_of(pinfo)
@@ -29,7 +33,7 @@ local function conversation_of(pinfo)
     return conversations[key]
 end
 
--- A command is one question however often it is repeated, until it has its answer.
+-- A command is one question however often it is repeated, until it has its result.
 local function note_command(conversation, record, frame, now, number)
     record.period = conversation.last_time and now - conversation.last_time
     conversation.last_time = now
@@ -39,7 +43,7 @@ local function note_command(conversation, record, frame, now, number)
     local code, questions = frame.code, conversation.questions
     local question = questions[code]
     if code ~= 0 then
-        local is_repeated = question and not question.answer and conversation.last_code == code
+        local is_repeated = question and not question.is_done and conversation.last_code == code
         record.question = is_repeated and question or { number = number, time = now }
         record.is_repeat = is_repeated
         questions[code] = record.question
@@ -47,6 +51,7 @@ local function note_command(conversation, record, frame, now, number)
     conversation.last_code = code
 end
 
+-- The first answer, and the first that says more than that the command is running: often the same.
 local function note_answer(conversation, record, frame, now, number)
     if not frame.is_right or frame.size ~= ANSWER_SIZE or frame.code == 0 then
         return
@@ -54,9 +59,16 @@ local function note_answer(conversation, record, frame, now, number)
     local question = conversation.questions[frame.code]
     record.question = question
     record.is_unasked = not question
-    if question and not question.answer then
+    if not question then
+        return
+    end
+    if not question.answer then
         question.answer = number
         record.response_time = now - question.time
+    end
+    if not question.is_done and RESULTS[result_of(frame)] ~= WORDS.running then
+        question.is_done = true
+        record.completion_time = now - question.time
     end
 end
 

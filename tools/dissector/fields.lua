@@ -25,6 +25,7 @@ local TEXTS = {
     response_in = { en = "Answered in", zh = "应答所在" },
     response_to = { en = "Answer to", zh = "应答的命令所在" },
     response_time = { en = "Response time", zh = "应答时间" },
+    completion_time = { en = "Time to the result", zh = "完成时间" },
     repeat_of = { en = "Repeats the command of", zh = "重复的命令所在" },
     should = { en = "Checksum wrong, should be 0x%04X", zh = "校验错误，应为 0x%04X" },
     length = { en = "Length field says %d, the frame has %d bytes", zh = "包长度为 %d，实际 %d 字节" },
@@ -141,6 +142,7 @@ local function add_link_fields(view)
     own_field(view, "framenum", "response_in", "response_in", base.NONE, frametype.RESPONSE)
     own_field(view, "framenum", "response_to", "response_to", base.NONE, frametype.REQUEST)
     own_field(view, "relative_time", "response_time", "response_time")
+    own_field(view, "relative_time", "completion_time", "completion_time")
     own_field(view, "framenum", "repeat_of", "repeat_of", base.NONE, frametype.NONE)
 end
 

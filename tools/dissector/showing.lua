@@ -168,6 +168,8 @@ local function seconds(value)
     return NSTime.new(sign * whole, sign * (nanoseconds - whole * 1e9))
 end
 
+local WAITS = { "response_time", "completion_time" }
+
 local function show_record(tree, record, frame, view)
     local question = record.question
     if record.period then
@@ -183,8 +185,10 @@ local function show_record(tree, record, frame, view)
     elseif question then
         tree:add(view.response_to, question.number):set_generated()
     end
-    if record.response_time then
-        tree:add(view.response_time, seconds(record.response_time)):set_generated()
+    for _, id in ipairs(WAITS) do
+        if record[id] then
+            tree:add(view[id], seconds(record[id])):set_generated()
+        end
     end
     if record.is_unasked then
         complain(tree, view, "unasked", "unasked")
@@ -208,7 +212,7 @@ local function summary(frame, view)
         words[#words + 1] = WORDS.none[language]
     end
     if frame.id == "gcu" and frame.area_end > AREA_AT + 1 then
-        words[#words + 1] = RESULTS[byte(frame.bytes, AREA_AT + 2)][language]
+        words[#words + 1] = RESULTS[result_of(frame)][language]
     end
     return table.concat(words, " ")
 end
