@@ -43,7 +43,7 @@ for program in $(programs_of own shared); do
         fail "$program isn't on the path, or has no man page"
 done
 
-for file in lib/*/wireshark/plugins/nacelle.lua share/wireshark/profiles/NacelleBench/preferences; do
+for file in lib/*/wireshark/plugins/nacelle.lua share/wireshark/profiles/{NacelleBench,云台报文工作台}/preferences; do
     compgen -G "$check/unpacked/usr/$file" >/dev/null || fail "Wireshark wouldn't find $file"
 done
 

@@ -1,15 +1,8 @@
 #!/usr/bin/env bash
-# Installs dissector and profile for Wireshark for the user who calls this: those beside this script,
-# as in a package, or else those that are built now. The language of names is that of the system.
-# Usage: install-wireshark.sh [zh|en]
+# Installs dissector and profiles for Wireshark for the user who calls this: those beside this script,
+# as in a package, or else those that are built now.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
-
-language=${1:-${LC_ALL:-${LC_MESSAGES:-${LANG:-en}}}}
-case $language in
-    zh*) name=中文 ;;
-    *) name=English ;;
-esac
 
 source=.
 if [[ ! -e nacelle.lua ]]; then
@@ -20,10 +13,9 @@ if [[ ! -e nacelle.lua ]]; then
 fi
 
 plugins=$HOME/.local/lib/wireshark/plugins
-profile=${XDG_CONFIG_HOME:-$HOME/.config}/wireshark/profiles/NacelleBench
-mkdir -p "$plugins" "$profile"
+settings=${XDG_CONFIG_HOME:-$HOME/.config}/wireshark
+mkdir -p "$plugins" "$settings"
 cp "$source/nacelle.lua" "$plugins"
-cp "$source"/profiles/NacelleBench/* "$profile"
-echo "nacelle.language: $name" >>"$profile/preferences"
-echo "Installed: $plugins/nacelle.lua and the profile NacelleBench, with names in $name"
-echo "To start with it: wireshark -C NacelleBench"
+cp -r "$source/profiles" "$settings"
+echo "Installed: $plugins/nacelle.lua and the profiles NacelleBench (English), 云台报文工作台 (中文)"
+echo "To start with one: wireshark -C NacelleBench"

@@ -49,12 +49,11 @@ for program in $(programs_of shared); do
     install "$folder/$program" "$lib"
     ln -s "../lib/nacellebench/$program" "$root/usr/bin/$program"
 done
-# Wireshark finds its plugin and its profile where those of the system lie.
+# Wireshark finds its plugin and its profiles where those of the system lie.
 plugins=$root/usr/lib/$(dpkg-architecture --query DEB_HOST_MULTIARCH)/wireshark/plugins
-profiles=$root/usr/share/wireshark/profiles
-mkdir -p "$plugins" "$profiles"
+mkdir -p "$plugins" "$root/usr/share/wireshark"
 cp "$folder/wireshark/nacelle.lua" "$plugins"
-cp -r "$folder/wireshark/profiles/NacelleBench" "$profiles"
+cp -r "$folder/wireshark/profiles" "$root/usr/share/wireshark"
 cp "$own/nacellebench.desktop" "$root/usr/share/applications"
 cp "$own"/*.metainfo.xml "$root/usr/share/metainfo"
 sed -i "s/@VERSION@/$version/; s/@DAY@/$release_day/" "$root"/usr/share/metainfo/*.xml

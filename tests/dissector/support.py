@@ -2,6 +2,7 @@
 
 import json
 import os
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -18,9 +19,11 @@ def form_texts(language):
     return json.loads(subprocess.run(command, check=True, capture_output=True).stdout)
 
 
-def tshark(capture, *options):
-    """Standard output over the bytes of a capture, from a folder without settings of its own."""
+def tshark(capture, *options, profiles=None):
+    """Standard output over the bytes of a capture, without settings but those of `profiles`."""
     with tempfile.TemporaryDirectory() as home:
+        if profiles:
+            shutil.copytree(profiles, os.path.join(home, "wireshark", "profiles"))
         path = os.path.join(home, "capture")
         with open(path, "wb") as file:
             file.write(capture)

@@ -52,6 +52,17 @@ class Help(unittest.TestCase):
             self.assertEqual(shown, [("0", None), ("0", None), (None, "0.015000000")])
 
 
+class Profiles(unittest.TestCase):
+    LINES = [("NacelleBench", "Photo,Empty command"), ("云台报文工作台", "拍照,空命令")]
+
+    def test_language(self):
+        built = os.path.join(os.path.dirname(support.DISSECTOR), "profiles")
+        for name, commands in self.LINES:
+            text = support.tshark(user0([(0, 2, host(b"\x20\x01") + host(b"\x00"))]), "-C", name,
+                                  profiles=built)
+            self.assertIn(" %s " % commands, text)
+
+
 class Maker(unittest.TestCase):
     ROWS = [
         ("param|zoom|", "# ", "no explanation: param|zoom"),

@@ -1,0 +1,27 @@
+# The profile for Wireshark in both languages, of one template: what stands in braces there is one of
+# its texts. Each profile has the program's name in its language.
+set(template preferences colorfilters io_graphs)
+list(TRANSFORM template PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/profile/)
+set(texts ${CMAKE_CURRENT_SOURCE_DIR}/profile/texts.txt)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${template} ${texts})
+file(STRINGS ${texts} texts REGEX "^[^#]" ENCODING UTF-8)
+
+# COLUMN is that of the language in the texts.
+function(write_profile column name)
+    foreach(file IN LISTS template)
+        file(READ ${file} content)
+        foreach(row IN LISTS texts)
+            string(REPLACE "|" ";" row "${row}")
+            list(GET row 0 key)
+            list(GET row ${column} text)
+            string(REPLACE "{${key}}" "${text}" content "${content}")
+        endforeach()
+        if(content MATCHES "{[^}\n]*}")
+            message(FATAL_ERROR "${file}: texts.txt lacks ${CMAKE_MATCH_0}")
+        endif()
+        get_filename_component(part ${file} NAME)
+        file(GENERATE OUTPUT ${folder}/profiles/${name}/${part} CONTENT "${content}")
+    endforeach()
+endfunction()
+write_profile(0 NacelleBench)
+write_profile(1 云台报文工作台)
