@@ -2,6 +2,7 @@
 
 import os
 import re
+import shutil
 import subprocess
 import tempfile
 import unittest
@@ -61,6 +62,38 @@ class Profiles(unittest.TestCase):
             text = support.tshark(user0([(0, 2, host(b"\x20\x01") + host(b"\x00"))]), "-C", name,
                                   profiles=built)
             self.assertIn(" %s " % commands, text)
+
+
+class Installer(unittest.TestCase):
+    def test_upgrade_keeps_what_was_changed(self):
+        with tempfile.TemporaryDirectory() as home:
+            source = os.path.join(home, "release")
+            shutil.copytree(os.path.dirname(support.DISSECTOR), source)
+            profile = os.path.join(home, ".config", "wireshark", "profiles", "NacelleBench")
+
+            def install():
+                return subprocess.run([os.path.join(source, "install-wireshark.sh")], check=True,
+                                      env={"PATH": os.environ["PATH"], "HOME": home},
+                                      capture_output=True).stdout.decode()
+
+            def write(folder, name, text):
+                with open(os.path.join(folder, name), "w", encoding="utf-8") as file:
+                    file.write(text)
+
+            self.assertNotIn("Kept", install())
+            write(profile, "preferences", "own")
+            for name in ["preferences", "colorfilters"]:
+                write(os.path.join(source, "profiles", "NacelleBench"), name, "newer")
+            write(source, "nacelle.lua", "newer")
+            for _ in range(2):
+                said = install()
+                self.assertEqual(said.count("Kept"), 1)
+                self.assertIn(os.path.join(profile, "preferences"), said)
+            files = {os.path.join(profile, "preferences"): "own",
+                     os.path.join(profile, "colorfilters"): "newer",
+                     os.path.join(home, ".local/lib/wireshark/plugins/nacelle.lua"): "newer"}
+            for path, text in files.items():
+                self.assertEqual(text_of(path), text, path)
 
 
 class Maker(unittest.TestCase):
