@@ -115,6 +115,15 @@ wine reg add 'HKLM\Software\VideoLAN\VLC' /f /v InstallDir /d 'C:\Program Files\
 WINEDEBUG=+loaddll drive black installed-vlc "$bare"
 grep -q 'VideoLAN.*libvlc.dll.*native' "$check/pictures/installed-vlc/program.log" || fail "libVLC isn't found"
 
+echo "== the dissector, by the help's line"
+# shellcheck disable=SC2016 # the backquotes are the help's
+sed -n 's/^| Windows |[^`]*`\(xcopy [^`]*\)`.*/\1/p' docs/help.md | sort -u >"$check/install.bat"
+(cd "$folder" && timeout 60 wine cmd /c "$(winepath -w "$check/install.bat")" >"$check/wine.log") ||
+    fail "xcopy asks, or fails"
+settings=$(find "$WINEPREFIX/drive_c/users" -type d -name Wireshark)
+diff <(cd "$folder/wireshark" && find . -type f | sed 's,^./nacelle,./plugins/nacelle,' | sort) \
+    <(cd "$settings" && find . -type f | sort) || fail "not all of wireshark is copied"
+
 echo "== the installer"
 wine "${zip%.zip}-setup.exe" /S
 installed=$(find "$WINEPREFIX/drive_c/users" -type d -path '*/Programs/NacelleBench')
