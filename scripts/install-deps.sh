@@ -16,7 +16,7 @@ packages_for() {
         screen) echo xvfb xauth openbox xdotool ;;
         format) echo clang-format ;;
         lint) echo clang-format clang-tidy cppcheck shellcheck reuse ;;
-        pictures) echo imagemagick ;;
+        pictures) echo imagemagick wireshark ;;
         documents) echo pandoc weasyprint ;;
         wireshark) echo tshark lua-check python3 ;;
         papers) echo poppler-utils libxml2-utils ;;
