@@ -8,6 +8,7 @@ RequestExecutionLevel user
 ManifestDPIAware true
 
 !include MUI2.nsh
+!include FileFunc.nsh
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\NacelleBench"
 
 Name "NacelleBench"
@@ -58,7 +59,13 @@ SectionEnd
 Section "Uninstall"
     ; By name, file by file: the folder may be one that holds something else too.
     !include "${FILES}"
-    MessageBox MB_YESNO "$(AskSavedFile)" /SD IDYES IDNO keep
+    ; What was saved goes only where somebody says so.
+    ${GetParameters} $0
+    ClearErrors
+    ${GetOptions} $0 "/PURGE" $1
+    IfErrors 0 purge
+    MessageBox MB_YESNO "$(AskSavedFile)" /SD IDNO IDNO keep
+purge:
     Delete "$INSTDIR\controlConfig.ncl"
 keep:
     Delete "$INSTDIR\uninstall.exe"

@@ -135,9 +135,15 @@ shortcut() { find "$WINEPREFIX/drive_c/users" -name NacelleBench.lnk; }
 drive language installed "$installed"
 wine "${zip%.zip}-setup.exe" /S
 [[ $(language_of "$installed") == en ]] || fail "an upgrade loses the saved file"
+link=$(shortcut)
 wine "$installed/uninstall.exe" /S
+await ! -e "$link"
+[[ $(ls "$installed") == controlConfig.ncl ]] || fail "uninstalling leaves more than the saved file, or less"
+wine "${zip%.zip}-setup.exe" /S
+[[ $(language_of "$installed") == en ]] || fail "installing anew loses the saved file"
+wine "$installed/uninstall.exe" /S /PURGE
 await ! -e "$installed"
-[[ -z $(shortcut) ]] || fail "the start menu keeps it"
+await ! -e "$link"
 if wine reg query 'HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\NacelleBench' >"$check/wine.log" 2>&1; then
     fail "the registry keeps it"
 fi
