@@ -43,6 +43,10 @@ for program in $(programs_of own shared); do
         fail "$program isn't on the path, or has no man page"
 done
 
+for font in fonts-wqy-microhei fonts-dejavu-core; do
+    compgen -G "$check/unpacked/usr/share/doc/nacellebench/licenses/$font.txt*" >/dev/null ||
+        fail "the licence of $font in the documents isn't there"
+done
 for file in lib/*/wireshark/plugins/nacelle.lua share/wireshark/profiles/{NacelleBench,云台报文工作台}/preferences; do
     compgen -G "$check/unpacked/usr/$file" >/dev/null || fail "Wireshark wouldn't find $file"
 done

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Puts into a folder of a release what says whose it is: our licence, the notices of what isn't ours,
-# and the texts of its licences. With a second folder, they go there.
-# Usage: scripts/notices.sh windows|linux FOLDER [TARGET]
+# and the texts of its licences. With a second folder, they go there. For the Debian package the texts
+# that are on every Debian stay where they are there, and our licence stands in its file copyright.
+# Usage: scripts/notices.sh windows|linux|debian FOLDER [TARGET]
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck source=scripts/release.sh
@@ -12,12 +13,23 @@ folder=$2
 target=${3:-$2}
 mkdir -p "$target/licenses"
 
-sed "s/^Copyright (c) .*/Copyright (c) $(holders)/" LICENSE >"$target/LICENSE.txt"
+ours=LICENSE.txt
+place='the folder licenses'
+if [[ $system == debian ]]; then
+    ours=copyright
+    place='/usr/share/common-licenses and in the folder licenses'
+else
+    sed "s/^Copyright (c) .*/Copyright (c) $(holders)/" LICENSE >"$target/$ours"
+fi
 
 take_text() {
     local name=${1%/copyright}
     local file=/usr/share/common-licenses/$1
-    [[ $1 != */* ]] || file=/usr/share/doc/$1
+    if [[ $1 == */* ]]; then
+        file=/usr/share/doc/$1
+    elif [[ $system == debian ]]; then
+        return
+    fi
     cp -L "$file" "$target/licenses/$name.txt"
 }
 
@@ -26,7 +38,7 @@ is_used() {
     local pattern
     for pattern in $1; do
         case $pattern in
-            - | "-$system") return 0 ;;
+            - | "-${system/debian/linux}") return 0 ;;
             *) compgen -G "$folder/$pattern" >/dev/null && return 0 ;;
         esac
     done
@@ -34,7 +46,7 @@ is_used() {
 }
 
 {
-    echo "NacelleBench is under the MIT licence (LICENSE.txt). It uses, or comes with:"
+    echo "NacelleBench is under the MIT licence ($ours). It uses, or comes with:"
     while IFS='|' read -r files what licence texts source; do
         is_used "$files" || continue
         printf '\n%s\n    licence: %s\n    source:  %s\n' "$what" "$licence" "$source"
@@ -48,6 +60,6 @@ is_used() {
     done
     echo
     echo "The libraries are linked at run time: each may be replaced by another build of it. The"
-    echo "texts of the licences stand in the folder licenses. Qt's documentation lists the parts of"
-    echo "others in Qt."
+    echo "texts of the licences stand in $place."
+    echo "Qt's documentation lists the parts of others in Qt."
 } >"$target/THIRD-PARTY.txt"
