@@ -19,7 +19,7 @@ import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 DOCUMENT = ROOT / "docs" / "acceptance-matrix.md"
-AT_ONCE = 6  # the runs wait nearly all of their time
+AT_ONCE = 12  # the runs wait nearly all of their time
 CYCLES = 200
 MINUTES = 0.1
 LIMIT = 400  # seconds, after which a run hangs

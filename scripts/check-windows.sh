@@ -8,7 +8,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/release.sh
 
 if [[ ${1:-} != inside ]]; then
-    scripts/install-deps.sh screen wine drive
+    scripts/install-deps.sh screen wine drive papers
     scripts/build.sh release podsim
     scripts/build.sh windows tour novlc
     exec scripts/virtual-screen.sh "$0" inside
@@ -98,6 +98,17 @@ language_of() {
 }
 drive "links picture language" zip "$folder"
 [[ $(language_of "$folder") == en ]] || fail "the language isn't saved"
+
+echo "== an acceptance over TCP and UDP, with its report"
+for kind in tcp udp; do
+    report=$check/pictures/acceptance-$kind.pdf
+    wine "$folder/nacelle-check.exe" $kind://127.0.0.1 --group link,protocol,commands --cycles 100 \
+        --language zh --report "$(winepath -w "$report")" >"$check/acceptance.log" || {
+        cat "$check/acceptance.log" >&2
+        fail "a good pod doesn't pass over $kind"
+    }
+    pdftotext "$report" - | grep -q 校验 || fail "the report over $kind can't be read"
+done
 
 echo "== without the engines"
 bare=$check/bare

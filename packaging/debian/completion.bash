@@ -1,5 +1,5 @@
 # Completion for the tools of NacelleBench: their options as --help lists them, the words of
-# nacelle-config and nacelle-wire, and file names.                                     -*- shell-script -*-
+# nacelle-config, nacelle-wire and nacelle-check, and file names.                                     -*- shell-script -*-
 
 _nacelle_wire() {
     local verb=${words[1]}
@@ -28,6 +28,8 @@ _nacellebench() {
     case $1,$prev in
         nacelle-config,set) COMPREPLY=($(compgen -W "language engine" -- "$cur")) && return ;;
         nacelle-config,language | *,--language) COMPREPLY=($(compgen -W "zh en" -- "$cur")) && return ;;
+        nacelle-check,--group) COMPREPLY=($(compgen -W "$("$1" --list | sed -n 's/^\([a-z]*\) .*/\1/p')" -- "$cur")) && return ;;
+        nacelle-check,--case) COMPREPLY=($(compgen -W "$("$1" --list | sed -n 's/^  \([a-z_.]*\) .*/\1/p')" -- "$cur")) && return ;;
         nacelle-config,engine) COMPREPLY=($(compgen -W "ffmpeg libvlc" -- "$cur")) && return ;;
     esac
     if [[ $1 == nacelle-wire ]]; then
@@ -36,5 +38,8 @@ _nacellebench() {
         COMPREPLY=($(compgen -W "$(_parse_help "$1")" -- "$cur"))
     elif [[ $1 == nacelle-config ]]; then
         COMPREPLY=($(compgen -W "show set" -- "$cur"))
+    elif [[ $1 == nacelle-check && $prev != --* ]]; then
+        COMPREPLY=($(compgen -W "tcp:// udp:// serial:///" -- "$cur"))
+        compopt -o nospace
     fi
 } && complete -o default -F _nacellebench @TOOLS@

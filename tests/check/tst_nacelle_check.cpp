@@ -183,13 +183,16 @@ void tst_nacelle_check::stopped()
     QVERIFY(pod.awaitLine("listening"));
     const QString json = file("stopped.json");
     ToolRun check(kCheck, {QStringLiteral("tcp://127.0.0.1:%1").arg(pod.port("tcp")), "--group",
-                           "motion", "--motion", "--json", json, "--report", file("stopped.pdf")});
+                           "motion", "--motion", "--json", json, "--report", file("stopped.pdf"),
+                           "--junit", file("stopped.xml")});
     QVERIFY(pod.awaitLine("mode 0x10"));
     const Ended ended = check.stop(SIGINT);
     QCOMPARE(ended.code, 1);
     QVERIFY(ended.error.contains("The pod will move") || ended.error.contains("吊舱将运动"));
     QCOMPARE(jsonIn(json).value("ending").toString(), QString("broken_off"));
     QVERIFY(QFile(file("stopped.pdf")).size() > 1000);
+    QFile junit(file("stopped.xml"));
+    QVERIFY(junit.open(QIODevice::ReadOnly) && junit.readAll().contains("<failure "));
     QVERIFY(pod.awaitLine("command 0x03 recentre: success"));
 }
 
