@@ -4,13 +4,16 @@
 #include "tools/check/percentile.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <limits>
 
 namespace check {
 
 namespace {
 
 constexpr int kMostEvidence = 6;
-constexpr int kLatest = 16; // frames after its own that an answer may come
+constexpr qint64 kPunctual = 2000; // microseconds
+constexpr int kLatest = 16;        // frames after its own that an answer may come
 constexpr std::size_t kMostWaiting = 4096;
 
 quint8 codeOf(const wire::Record &record)
@@ -28,6 +31,28 @@ double milliseconds(QVector<int> times, double share)
 double percent(int part, int whole)
 {
     return whole == 0 ? 0 : 100.0 * part / whole;
+}
+
+// What there has to be some of for a number to say something.
+int framesSent(const CycleStats &stats)
+{
+    return stats.sent;
+}
+
+int received(const CycleStats &stats)
+{
+    return stats.answers + stats.doubled + stats.badChecksum + stats.badLength +
+           (stats.noiseBytes > 0 ? 1 : 0);
+}
+
+int answersTimed(const CycleStats &stats)
+{
+    return stats.answerTimes.size();
+}
+
+int periodsTimed(const CycleStats &stats)
+{
+    return stats.periods.size();
 }
 
 } // namespace
@@ -105,13 +130,23 @@ void CycleStats::takeGood(const wire::Record &record)
     settle(asked, record.time);
 }
 
+/// Whether the frame followed the one answered last, and at its pace: a busy computer mustn't fail
+/// a pod.
+bool CycleStats::isPunctual(const Asked &asked) const
+{
+    const qint64 sentApart = asked.time - m_last.time;
+    return m_last.number >= 0 && asked.number == m_last.number + 1 &&
+           (every == 0 || std::abs(sentApart - every) <= kPunctual);
+}
+
 void CycleStats::settle(const Asked &asked, qint64 time)
 {
+    constexpr qint64 kMost = std::numeric_limits<int>::max();
     ++answers;
-    answerTimes.append(int(time - asked.time));
-    if (m_lastNumber >= 0 && asked.number == m_lastNumber + 1)
-        periods.append(int(time - m_lastTime));
-    m_lastNumber = asked.number;
+    answerTimes.append(int(qMin(time - asked.time, kMost)));
+    if (isPunctual(asked))
+        periods.append(int(qMin(time - m_lastTime, kMost)));
+    m_last = asked;
     m_lastTime = time;
 }
 
@@ -130,68 +165,72 @@ const QVector<FigureRow> &figureRows()
 {
     using S = const CycleStats &;
     static const QVector<FigureRow> rows{
-        {"sent", {"已发送帧数", "frames sent"}, "", true, [](S s) { return double(s.sent); }},
-        {"answers", {"应答帧数", "answers"}, "", true, [](S s) { return double(s.answers); }},
-        {"lost", {"丢失的应答", "answers lost"}, "", true, [](S s) { return double(s.lost()); }},
+        {"sent", {"已发送帧数", "frames sent"}, "", framesSent, [](S s) { return double(s.sent); }},
+        {"answers", {"应答帧数", "answers"}, "", framesSent, [](S s) { return double(s.answers); }},
+        {"lost",
+         {"丢失的应答", "answers lost"},
+         "",
+         framesSent,
+         [](S s) { return double(s.lost()); }},
         {"lost_percent",
          {"应答丢失率", "answers lost"},
          "%",
-         true,
+         framesSent,
          [](S s) { return percent(s.lost(), s.sent); }},
         {"doubled",
          {"重复的应答", "answers doubled"},
          "",
-         true,
+         received,
          [](S s) { return double(s.doubled); }},
         {"reordered",
          {"乱序的应答", "answers out of order"},
          "",
-         true,
+         received,
          [](S s) { return double(s.reordered); }},
         {"bad_checksum",
          {"校验错误的帧", "frames with a wrong checksum"},
          "",
-         true,
+         received,
          [](S s) { return double(s.badChecksum); }},
         {"bad_length",
          {"长度错误的帧", "frames with a wrong length"},
          "",
-         true,
+         received,
          [](S s) { return double(s.badLength); }},
         {"noise_bytes",
          {"帧间杂散字节", "bytes between frames"},
          "B",
-         true,
+         received,
          [](S s) { return double(s.noiseBytes); }},
         {"answer_median",
          {"应答时间中位数", "answer time, median"},
          "ms",
-         false,
+         answersTimed,
          [](S s) { return milliseconds(s.answerTimes, 0.5); }},
         {"answer_p99",
          {"应答时间99百分位", "answer time, 99th percentile"},
          "ms",
-         false,
+         answersTimed,
          [](S s) { return milliseconds(s.answerTimes, 0.99); }},
         {"answer_worst",
          {"应答时间最大值", "answer time, worst"},
          "ms",
-         false,
+         answersTimed,
          [](S s) { return milliseconds(s.answerTimes, 1); }},
         {"period_median",
          {"应答周期中位数", "period of answers, median"},
          "ms",
-         false,
+         periodsTimed,
          [](S s) { return milliseconds(s.periods, 0.5); }},
         {"period_p99",
          {"应答周期99百分位", "period of answers, 99th percentile"},
          "ms",
-         false,
+         periodsTimed,
          [](S s) { return milliseconds(s.periods, 0.99); }},
         {"period_worst",
          {"应答周期最大值", "period of answers, worst"},
          "ms",
-         false,
+         periodsTimed,
          [](S s) { return milliseconds(s.periods, 1); }},
     };
     return rows;

@@ -15,6 +15,8 @@ namespace check {
 class CycleStats
 {
 public:
+    qint64 every = 0; ///< microseconds from frame to frame as it should be; 0 for any
+
     void takeSent(const wire::Record &frame);
     /// A frame, or bytes between frames.
     void takeReceived(const wire::Record &record);
@@ -27,7 +29,9 @@ public:
     int badLength = 0;
     qint64 noiseBytes = 0;
     QVector<int> answerTimes; ///< microseconds
-    QVector<int> periods;     ///< microseconds between the answers to two frames in a row
+    /// Microseconds between the answers to two frames in a row; of frames that this side sent too
+    /// early or too late for itself there are none.
+    QVector<int> periods;
     /// The first records that weren't as they should be.
     QVector<wire::Record> evidence;
 
@@ -49,8 +53,10 @@ private:
     std::vector<Asked> m_waiting; ///< in the order of sending
     std::vector<Asked> m_passed;  ///< overtaken by answers to later ones; some come after all
     int m_broken = 0;             ///< answered by a broken frame
-    int m_lastNumber = -1;
-    int m_lastCode = -1; ///< of the frame answered last
+    bool isPunctual(const Asked &asked) const;
+
+    Asked m_last{-1, 0, 0}; ///< answered
+    int m_lastCode = -1;    ///< of the frame answered last
     qint64 m_lastTime = 0;
 };
 
@@ -60,7 +66,7 @@ struct FigureRow
     const char *id;
     LocalText name;
     const char *unit;
-    bool isCount; ///< says something of a run without answers too
+    int (*basis)(const CycleStats &); ///< how many things it is made of; of none it says nothing
     double (*of)(const CycleStats &);
 };
 

@@ -226,10 +226,10 @@ Outcome Runner::measured(const Step &step)
     const double value = row.of(stats);
     m_figures.append(
         {step.value, row.name, value, QLatin1String(row.unit), limitText(step.least, step.most)});
-    if (stats.answers == 0 && !row.isCount)
+    if (row.basis(stats) == 0)
         return {Judgement::NotJudged,
-                {QStringLiteral("没有应答可供测量"),
-                 QStringLiteral("there were no answers to measure")},
+                {QStringLiteral("没有可供测量的应答，或本机未按时发送"),
+                 QStringLiteral("there are no answers to measure, or this computer was too slow")},
                 {}};
     if (value >= step.least && value <= step.most)
         return {};
@@ -247,6 +247,7 @@ void Runner::makeStats(const Measure &measure, CycleStats &stats)
     const auto byTime = qint64(m_plan.minutes * kMinute / double(measure.every));
     const qint64 usual = m_plan.cycles > 0 ? m_plan.cycles : measure.cycles;
     const qint64 cycles = measure.cycles > 0 ? usual : byTime > 0 ? byTime : kUsualCycles;
+    stats.every = measure.every;
     const PodLine::Take take = [&](const wire::Record &record) {
         noteAnswer(record);
         stats.takeReceived(record);
