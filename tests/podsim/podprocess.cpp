@@ -11,6 +11,16 @@ constexpr int kLimitMs = 20000;
 
 } // namespace
 
+void sendSignal(QProcess &process, int signal)
+{
+#ifdef Q_OS_WIN
+    Q_UNUSED(signal)
+    process.terminate();
+#else
+    ::kill(static_cast<pid_t>(process.processId()), signal);
+#endif
+}
+
 PodProcess::PodProcess(const QStringList &arguments)
 {
     m_process.start(QStringLiteral(PODSIM_PATH), arguments);
@@ -55,7 +65,7 @@ quint16 PodProcess::port(const QString &kind)
 
 void PodProcess::stop(int signal)
 {
-    ::kill(static_cast<pid_t>(m_process.processId()), signal);
+    sendSignal(m_process, signal);
     exitCode();
 }
 

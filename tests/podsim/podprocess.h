@@ -4,6 +4,9 @@
 #include <QString>
 #include <QStringList>
 
+/// Asks a program to end as the system does it; where there are no signals, like a closed console.
+void sendSignal(QProcess &process, int signal);
+
 /// The real program, run by a test. Waiting ends with what is awaited; the limit is there to end a
 /// test that fails.
 class PodProcess

@@ -1,146 +1,11 @@
-#include "tests/podsim/podprocess.h"
 #include "tests/support/strictmain.h"
+#include "tests/wire/wireprocess.h"
 
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTemporaryDir>
-#include <QUdpSocket>
 
-#include <csignal>
 #include <memory>
-
-namespace {
-
-constexpr int kLimitMs = 20000;
-
-struct Run
-{
-    int code = -1;
-    QByteArray out;
-    QByteArray error;
-};
-
-/// The real program, under way.
-class Wire
-{
-public:
-    explicit Wire(const QStringList &arguments, const QByteArray &input = {}, bool isOpen = false)
-    {
-        m_process.start(QStringLiteral(WIRE_PATH), arguments);
-        m_process.write(input);
-        m_process.waitForStarted(kLimitMs);
-        while (m_process.bytesToWrite() > 0 && m_process.waitForBytesWritten(kLimitMs)) {
-        }
-        if (!isOpen)
-            m_process.closeWriteChannel();
-    }
-
-    Run end()
-    {
-        if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(kLimitMs))
-            m_process.kill();
-        const int code = m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
-        return {code, m_process.readAllStandardOutput(), m_process.readAllStandardError()};
-    }
-
-    Run stop(int signal = SIGTERM)
-    {
-        ::kill(pid_t(m_process.processId()), signal);
-        return end();
-    }
-
-    /// True once standard error has the text.
-    bool says(const char *text)
-    {
-        const QDeadlineTimer limit(kLimitMs);
-        m_process.setReadChannel(QProcess::StandardError);
-        while (!m_said.contains(text) && !limit.hasExpired()) {
-            m_process.waitForReadyRead(100);
-            m_said += m_process.readAllStandardError();
-        }
-        return m_said.contains(text);
-    }
-
-    bool hasEnded(int limitMs)
-    {
-        return m_process.state() == QProcess::NotRunning || m_process.waitForFinished(limitMs);
-    }
-
-private:
-    QProcess m_process;
-    QByteArray m_said;
-};
-
-Run run(const QStringList &arguments, const QByteArray &input = {})
-{
-    return Wire(arguments, input).end();
-}
-
-/// Tries again as long as the link isn't there yet.
-bool succeeds(const QStringList &arguments, const QByteArray &input = {})
-{
-    const QDeadlineTimer limit(kLimitMs);
-    while (run(arguments, input).code != 0) {
-        if (limit.hasExpired())
-            return false;
-    }
-    return true;
-}
-
-Run shell(const QString &command)
-{
-    QProcess process;
-    process.start("sh", {"-c", command});
-    process.waitForFinished(kLimitMs);
-    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
-}
-
-quint16 freePort(bool isUdp = false)
-{
-    QTcpServer server;
-    QUdpSocket socket;
-    if (isUdp)
-        return socket.bind(QHostAddress::LocalHost) ? socket.localPort() : quint16(0);
-    return server.listen(QHostAddress::LocalHost) ? server.serverPort() : quint16(0);
-}
-
-QString tcpTo(quint16 port)
-{
-    return QStringLiteral("tcp://127.0.0.1:%1").arg(port);
-}
-
-/// Connected to a program that may only just begin to listen.
-bool joins(QTcpSocket &socket, quint16 port)
-{
-    const QDeadlineTimer limit(kLimitMs);
-    do {
-        socket.abort();
-        socket.connectToHost(QStringLiteral("127.0.0.1"), port);
-    } while (!socket.waitForConnected(1000) && !limit.hasExpired());
-    return socket.state() == QAbstractSocket::ConnectedState;
-}
-
-QByteArray command(const char *word)
-{
-    return run({"compose", QStringLiteral("command=") + word}).out;
-}
-
-/// Third words of the line form, which are the frames, of one side.
-QByteArray framesOf(const QByteArray &lines, const char *direction)
-{
-    QByteArray frames;
-    for (const QByteArray &line : lines.split('\n'))
-        if (line.split(' ').value(1) == direction)
-            frames += line.split(' ').value(2) + '\n';
-    return frames;
-}
-
-} // namespace
 
 /// The program over real files, sockets and pseudo-terminals, with the simulated pod.
 class tst_nacelle_wire : public QObject
@@ -165,12 +30,16 @@ private slots:
     void rotates();
     void reconnects();
     void servesOneAtATime();
-    void losesASerialPort();
-    void saysThatTheDiskIsFull();
     void failsOnFiles();
 
 private:
     QString path(const char *name) const { return m_folder->filePath(QLatin1String(name)); }
+
+    QStringList serialPod() const
+    {
+        return kHasSerial ? QStringList{"--pty", path("pty")} : QStringList();
+    }
+    QString serialLink() const { return "serial://" + path("pty"); }
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };
@@ -271,15 +140,17 @@ void tst_nacelle_wire::endsByTheAnswer()
     QFETCH(QString, word);
     QFETCH(int, code);
     const quint16 local = freePort(true);
-    PodProcess process(QStringList{"--tcp", "0", "--udp", "0", "--pty", path("pty"), "--udp-reply",
-                                   QString::number(local)} +
-                       pod);
+    PodProcess process(
+        QStringList{"--tcp", "0", "--udp", "0", "--udp-reply", QString::number(local)} +
+        serialPod() + pod);
     const QString tcp = tcpTo(process.port("tcp"));
     const QString udp =
         QStringLiteral("udp://127.0.0.1:%1?local=%2").arg(process.port("udp")).arg(local);
-    process.awaitLine("pty");
     const QString limit = code == 3 ? "300ms" : "15s";
-    for (const QString &link : {tcp, udp, "serial://" + path("pty")}) {
+    QStringList links{tcp, udp};
+    if (kHasSerial && process.awaitLine("pty"))
+        links << serialLink();
+    for (const QString &link : qAsConst(links)) {
         const Run sent =
             run({"send", "--until-answer", "--timeout", limit, link}, command(qPrintable(word)));
         QVERIFY2(sent.code == code, qPrintable(link) + sent.error);
@@ -340,14 +211,15 @@ void tst_nacelle_wire::sendsFromFreshPorts()
     QVERIFY(ports.size() > 6); // a port that is free again may be taken again
 }
 
-/// Bench by TCP, pod by serial; then each side is played to the other.
+/// Bench by TCP, pod by serial where that is; then each side is played to the other.
 void tst_nacelle_wire::bridgesAndReplays()
 {
-    PodProcess pod({"--pty", path("pty"), "--tcp", "0", "--verbose"});
+    PodProcess pod(serialPod() + QStringList{"--tcp", "0", "--verbose"});
     const QString podLink = tcpTo(pod.port("tcp"));
     const quint16 port = freePort();
     Wire bridge({"record", "-o", path("run.pcapng"), "--bridge",
-                 QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port), "serial://" + path("pty")});
+                 QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port),
+                 kHasSerial ? serialLink() : podLink});
     QTcpSocket bench;
     QVERIFY(joins(bench, port));
     QByteArray sent, received;
@@ -452,7 +324,7 @@ void tst_nacelle_wire::recordsUntilKilled()
     QVERIFY(succeeds({"send", "--until-answer", tcpTo(port)}, command("photo")));
     QTRY_VERIFY_WITH_TIMEOUT(run({"convert", path("killed.pcapng")}).out.count('\n') >= 2,
                              kLimitMs);
-    recorder.stop(SIGKILL);
+    recorder.kill();
     QFile file(path("killed.pcapng"));
     QVERIFY(file.resize(file.size() - 1));
     const Run cut = run({"decode", "--json", path("killed.pcapng")});
@@ -534,44 +406,6 @@ void tst_nacelle_wire::servesOneAtATime()
     const Run ended = dump.end();
     QCOMPARE(ended.out, frame.left(40).toHex().toUpper() + '\n' + frame.toHex().toUpper() + '\n');
     QVERIFY2(ended.error.contains("refused 127.0.0.1"), ended.error);
-}
-
-/// One reader has the port; without its other end it would be ready and empty for ever.
-void tst_nacelle_wire::losesASerialPort()
-{
-    PodProcess pod({"--pty", path("pty")});
-    QVERIFY(pod.awaitLine("pty"));
-    const QString link = "serial://" + path("pty");
-    const quint16 port = freePort();
-    Wire first({"record", "-o", path("lost.log"), "--bridge",
-                QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port), link});
-    QTcpSocket bench;
-    QVERIFY(joins(bench, port)); // the bench's side is opened once the port is
-    const Run second = run({"dump", "--for", "50ms", link});
-    QCOMPARE(second.code, 1);
-    QVERIFY2(second.error.contains("locking"), second.error);
-    pod.stop(SIGKILL);
-    const Run lost = first.end();
-    QCOMPARE(lost.code, 1);
-    QVERIFY2(lost.error.contains(link.toUtf8()), lost.error);
-}
-
-void tst_nacelle_wire::saysThatTheDiskIsFull()
-{
-    const QByteArray frame = command("photo").trimmed();
-    for (const char *words : {"fields -o /dev/full", "fields > /dev/full", "compose -o /dev/full",
-                              "decode -o /dev/full %2", "convert --as pcapng %2 > /dev/full",
-                              "record --as pcapng -o /dev/full tcp-listen://127.0.0.1:0"}) {
-        const Run failed =
-            shell(QString("'%1' " + QString(words)).arg(WIRE_PATH).replace("%2", frame));
-        QVERIFY2(failed.code == 1, words);
-        QVERIFY2(failed.error.contains("No space left"), failed.error);
-    }
-    // In the midst of what is written; a limit stands for the end of the disk.
-    const Run cut = shell(
-        QString("ulimit -f 4; trap '' XFSZ; '%1' fields -o '%2'").arg(WIRE_PATH, path("cut")));
-    QCOMPARE(cut.code, 1);
-    QVERIFY2(cut.error.contains("File too large"), cut.error);
 }
 
 void tst_nacelle_wire::failsOnFiles()
