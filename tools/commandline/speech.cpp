@@ -18,4 +18,7 @@ void writeLine(std::FILE *stream, const QString &line)
     }
 #endif
     std::fputs(whole.toUtf8().constData(), stream);
+    // On Windows it would lie there until the program ends, where standard error is a pipe.
+    if (stream == stderr)
+        std::fflush(stream);
 }
