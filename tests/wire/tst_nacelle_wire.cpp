@@ -270,8 +270,9 @@ void tst_nacelle_wire::recordsWhatReachesThePod()
     QVERIFY(pod.waitForNewConnection(kLimitMs));
     QTcpSocket bench;
     QVERIFY(joins(bench, port));
+    const std::unique_ptr<QTcpSocket> before(pod.nextPendingConnection());
     pod.close();
-    delete pod.nextPendingConnection();
+    before->disconnectFromHost();
     QVERIFY(bridge.says("closed"));
     bench.write(QByteArray::fromHex(command("photo")));
     QVERIFY(bench.waitForBytesWritten(kLimitMs) && bridge.says("dropped"));
