@@ -134,15 +134,12 @@ public:
     }
 
 private:
-    /// Bytes go on before they are looked at: the bridge shall cost no time. What the pod has sent
-    /// is recorded whether the bench is there or not, what the bench has sent only if the pod is.
+    /// Bytes go on before they are looked at: the bridge shall cost no time.
     void tie(Link &from, Link *to, FrameTap &tap)
     {
         QObject::connect(&from, &Link::opened, &m_run, [&tap] { tap.begin(); });
         QObject::connect(&from, &Link::received, &m_run, [=, &from, &tap](const QByteArray &bytes) {
-            if (to == m_bench && to)
-                to->send(bytes);
-            if (to != &m_pod || passOn(bytes))
+            if (!to || passOn(*to, bytes))
                 tap.push(bytes);
             if (to)
                 from.hold(to->unsent() > kMuchUnsent);
@@ -154,10 +151,13 @@ private:
         QObject::connect(to, &Link::closed, &m_run, release);
     }
 
-    /// To the pod; that it takes nothing is said once, until it takes something again.
-    bool passOn(const QByteArray &bytes)
+    /// Whether the bytes are to be recorded: those of the pod in any case, those of the bench if
+    /// the pod takes them. That it doesn't is said once, until it takes something again.
+    bool passOn(Link &to, const QByteArray &bytes)
     {
-        const bool isTaken = m_pod.send(bytes);
+        const bool isTaken = to.send(bytes);
+        if (&to != &m_pod)
+            return true;
         if (!isTaken && m_isTaken)
             complain(m_pod.address().text +
                      QStringLiteral(": isn't there; what the bench sends is dropped"));

@@ -136,7 +136,13 @@ public:
     }
 
     const QString &error() const { return m_error; }
-    const Filter &filter() const { return m_filter; }
+
+    /// Once it has ended: whether all could be read; says what an operator should know of it.
+    bool isWhole() const
+    {
+        sayRemark(m_wanted.path, m_filter);
+        return m_error.isEmpty() || complain(m_error) == kExitDone;
+    }
 
 private:
     const Wanted m_wanted;
@@ -193,11 +199,8 @@ int play(const Wanted &wanted, const std::shared_ptr<Loop> &loop, bool isMeasure
     const int code = links.run();
     if (isMeasured)
         sayLateness(player);
-    if (feed.isEnded()) {
-        sayRemark(wanted.path, loop->filter());
-        if (!loop->error().isEmpty())
-            return complain(loop->error());
-    }
+    if (feed.isEnded() && !loop->isWhole())
+        return kExitFailure;
     return player.count() == 0 && code == kExitDone
                ? complain(wanted.path + QStringLiteral(": there is nothing to send on that side"))
                : code;
