@@ -17,9 +17,8 @@ end
 -- The checksum of `size` bytes of `s` from `first` on, in its two halves.
 local function checksum(s, first, size)
     local high, low = 0, 0
-    local bytes = { byte(s, first, first + size - 1) }
-    for i = 1, size do
-        local index = XOR[high][bytes[i]]
+    for i = first, first + size - 1 do
+        local index = XOR[high][byte(s, i)]
         high, low = XOR[low][CRC_HIGH[index]], CRC_LOW[index]
     end
     return high, low

@@ -1,13 +1,14 @@
 -- Questions and answers. The first pass over a capture alone finds them out, since later passes see
--- packets in any order. Its results are kept for each packet, in the order of its frames.
+-- packets in any order. Its results are kept for each packet: a record for each frame, in their order,
+-- that leads to the next.
 
 local conversations, records
-local shown_packet, shown_index
+local shown_packet, shown
 local UNRECORDED = {}
 
 function proto.init()
     conversations, records = {}, {}
-    shown_packet, shown_index = nil, 0
+    shown_packet, shown = nil, nil
 end
 
 local function is_networked(pinfo)
@@ -72,37 +73,43 @@ local function note_answer(conversation, record, frame, now, number)
     end
 end
 
--- Appends what a frame of the first pass is part of to the list of its packet.
-local function note_frame(list, pinfo, frame)
-    local record = { bytes = frame.bytes, is_first = #list == 0 }
+-- What a frame of the first pass is part of.
+local function note_frame(pinfo, frame)
+    local record = { bytes = frame.bytes }
     local note = frame.id == "host" and note_command or note_answer
     note(conversation_of(pinfo), record, frame, pinfo.rel_ts, pinfo.number)
-    list[#list + 1] = record
     return record
 end
 
 -- The next record of an equal frame: one packet may be shown twice in a row. A frame in front of the
 -- one by which its port was found out is nobody's in the first pass, so that it has none.
-local function recall(list, frame)
-    for step = 0, #list - 1 do
-        local index = (shown_index + step) % #list + 1
-        if list[index].bytes == frame.bytes then
-            shown_index = index
-            return list[index]
+local function recall(first, frame)
+    local start = shown and shown.next or first
+    local record = start
+    while record and record.bytes ~= frame.bytes do
+        record = record.next or first
+        if record == start then
+            return UNRECORDED
         end
     end
-    return UNRECORDED
+    shown = record or shown
+    return record or UNRECORDED
 end
 
 local function record_of(pinfo, frame)
     local number = pinfo.number
     if shown_packet ~= number then
-        shown_packet, shown_index = number, 0
+        shown_packet, shown = number, nil
     end
-    local list = records[number] or {}
     if pinfo.visited then
-        return recall(list, frame)
+        return recall(records[number], frame)
     end
-    records[number] = list
-    return note_frame(list, pinfo, frame)
+    local record = note_frame(pinfo, frame)
+    if shown then
+        shown.next = record
+    else
+        records[number] = record
+    end
+    shown = record
+    return record
 end

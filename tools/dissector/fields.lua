@@ -1,6 +1,5 @@
 -- Fields. A view holds all of them in one language; those of both have the same filter names.
 
-local SIGNED = { i8 = 0x80, i16 = 0x8000, i32 = 0x80000000 }
 local MAKERS = { u8 = "uint8", i8 = "int8", u16 = "uint16", i16 = "int16", u32 = "uint32",
     i32 = "int32", bits = "uint8", bytes = "bytes" }
 
@@ -77,8 +76,10 @@ local function number_field(view, id, row, names)
     local made = { id = row.id, at = row.at, size = row.size, kind = row.kind, k = row.k,
         tail = row.unit and " " .. row.unit or "", has_details = WITH_DETAILS[row.id] }
     local name, note = row.name[language], row.note and row.note[language]
+    made.name = name
     if row.k then
         made.field = add_field("double", id, name, note)
+        made.read = row.kind:sub(1, 1) == "u" and TvbRange.le_uint or TvbRange.le_int
         made.raw = add_field(MAKERS[row.kind], id .. ".raw", TEXTS.raw[language])
     elseif row.kind == "bytes" then
         made.field = add_field("bytes", id, name, base.SPACE, note)

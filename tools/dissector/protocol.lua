@@ -13,6 +13,9 @@ end
 local byte, find, sub, format = string.byte, string.find, string.sub, string.format
 local floor, min = math.floor, math.min
 local bxor = bit.bxor
+-- Fetched once: through an item each call would look its method up anew.
+local add, add_le = TreeItem.add, TreeItem.add_le
+local append_text = TreeItem.append_text
 
 local proto = Proto("nacelle", "GCU Private Protocol")
 local LANGUAGES = { "en", "zh" }

@@ -2,36 +2,36 @@
 -- filter or column asks for, nothing is added to the tree: that is most of the time of a large
 -- capture.
 
-local function number_at(s, at, kind, size)
-    local a, b, c, d = byte(s, at + 1, at + size)
-    local value = a + 256 * ((b or 0) + 256 * ((c or 0) + 256 * (d or 0)))
-    local half = SIGNED[kind]
-    return half and value >= half and value - 2 * half or value
-end
-
 local function complain(item, view, expert_id, text, ...)
     item:add_proto_expert_info(EXPERTS[expert_id], format(TEXTS[text][view.language], ...))
 end
 
-local function is_wanted(tree, frame, row)
-    return frame.is_shown or row.has_details or tree:referenced(row.field)
-        or row.raw and tree:referenced(row.raw)
+local function is_wanted(tree, row)
+    return row.has_details or tree:referenced(row.field) or row.raw and tree:referenced(row.raw)
+end
+
+-- The text of a scaled field. It is kept until the value changes, which it seldom does.
+local function label_of(row, raw)
+    if row.labelled ~= raw then
+        row.labelled = raw
+        row.label = format("%s: %.15g%s (%d)", row.name, raw / row.k, row.tail, raw)
+    end
+    return row.label
 end
 
 -- A field `at` bytes into the frame, or nil where the frame ends before it or nobody wants it.
 local function show_number(tree, frame, row, at)
-    if at + row.size > frame.size or not is_wanted(tree, frame, row) then
+    if at + row.size > frame.size or not (frame.is_shown or is_wanted(tree, row)) then
         return nil
     end
     local range = frame.tvb(frame.at + at, row.size)
     if not row.k then
-        local item = tree:add_le(row.field, range)
-        return row.tail == "" and item or item:append_text(row.tail)
+        local item = add_le(tree, row.field, range)
+        return row.tail == "" and item or append_text(item, row.tail)
     end
-    local raw = number_at(frame.bytes, at, row.kind, row.size)
-    local item = tree:add(row.field, range, raw / row.k)
-    item:append_text(row.tail .. " (" .. raw .. ")")
-    item:add_le(row.raw, range)
+    local raw = row.read(range)
+    local item = add(tree, row.field, range, raw / row.k, label_of(row, raw))
+    add_le(item, row.raw, range)
     return item
 end
 
@@ -136,8 +136,9 @@ local function show_length(item, frame, view)
 end
 
 local function show_flags(item, frame, view)
+    local range = frame.tvb(frame.at + 11, 1)
     for _, field in ipairs(view.flags) do
-        item:add(field, frame.tvb(frame.at + 11, 1))
+        add(item, field, range)
     end
 end
 
@@ -220,15 +221,15 @@ end
 local function read_frame(tvb, s, at, size, kind, known_right)
     local bytes = sub(s, at, at + size - 1)
     local low, high = byte(bytes, 3, 4)
-    local frame = { tvb = tvb, at = at - 1, size = size, bytes = bytes, id = kind.id,
-        name = kind.name, said = high and low + 256 * high or 0 }
+    local said = high and low + 256 * high or 0
     -- A frame that was cut off ends without a checksum.
-    frame.is_right = known_right or size >= SMALLEST and is_right(bytes, 1, size)
-    frame.has_crc = frame.is_right or size >= SMALLEST and frame.said <= size
-    frame.area_end = frame.has_crc and size - CRC_SIZE or size
-    frame.code = frame.area_end > AREA_AT and byte(bytes, AREA_AT + 1) or nil
-    frame.mode = kind.id == "gcu" and byte(bytes, 6) or nil
-    return frame
+    local right = known_right or size >= SMALLEST and is_right(bytes, 1, size)
+    local has_crc = right or size >= SMALLEST and said <= size
+    local area_end = has_crc and size - CRC_SIZE or size
+    return { tvb = tvb, at = at - 1, size = size, bytes = bytes, id = kind.id, name = kind.name,
+        said = said, is_right = right, has_crc = has_crc, area_end = area_end, is_shown = false,
+        code = area_end > AREA_AT and byte(bytes, AREA_AT + 1) or nil,
+        mode = kind.id == "gcu" and byte(bytes, 6) or nil }
 end
 
 -- Of a capture without addresses: who sends which frame is certain.
@@ -258,7 +259,7 @@ local told -- frames of this call
 -- A packet may come in several calls, whose frames stand in one column.
 local function tell(pinfo, frame, record, language, text)
     told = told + 1
-    if record.is_first or record == UNRECORDED and told == 1 then
+    if record == records[pinfo.number] or record == UNRECORDED and told == 1 then
         pinfo.cols.info = text
         if not is_networked(pinfo) then
             tell_ends(pinfo, frame, language)
