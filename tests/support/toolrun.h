@@ -1,9 +1,12 @@
 #pragma once
 
-#include <QProcess>
-#include <QStringList>
+#include "tests/podsim/podprocess.h"
+
+#include <QDeadlineTimer>
 
 #include <csignal>
+
+constexpr int kLimitMs = 120000; ///< there to end a test that fails
 
 /// How a program ended, and what it said.
 struct Ended
@@ -13,17 +16,20 @@ struct Ended
     QByteArray error;
 };
 
-/// The real program, run by a test, with an input that ends. The limit is there to end a test that
-/// fails.
+/// A real program, run by a test; its input ends at once unless it is to stay open.
 class ToolRun
 {
 public:
-    ToolRun(const QString &program, const QStringList &arguments, const QByteArray &input = {})
+    ToolRun(const QString &program, const QStringList &arguments, const QByteArray &input = {},
+            bool isOpen = false)
     {
         m_process.start(program, arguments);
         m_process.write(input);
-        m_process.closeWriteChannel();
         m_process.waitForStarted(kLimitMs);
+        while (m_process.bytesToWrite() > 0 && m_process.waitForBytesWritten(kLimitMs)) {
+        }
+        if (!isOpen)
+            m_process.closeWriteChannel();
     }
 
     Ended end()
@@ -36,14 +42,35 @@ public:
 
     Ended stop(int signal = SIGTERM)
     {
-        ::kill(pid_t(m_process.processId()), signal);
+        sendSignal(m_process, signal);
         return end();
     }
 
-    bool isRunning() { return m_process.state() == QProcess::Running; }
+    /// Without a chance to write anything more.
+    Ended kill()
+    {
+        m_process.kill();
+        return end();
+    }
+
+    /// True once standard error has the text.
+    bool says(const char *text)
+    {
+        const QDeadlineTimer limit(kLimitMs);
+        m_process.setReadChannel(QProcess::StandardError);
+        while (!m_said.contains(text) && !limit.hasExpired()) {
+            m_process.waitForReadyRead(100);
+            m_said += m_process.readAllStandardError();
+        }
+        return m_said.contains(text);
+    }
+
+    bool hasEnded(int limitMs)
+    {
+        return m_process.state() == QProcess::NotRunning || m_process.waitForFinished(limitMs);
+    }
 
 private:
-    static constexpr int kLimitMs = 120000;
-
     QProcess m_process;
+    QByteArray m_said;
 };

@@ -81,7 +81,7 @@ void tst_nacelle_wire::refusesItsCommandLine_data()
 void tst_nacelle_wire::refusesItsCommandLine()
 {
     QFETCH(QString, words);
-    const Run refused = run(words.split(' ', Qt::SkipEmptyParts));
+    const Ended refused = run(words.split(' ', Qt::SkipEmptyParts));
     QCOMPARE(refused.code, 2);
     QVERIFY2(refused.error.contains("--help"), refused.error);
     QVERIFY(refused.out.isEmpty());
@@ -93,7 +93,7 @@ void tst_nacelle_wire::helps()
     for (const char *verb :
          {"compose", "decode", "send", "dump", "record", "replay", "convert", "diff", "fields"}) {
         QVERIFY(help.contains(QByteArray("\n  ") + verb + ' '));
-        const Run own = run({verb, "--help"});
+        const Ended own = run({verb, "--help"});
         QCOMPARE(own.code, 0);
         QVERIFY2(own.out.contains(QByteArray("\n  nacelle-wire ") + verb), verb);
     }
@@ -104,15 +104,15 @@ void tst_nacelle_wire::pipes()
     const QByteArray line =
         run({"compose", "carrier_roll=-1.15", "command=zoom_ratio", "camera=1", "zoom=20"}).out;
     QCOMPARE(line.size(), 2 * 75 + 1);
-    const Run decoded = run({"decode", "--json"}, line);
+    const Ended decoded = run({"decode", "--json"}, line);
     QVERIFY(decoded.out.contains("\"carrier_roll\":-1.15"));
     QVERIFY(decoded.out.contains("\"params\":{\"camera\":1,\"zoom\":20}"));
     QCOMPARE(run({"compose", "--json"}, decoded.out).out, line);
     const QByteArray timed = "(1.500000) rx " + line;
-    const Run whole =
+    const Ended whole =
         run({"compose", "--json", "--as", "line"}, run({"decode", "--json"}, timed).out);
     QCOMPARE(whole.out, timed);
-    const Run broken = run({"compose", "--json"}, "{\n" + decoded.out);
+    const Ended broken = run({"compose", "--json"}, "{\n" + decoded.out);
     QCOMPARE(broken.code, 1);
     QCOMPARE(broken.out, line);
     QVERIFY(broken.error.contains("line 1"));
@@ -151,7 +151,7 @@ void tst_nacelle_wire::endsByTheAnswer()
     if (kHasSerial && process.awaitLine("pty"))
         links << serialLink();
     for (const QString &link : qAsConst(links)) {
-        const Run sent =
+        const Ended sent =
             run({"send", "--until-answer", "--timeout", limit, link}, command(qPrintable(word)));
         QVERIFY2(sent.code == code, qPrintable(link) + sent.error);
         QCOMPARE(sent.out.count('\n'), code == 3 ? 0 : 1);
@@ -189,7 +189,7 @@ void tst_nacelle_wire::endsUnanswered()
     QTcpSocket *client = silent.nextPendingConnection();
     while (isStopped && words.startsWith("send") && client->bytesAvailable() < 3 * 73)
         QVERIFY(client->waitForReadyRead(kLimitMs));
-    const Run ended = isStopped ? wire.stop(SIGINT) : wire.end();
+    const Ended ended = isStopped ? wire.stop(SIGINT) : wire.end();
     QVERIFY2(ended.code == code, ended.error);
 }
 
@@ -252,7 +252,7 @@ void tst_nacelle_wire::bridgesAndReplays()
     QVERIFY(pod.awaitCount("0x40", 2));
     QCOMPARE(recorder.stop().code, 0);
     QCOMPARE(QByteArray::fromHex(framesOf(run({"convert", path("again.log")}).out, "tx")), sent);
-    const Run compared = run({"diff", "--dir", "tx", path("run.pcapng"), path("again.log")});
+    const Ended compared = run({"diff", "--dir", "tx", path("run.pcapng"), path("again.log")});
     QVERIFY2(compared.out.startsWith("4 equal, 0 lost, 0 added, 0 changed\n"), compared.out);
     QCOMPARE(compared.code, 0);
     QCOMPARE(run({"diff", "--kind", "host", path("run.pcapng"), command("photo").trimmed()}).code,
@@ -330,7 +330,7 @@ void tst_nacelle_wire::recordsUntilKilled()
     recorder.kill();
     QFile file(path("killed.pcapng"));
     QVERIFY(file.resize(file.size() - 1));
-    const Run cut = run({"decode", "--json", path("killed.pcapng")});
+    const Ended cut = run({"decode", "--json", path("killed.pcapng")});
     QCOMPARE(cut.code, 1);
     QVERIFY2(cut.error.contains("cut in a block"), cut.error);
     QVERIFY(cut.out.startsWith("{\"time\":"));
@@ -370,7 +370,7 @@ void tst_nacelle_wire::reconnects()
         QVERIFY(client->waitForBytesWritten(kLimitMs));
         client->disconnectFromHost();
     }
-    const Run ended = dump.end();
+    const Ended ended = dump.end();
     QCOMPARE(ended.code, 0);
     QCOMPARE(ended.out, (frame.toHex().toUpper() + '\n').repeated(2));
     QVERIFY(ended.error.contains("closed"));
@@ -379,7 +379,7 @@ void tst_nacelle_wire::reconnects()
                 (frame.toHex() + '\n').repeated(20000));
     QVERIFY(pod.waitForNewConnection(kLimitMs));
     delete pod.nextPendingConnection();
-    const Run lost = sender.end();
+    const Ended lost = sender.end();
     QCOMPARE(lost.code, 1);
     QVERIFY2(lost.error.count('\n') == 1 && !lost.error.contains("nobody"), lost.error);
     QCOMPARE(run({"dump", tcpTo(freePort())}).code, 1);
@@ -406,7 +406,7 @@ void tst_nacelle_wire::servesOneAtATime()
         while (second.state() != QAbstractSocket::UnconnectedState)
             second.waitForDisconnected(kLimitMs);
     } while (!dump.hasEnded(1000));
-    const Run ended = dump.end();
+    const Ended ended = dump.end();
     QCOMPARE(ended.out, frame.left(40).toHex().toUpper() + '\n' + frame.toHex().toUpper() + '\n');
     QVERIFY2(ended.error.contains("refused 127.0.0.1"), ended.error);
 }
@@ -420,7 +420,7 @@ void tst_nacelle_wire::failsOnFiles()
     const quint16 port = freePort(true);
     QUdpSocket taken;
     QVERIFY(taken.bind(QHostAddress::AnyIPv4, port, QUdpSocket::DontShareAddress));
-    const Run refused = run({"dump", QStringLiteral("udp://127.0.0.1:1?local=%1").arg(port)});
+    const Ended refused = run({"dump", QStringLiteral("udp://127.0.0.1:1?local=%1").arg(port)});
     QCOMPARE(refused.code, 1);
     QVERIFY2(refused.error.contains(QByteArray::number(port)), refused.error);
 }

@@ -7,7 +7,7 @@
 
 namespace {
 
-Run shell(const QString &command)
+Ended shell(const QString &command)
 {
     QProcess process;
     process.start("sh", {"-c", command});
@@ -44,11 +44,11 @@ void tst_wiresystem::losesASerialPort()
                 QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port), link});
     QTcpSocket bench;
     QVERIFY(joins(bench, port)); // the bench's side is opened once the port is
-    const Run second = run({"dump", "--for", "50ms", link});
+    const Ended second = run({"dump", "--for", "50ms", link});
     QCOMPARE(second.code, 1);
     QVERIFY2(second.error.contains("locking"), second.error);
     pod.stop(SIGKILL);
-    const Run lost = first.end();
+    const Ended lost = first.end();
     QCOMPARE(lost.code, 1);
     QVERIFY2(lost.error.contains(link.toUtf8()), lost.error);
 }
@@ -59,13 +59,13 @@ void tst_wiresystem::saysThatTheDiskIsFull()
     for (const char *words : {"fields -o /dev/full", "fields > /dev/full", "compose -o /dev/full",
                               "decode -o /dev/full %2", "convert --as pcapng %2 > /dev/full",
                               "record --as pcapng -o /dev/full tcp-listen://127.0.0.1:0"}) {
-        const Run failed =
+        const Ended failed =
             shell(QString("'%1' " + QString(words)).arg(WIRE_PATH).replace("%2", frame));
         QVERIFY2(failed.code == 1, words);
         QVERIFY2(failed.error.contains("No space left"), failed.error);
     }
     // In the midst of what is written; a limit stands for the end of the disk.
-    const Run cut = shell(
+    const Ended cut = shell(
         QString("ulimit -f 4; trap '' XFSZ; '%1' fields -o '%2'").arg(WIRE_PATH, path("cut")));
     QCOMPARE(cut.code, 1);
     QVERIFY2(cut.error.contains("File too large"), cut.error);

@@ -1,17 +1,13 @@
 #pragma once
 
-#include "tests/podsim/podprocess.h"
+#include "tests/support/toolrun.h"
 
 #include <QDeadlineTimer>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QUdpSocket>
 
-#include <csignal>
-
 // The real nacelle-wire, run by a test, and what its tests have in common.
-
-constexpr int kLimitMs = 20000;
 
 /// Windows has no pseudo-terminals to stand for a serial line.
 #ifdef Q_OS_WIN
@@ -20,72 +16,17 @@ constexpr bool kHasSerial = false;
 constexpr bool kHasSerial = true;
 #endif
 
-struct Run
-{
-    int code = -1;
-    QByteArray out;
-    QByteArray error;
-};
-
 /// The real program, under way.
-class Wire
+class Wire : public ToolRun
 {
 public:
     explicit Wire(const QStringList &arguments, const QByteArray &input = {}, bool isOpen = false)
+        : ToolRun(QStringLiteral(WIRE_PATH), arguments, input, isOpen)
     {
-        m_process.start(QStringLiteral(WIRE_PATH), arguments);
-        m_process.write(input);
-        m_process.waitForStarted(kLimitMs);
-        while (m_process.bytesToWrite() > 0 && m_process.waitForBytesWritten(kLimitMs)) {
-        }
-        if (!isOpen)
-            m_process.closeWriteChannel();
     }
-
-    Run end()
-    {
-        if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(kLimitMs))
-            m_process.kill();
-        const int code = m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
-        return {code, m_process.readAllStandardOutput(), m_process.readAllStandardError()};
-    }
-
-    Run stop(int signal = SIGTERM)
-    {
-        sendSignal(m_process, signal);
-        return end();
-    }
-
-    /// Without a chance to write anything more.
-    Run kill()
-    {
-        m_process.kill();
-        return end();
-    }
-
-    /// True once standard error has the text.
-    bool says(const char *text)
-    {
-        const QDeadlineTimer limit(kLimitMs);
-        m_process.setReadChannel(QProcess::StandardError);
-        while (!m_said.contains(text) && !limit.hasExpired()) {
-            m_process.waitForReadyRead(100);
-            m_said += m_process.readAllStandardError();
-        }
-        return m_said.contains(text);
-    }
-
-    bool hasEnded(int limitMs)
-    {
-        return m_process.state() == QProcess::NotRunning || m_process.waitForFinished(limitMs);
-    }
-
-private:
-    QProcess m_process;
-    QByteArray m_said;
 };
 
-inline Run run(const QStringList &arguments, const QByteArray &input = {})
+inline Ended run(const QStringList &arguments, const QByteArray &input = {})
 {
     return Wire(arguments, input).end();
 }
