@@ -65,6 +65,7 @@ private slots:
     void mistakesInFiles_data();
     void mistakesInFiles();
     void shippedCases();
+    void measures();
     void ownCases();
     void cycles_data();
     void cycles();
@@ -85,7 +86,20 @@ void tst_checkcases::mistakesInFiles_data()
         {"no JSON", "{\n\n  nonsense", "f.json: line 3: "},
         {"a key too many", fileWith(R"([{"ask": {}, "whithin": "2s"}])"),
          "\"whithin\" isn't known"},
-        {"no steps", fileWith("[]"), "a case without steps can't fail"},
+        {"no steps", fileWith("[]"), "a case without a step that can fail"},
+        {"nothing to judge", fileWith(R"([{"send": {}}])"), "a case without a step that can fail"},
+        {"nothing wanted", fileWith(R"([{"ask": {}, "expect": {"version": {}}}])"),
+         "nothing is wanted of it"},
+        {"a range of bytes", fileWith(R"([{"ask": {}, "expect": {"reserved1": {"least": 5}}}])"),
+         "nothing is wanted of it"},
+        {"no limit", fileWith(R"([{"measure": "cycle", "value": "lost"}])"),
+         "\"least\" or \"most\""},
+        {"too short to hold", fileWith(R"([{"hold": "20ms", "frame": {}}])"), "longer than"},
+        {"a frame that is a word",
+         fileWith(R"([{"send": {}, "frames": ["look_down"]}, {"quiet": "1s"}])"),
+         "objects { … } are needed"},
+        {"two things to send",
+         fileWith(R"([{"send": {"fields": {}}, "bytes": "00"}, {"quiet": "1s"}])"), "empty where"},
         {"no such step", fileWith(R"([{"wait": "2s"}])"), "a step is one of ask, send"},
         {"no such field", fileWith(R"([{"ask": {}, "expect": {"rol": 1}}])"),
          "no such field of an answer: rol"},
@@ -104,10 +118,21 @@ void tst_checkcases::mistakesInFiles_data()
         {"it moves", fileWith(R"([{"ask": {"command": {"name": "recentre"}}}])"),
          "it moves, which the group's \"effects\" don't say"},
         {"control inputs move",
-         fileWith(R"([{"send": {"fields": {"yaw_control": 100, "flags": 4}}}])"), "it moves"},
-        {"bytes move", // recentre, behind a frame that does nothing
-         fileWith(R"([{"send": {}, "frames": [{}, {"command": {"name": "recentre"}}]}])"),
+         fileWith(R"([{"send": {"fields": {"yaw_control": 100, "flags": 4}}}, {"quiet": "1s"}])"),
          "it moves"},
+        {"bytes move", // recentre, behind a frame that does nothing
+         fileWith(
+             R"([{"send": {}, "frames": [{}, {"command": {"name": "recentre"}}]}, {"quiet": "1s"}])"),
+         "it moves"},
+        {"halves move",
+         fileWith(R"([{"send": {}, "bytes": ")" + hostWith("13").left(40).toHex() +
+                  R"("}, {"send": {}, "bytes": ")" + hostWith("13").mid(40).toHex() +
+                  R"("}, {"quiet": "1s"}])"),
+         "it moves"},
+        {"light without a parameter", fileWith(R"([{"ask": {"command": {"area": "80"}}}])"),
+         "it lights"},
+        {"no measures at the end", fileWith(R"([{"ask": {}}])", R"("after": [{"quiet": "1s"}],)"),
+         "takes \"ask\" alone"},
         {"light", fileWith(R"([{"ask": {"command": {"name": "light", "params": {"state": 5}}}}])"),
          "it lights"},
         {"no warning",
@@ -148,6 +173,26 @@ void tst_checkcases::shippedCases()
                  "A8E5480001000000000000000000000000000000000000000000000000000000000000000001"
                  "00000000000000000000000000000000000000000000000000000000000000037BA9"))),
              QString("moves"));
+}
+
+/// A measure counts as sent by the group that asks for it.
+void tst_checkcases::measures()
+{
+    const QByteArray moving =
+        R"("measures": [{"id": "m", "name": {"zh": "量", "en": "m"}, "cycles": 9,)"
+        R"( "frames": [{"command": {"name": "look_down"}}]}],)"
+        R"( "effects": ["moves"], "warning": {"zh": "动", "en": "moves"},)";
+    const QByteArray user = fileWith(R"([{"measure": "m", "value": "lost", "most": 0}])");
+    QVector<Group> groups;
+    QString error;
+    QVERIFY(readGroup(user, "f.json", groups, error));
+    QVERIFY(!tieMeasures(groups, error));
+    QCOMPARE(error, QString("g.c: there is no measure \"m\""));
+    QByteArray other = fileWith(R"([{"ask": {}}])", moving);
+    QVERIFY(
+        readGroup(other.replace(R"("group": "g")", R"("group": "h")"), "f.json", groups, error));
+    QVERIFY(!tieMeasures(groups, error));
+    QVERIFY2(error.startsWith("g.c: it moves"), qPrintable(error));
 }
 
 void tst_checkcases::ownCases()
@@ -233,6 +278,7 @@ void tst_checkcases::conditions_data()
         {R"("mode": ["lock", "follow"])", ""},
         {R"("mode": "LOCK")", "Pod work mode is follow, wanted LOCK"},
         {R"("reserved1": "00000000000000")", ""},
+        {R"("reserved1": "0000000E000000")", "Reserved is 00000000000000, wanted 0000000E000000"},
         {R"("reserved2": "000000000001")", "Reserved is 000000000000, wanted 000000000001"},
         {R"("camera_status": {"bits": "FF1F"})", ""},
         {R"("camera_status": {"bits": "EF1F"})", "Pod status flags is 1000, wanted & EF1F"},

@@ -7,7 +7,9 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 
 /// The files lie in a static library, which the linker takes only by name.
 static void initCases()
@@ -38,8 +40,11 @@ QByteArray frameOf(QJsonObject object, JsonEntry &entry)
 QVector<QByteArray> framesOf(const QJsonArray &list, JsonEntry &entry)
 {
     QVector<QByteArray> frames;
-    for (const QJsonValue &each : list)
+    for (const QJsonValue &each : list) {
+        if (!each.isObject())
+            entry.complain(QStringLiteral("\"frames\": objects { … } are needed"));
         frames.append(frameOf(each.toObject(), entry));
+    }
     if (frames.isEmpty())
         entry.complain(QStringLiteral("\"frames\": at least one is needed"));
     return frames;
@@ -71,6 +76,13 @@ Condition readCondition(const QString &field, const QJsonValue &value, const QSt
     return condition;
 }
 
+bool canFail(const Condition &condition, bool isOfNumber)
+{
+    const bool isOfRange =
+        std::isfinite(condition.least) || std::isfinite(condition.most) || condition.within >= 0;
+    return isOfRange ? isOfNumber : !condition.oneOf.isEmpty() || !condition.bits.isEmpty();
+}
+
 QVector<Condition> readConditions(const QJsonObject &object, JsonEntry &entry, QString &error)
 {
     QVector<Condition> conditions;
@@ -78,8 +90,11 @@ QVector<Condition> readConditions(const QJsonObject &object, JsonEntry &entry, Q
         const protocol::Field *field = wire::fieldNamed(wire::FrameKind::Gcu, each.key());
         if (!field || wire::isVariable(field->kind))
             entry.complain(QStringLiteral("no such field of an answer: ") + each.key());
-        conditions.append(
-            readCondition(each.key(), each.value(), entry.place() + '.' + each.key(), error));
+        const QString place = entry.place() + '.' + each.key();
+        const Condition condition = readCondition(each.key(), each.value(), place, error);
+        if (field && error.isEmpty() && !canFail(condition, wire::isNumber(field->kind)))
+            error = place + QStringLiteral(": nothing is wanted of it that such a field can miss");
+        conditions.append(condition);
     }
     return conditions;
 }
@@ -127,6 +142,8 @@ void spoil(const QString &what, QByteArray &bytes, JsonEntry &entry)
 QByteArray bytesToSend(JsonEntry &entry)
 {
     QByteArray bytes;
+    if ((entry.has("bytes") || entry.has("frames")) && !entry.object("send").isEmpty())
+        entry.complain(QStringLiteral("\"send\": empty where \"bytes\" or \"frames\" are given"));
     if (entry.has("bytes")) {
         if (!wire::readDigits(entry.text("bytes").toLatin1(), bytes))
             entry.complain(QStringLiteral("\"bytes\": hexadecimal digits are needed"));
@@ -137,6 +154,8 @@ QByteArray bytesToSend(JsonEntry &entry)
                             : QVector<QByteArray>{frameOf(entry.object("send"), entry)};
     for (const QByteArray &frame : frames)
         bytes += frame;
+    if (entry.has("spoil") && frames.size() > 1)
+        entry.complain(QStringLiteral("\"spoil\" takes one frame"));
     if (entry.has("spoil"))
         spoil(entry.text("spoil"), bytes, entry);
     return bytes;
@@ -145,14 +164,15 @@ QByteArray bytesToSend(JsonEntry &entry)
 void readSend(JsonEntry &entry, QString &, Step &step)
 {
     step.kind = StepKind::Send;
-    entry.object("send"); // empty with "bytes" or "frames"
     const QByteArray bytes = bytesToSend(entry);
     const int piece = entry.count("piece", bytes.size());
     if (piece == 0)
         entry.complain(QStringLiteral("\"piece\": at least a byte"));
     for (int at = 0; at < bytes.size() && piece > 0; at += piece)
         step.writes.append(bytes.mid(at, piece));
-    step.times = qMin(entry.count("times", 1), kMostTimes);
+    step.times = entry.count("times", 1);
+    if (step.times < 1 || step.times > kMostTimes)
+        entry.complain(QStringLiteral("\"times\": 1 to %1").arg(kMostTimes));
     step.every = entry.duration("every", kUsualPace);
 }
 
@@ -178,6 +198,8 @@ void readHold(JsonEntry &entry, QString &error, Step &step)
     step.writes = {frameOf(entry.object("frame"), entry)};
     step.every = entry.duration("every", kUsualPace);
     step.conditions = readConditions(entry.object("expect"), entry, error);
+    if (step.every >= step.time)
+        entry.complain(QStringLiteral("\"hold\" takes longer than \"every\""));
 }
 
 void readReach(JsonEntry &entry, QString &error, Step &step)
@@ -208,6 +230,8 @@ void readMeasured(JsonEntry &entry, QString &, Step &step)
         entry.complain(QStringLiteral("no such value: ") + step.value);
     step.least = entry.number("least", -kNoLimit);
     step.most = entry.number("most", kNoLimit);
+    if (!std::isfinite(step.least) && !std::isfinite(step.most))
+        entry.complain(QStringLiteral("\"least\" or \"most\" is needed"));
 }
 
 struct StepRow
@@ -266,6 +290,8 @@ QVector<wire::LinkAddress::Kind> readLinks(JsonEntry &entry)
                            known.join(QStringLiteral(", ")));
         links.append(wire::LinkAddress::Kind(qMax(0, known.indexOf(word))));
     }
+    if (links.isEmpty())
+        entry.complain(QStringLiteral("\"links\": at least one"));
     return links;
 }
 
@@ -296,6 +322,12 @@ void holdToNames(const QVector<Step> &steps, JsonEntry &entry)
     }
 }
 
+/// Whether a pod can fail the step; the others only prepare.
+bool judges(const Step &step)
+{
+    return step.kind != StepKind::Send && step.kind != StepKind::Remember;
+}
+
 Case readCase(const QJsonValue &value, const Group &group, const LocalText &usualReason,
               const QString &place, QString &error)
 {
@@ -308,12 +340,14 @@ Case readCase(const QJsonValue &value, const Group &group, const LocalText &usua
     made.name = entry.has("name") ? entry.localText("name") : commandName(made.steps);
     made.reason = entry.has("reason") ? entry.localText("reason") : usualReason;
     made.isEssential = entry.flag("essential");
-    made.attempts = qBound(1, entry.count("attempts", 1), kMostAttempts);
+    made.attempts = entry.count("attempts", 1);
+    if (made.attempts < 1 || made.attempts > kMostAttempts)
+        entry.complain(QStringLiteral("\"attempts\": 1 to %1").arg(kMostAttempts));
     made.links = readLinks(entry);
     if (made.name.isEmpty() || made.reason.isEmpty())
         entry.complain(QStringLiteral("a name and a reason are needed"));
-    if (made.steps.isEmpty())
-        entry.complain(QStringLiteral("a case without steps can't fail"));
+    if (std::none_of(made.steps.begin(), made.steps.end(), judges))
+        entry.complain(QStringLiteral("a case without a step that can fail"));
     return made;
 }
 
@@ -345,6 +379,16 @@ quint8 readEffects(JsonEntry &entry)
     return effects;
 }
 
+/// Of the steps one after another: two of them may send the halves of a frame.
+quint8 effectsOfAll(const QVector<Step> &steps)
+{
+    QByteArray all;
+    for (const Step &step : steps)
+        for (const QByteArray &bytes : step.writes)
+            all += bytes;
+    return effectsOf(all);
+}
+
 /// The frames of a group do nothing but what the group says of itself.
 void holdToEffects(const Group &group, quint8 effects, const QString &place, QString &error)
 {
@@ -361,10 +405,22 @@ void holdToEffects(const Group &group, const QString &file, QString &error)
         for (const QByteArray &frame : measure.frames)
             holdToEffects(group, effectsOf(frame), file + ": " + measure.id, error);
     for (const Case &each : group.cases)
-        for (const Step &step : each.steps)
-            holdToEffects(group, effectsOf(step), file + ": " + each.id, error);
+        holdToEffects(group, effectsOfAll(each.steps), file + ": " + each.id, error);
+    holdToEffects(group, effectsOfAll(group.after), file + ": after", error);
+}
+
+/// What a group does at its end is short, and its cases can be told apart.
+void holdToOrder(const Group &group, JsonEntry &entry)
+{
     for (const Step &step : group.after)
-        holdToEffects(group, effectsOf(step), file + ": after", error);
+        if (step.kind != StepKind::Ask)
+            entry.complain(QStringLiteral("\"after\" takes \"ask\" alone"));
+    QStringList ids;
+    for (const Case &each : group.cases) {
+        if (ids.contains(each.id))
+            entry.complain(QStringLiteral("%1 stands there twice").arg(each.id));
+        ids.append(each.id);
+    }
 }
 
 Group readWhole(const QJsonValue &value, const QString &file, QString &error)
@@ -377,8 +433,10 @@ Group readWhole(const QJsonValue &value, const QString &file, QString &error)
     group.isLong = entry.flag("long");
     group.warning = entry.localText("warning");
     const LocalText reason = entry.localText("reason");
-    for (const QJsonValue &each : entry.array("measures"))
+    for (const QJsonValue &each : entry.array("measures")) {
         group.measures.append(readMeasure(each, file + QStringLiteral(": measures"), error));
+        group.measures.last().key = group.id + QLatin1Char('/') + group.measures.last().id;
+    }
     for (const QJsonValue &each : entry.array("cases"))
         group.cases.append(
             readCase(each, group, reason,
@@ -386,7 +444,31 @@ Group readWhole(const QJsonValue &value, const QString &file, QString &error)
     group.after = readSteps(entry.array("after"), file + QStringLiteral(": after"), error);
     if (group.effects != kStill && group.warning.isEmpty())
         entry.complain(QStringLiteral("a group that does something has to warn of it"));
+    holdToOrder(group, entry);
     return group;
+}
+
+const Measure *measureNamed(const QString &id, const Group &group)
+{
+    for (const Measure &measure : group.measures)
+        if (measure.id == id)
+            return &measure;
+    return nullptr;
+}
+
+void tie(Step &step, const Group &group, const QString &place, const QVector<Group> &groups,
+         QString &error)
+{
+    const Measure *measure = measureNamed(step.name, group);
+    for (auto other = groups.begin(); !measure && other != groups.end(); ++other)
+        measure = measureNamed(step.name, *other);
+    if (!measure) {
+        error = QStringLiteral("%1: there is no measure \"%2\"").arg(place, step.name);
+        return;
+    }
+    step.name = measure->key;
+    for (const QByteArray &frame : measure->frames)
+        holdToEffects(group, effectsOf(frame), place, error);
 }
 
 } // namespace
@@ -415,6 +497,17 @@ bool readGroup(const QByteArray &json, const QString &file, QVector<Group> &grou
     }
     groups.append(group);
     return true;
+}
+
+bool tieMeasures(QVector<Group> &groups, QString &error)
+{
+    const QVector<Group> known = groups;
+    for (Group &group : groups)
+        for (Case &each : group.cases)
+            for (Step &step : each.steps)
+                if (step.kind == StepKind::Measure)
+                    tie(step, group, each.id, known, error);
+    return error.isEmpty();
 }
 
 QStringList shippedFiles()

@@ -53,7 +53,7 @@ struct Step
     qint64 every = 30000;       ///< microseconds
     Wanted wanted = Wanted::Success;
     QVector<Condition> conditions;
-    QString name;  ///< of what is remembered, or of the measure
+    QString name;  ///< of what is remembered, or the key of the measure
     QString field; ///< to be remembered
     QString value; ///< of the measure
     double least = -kNoLimit;
@@ -64,6 +64,7 @@ struct Step
 struct Measure
 {
     QString id;
+    QString key; ///< with its group: link/cycle
     LocalText name;
     QVector<QByteArray> frames;
     int cycles = 0; ///< 0 for the length that the user gives in minutes
@@ -93,12 +94,16 @@ struct Group
     bool isLong = false; ///< lasts as long as the user says
     QVector<Measure> measures;
     QVector<Case> cases;
-    QVector<Step> after; ///< done at its end, however it ends
+    QVector<Step> after; ///< done at its end, however it ends, once it has done something
 };
 
 /// Reads a file of cases and adds its group, or puts it in place of the one with the same id. False
 /// with `error` set, file and place in it, for anything that isn't understood.
 bool readGroup(const QByteArray &json, const QString &file, QVector<Group> &groups, QString &error);
+
+/// Ties the steps that measure to their measures: one of the same group, else of any other. False
+/// with `error` set where there is none, or where its frames do what the group doesn't say.
+bool tieMeasures(QVector<Group> &groups, QString &error);
 
 /// The files that come with the tool, in the order of their running.
 QStringList shippedFiles();

@@ -4,6 +4,7 @@
 #include "tools/check/percentile.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <limits>
 
@@ -41,8 +42,12 @@ int framesSent(const CycleStats &stats)
 
 int received(const CycleStats &stats)
 {
-    return stats.answers + stats.doubled + stats.badChecksum + stats.badLength +
-           (stats.noiseBytes > 0 ? 1 : 0);
+    return stats.answers + stats.doubled + stats.badChecksum + stats.badLength;
+}
+
+int anything(const CycleStats &stats)
+{
+    return received(stats) + (stats.noiseBytes > 0 ? 1 : 0);
 }
 
 int answersTimed(const CycleStats &stats)
@@ -50,9 +55,10 @@ int answersTimed(const CycleStats &stats)
     return stats.answerTimes.size();
 }
 
+/// Not worth much where this side was seldom on time.
 int periodsTimed(const CycleStats &stats)
 {
-    return stats.periods.size();
+    return 2 * stats.periods.size() >= stats.answers - 1 ? stats.periods.size() : 0;
 }
 
 } // namespace
@@ -98,25 +104,30 @@ std::size_t CycleStats::waitingFor(quint8 code) const
     return std::size_t(found - m_waiting.begin());
 }
 
+/// The answer to a frame that answers to later ones have overtaken.
+bool CycleStats::takeLate(quint8 code, const wire::Record &record)
+{
+    // What comes later still is lost.
+    const auto isOver = [this](const Asked &asked) { return asked.number + kLatest < sent; };
+    m_passed.erase(std::remove_if(m_passed.begin(), m_passed.end(), isOver), m_passed.end());
+    const auto late = std::find_if(m_passed.begin(), m_passed.end(),
+                                   [code](const Asked &asked) { return asked.code == code; });
+    if (late == m_passed.end() || code == 0)
+        return false;
+    ++reordered;
+    keep(record);
+    settle(*late, record.time);
+    m_passed.erase(late);
+    return true;
+}
+
 void CycleStats::takeGood(const wire::Record &record)
 {
     const quint8 code = codeOf(record);
-    // What comes later still is lost.
-    m_passed.erase(
-        std::remove_if(m_passed.begin(), m_passed.end(),
-                       [this](const Asked &asked) { return asked.number + kLatest < sent; }),
-        m_passed.end());
-    const auto late = std::find_if(m_passed.begin(), m_passed.end(),
-                                   [code](const Asked &asked) { return asked.code == code; });
     std::size_t at = waitingFor(code);
     const bool isNext = at == 0 && !m_waiting.empty();
-    if (!isNext && late != m_passed.end() && code != 0) {
-        ++reordered;
-        keep(record);
-        settle(*late, record.time);
-        m_passed.erase(late);
+    if (!isNext && takeLate(code, record))
         return;
-    }
     if (m_waiting.empty() || (!isNext && m_lastCode == int(code))) {
         ++doubled;
         return keep(record);
@@ -161,87 +172,55 @@ int CycleStats::lost() const
     return sent - answers - m_broken;
 }
 
-const QVector<FigureRow> &figureRows()
-{
-    using S = const CycleStats &;
-    static const QVector<FigureRow> rows{
-        {"sent", {"已发送帧数", "frames sent"}, "", framesSent, [](S s) { return double(s.sent); }},
-        {"answers", {"应答帧数", "answers"}, "", framesSent, [](S s) { return double(s.answers); }},
-        {"lost",
-         {"丢失的应答", "answers lost"},
-         "",
-         framesSent,
-         [](S s) { return double(s.lost()); }},
-        {"lost_percent",
-         {"应答丢失率", "answers lost"},
-         "%",
-         framesSent,
-         [](S s) { return percent(s.lost(), s.sent); }},
-        {"doubled",
-         {"重复的应答", "answers doubled"},
-         "",
-         received,
-         [](S s) { return double(s.doubled); }},
-        {"reordered",
-         {"乱序的应答", "answers out of order"},
-         "",
-         received,
-         [](S s) { return double(s.reordered); }},
-        {"bad_checksum",
-         {"校验错误的帧", "frames with a wrong checksum"},
-         "",
-         received,
-         [](S s) { return double(s.badChecksum); }},
-        {"bad_length",
-         {"长度错误的帧", "frames with a wrong length"},
-         "",
-         received,
-         [](S s) { return double(s.badLength); }},
-        {"noise_bytes",
-         {"帧间杂散字节", "bytes between frames"},
-         "B",
-         received,
-         [](S s) { return double(s.noiseBytes); }},
-        {"answer_median",
-         {"应答时间中位数", "answer time, median"},
-         "ms",
-         answersTimed,
-         [](S s) { return milliseconds(s.answerTimes, 0.5); }},
-        {"answer_p99",
-         {"应答时间99百分位", "answer time, 99th percentile"},
-         "ms",
-         answersTimed,
-         [](S s) { return milliseconds(s.answerTimes, 0.99); }},
-        {"answer_worst",
-         {"应答时间最大值", "answer time, worst"},
-         "ms",
-         answersTimed,
-         [](S s) { return milliseconds(s.answerTimes, 1); }},
-        {"period_median",
-         {"应答周期中位数", "period of answers, median"},
-         "ms",
-         periodsTimed,
-         [](S s) { return milliseconds(s.periods, 0.5); }},
-        {"period_p99",
-         {"应答周期99百分位", "period of answers, 99th percentile"},
-         "ms",
-         periodsTimed,
-         [](S s) { return milliseconds(s.periods, 0.99); }},
-        {"period_worst",
-         {"应答周期最大值", "period of answers, worst"},
-         "ms",
-         periodsTimed,
-         [](S s) { return milliseconds(s.periods, 1); }},
-    };
-    return rows;
-}
+namespace {
+
+using S = const CycleStats &;
+
+constexpr std::array<FigureRow, 15> kFigureRows{{
+    {"sent", "已发送帧数", "frames sent", "", false, framesSent,
+     [](S s) { return double(s.sent); }},
+    {"answers", "应答帧数", "answers", "", true, framesSent, [](S s) { return double(s.answers); }},
+    {"lost", "丢失的应答", "answers lost", "", true, framesSent,
+     [](S s) { return double(s.lost()); }},
+    {"lost_percent", "应答丢失率", "answers lost", "%", true, framesSent,
+     [](S s) { return percent(s.lost(), s.sent); }},
+    {"doubled", "重复的应答", "answers doubled", "", true, received,
+     [](S s) { return double(s.doubled); }},
+    {"reordered", "乱序的应答", "answers out of order", "", true, received,
+     [](S s) { return double(s.reordered); }},
+    {"bad_checksum", "校验错误的帧", "frames with a wrong checksum", "", false, received,
+     [](S s) { return double(s.badChecksum); }},
+    {"bad_length", "长度错误的帧", "frames with a wrong length", "", false, received,
+     [](S s) { return double(s.badLength); }},
+    {"noise_bytes", "帧间杂散字节", "bytes between frames", "B", false, anything,
+     [](S s) { return double(s.noiseBytes); }},
+    {"answer_median", "应答时间中位数", "answer time, median", "ms", true, answersTimed,
+     [](S s) { return milliseconds(s.answerTimes, 0.5); }},
+    {"answer_p99", "应答时间99百分位", "answer time, 99th percentile", "ms", true, answersTimed,
+     [](S s) { return milliseconds(s.answerTimes, 0.99); }},
+    {"answer_worst", "应答时间最大值", "answer time, worst", "ms", true, answersTimed,
+     [](S s) { return milliseconds(s.answerTimes, 1); }},
+    {"period_median", "应答周期中位数", "period of answers, median", "ms", true, periodsTimed,
+     [](S s) { return milliseconds(s.periods, 0.5); }},
+    {"period_p99", "应答周期99百分位", "period of answers, 99th percentile", "ms", true,
+     periodsTimed, [](S s) { return milliseconds(s.periods, 0.99); }},
+    {"period_worst", "应答周期最大值", "period of answers, worst", "ms", true, periodsTimed,
+     [](S s) { return milliseconds(s.periods, 1); }},
+}};
+
+} // namespace
 
 const FigureRow *figureRow(const QString &id)
 {
-    for (const FigureRow &row : figureRows())
+    for (const FigureRow &row : kFigureRows)
         if (id == QLatin1String(row.id))
             return &row;
     return nullptr;
+}
+
+LocalText nameOf(const FigureRow &row)
+{
+    return {QString::fromUtf8(row.zh), QString::fromUtf8(row.en)};
 }
 
 } // namespace check

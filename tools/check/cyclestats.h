@@ -45,6 +45,7 @@ private:
         qint64 time;
     };
     void takeGood(const wire::Record &record);
+    bool takeLate(quint8 code, const wire::Record &record);
     void takeBroken();
     std::size_t waitingFor(quint8 code) const;
     void settle(const Asked &asked, qint64 time);
@@ -64,14 +65,17 @@ private:
 struct FigureRow
 {
     const char *id;
-    LocalText name;
+    const char *zh;
+    const char *en;
     const char *unit;
+    bool isOfAnswers;                 ///< says something of what answers what
     int (*basis)(const CycleStats &); ///< how many things it is made of; of none it says nothing
     double (*of)(const CycleStats &);
 };
 
-/// The row of an id, or null; and all of them.
+/// The row of an id, or null.
 const FigureRow *figureRow(const QString &id);
-const QVector<FigureRow> &figureRows();
+/// Its name in both languages.
+LocalText nameOf(const FigureRow &row);
 
 } // namespace check

@@ -50,7 +50,8 @@ quint8 effectsOfFrame(const QByteArray &frame)
     const wire::Span span = wire::areaOf(wire::FrameKind::Host, frame.constData(), frame.size());
     const QByteArray area = frame.mid(span.offset, span.size);
     for (const EffectRow &row : kEffectRows) {
-        const bool isOff = row.isByState && area.mid(1).count('\0') == area.size() - 1;
+        const bool isOff =
+            row.isByState && area.size() > 1 && area.mid(1).count('\0') == area.size() - 1;
         if (!area.isEmpty() && quint8(area[0]) == row.code && !isOff)
             effects |= row.effect;
     }
@@ -62,7 +63,7 @@ quint8 effectsOfFrame(const QByteArray &frame)
 quint8 effectsOf(const QByteArray &bytes)
 {
     quint8 effects = kStill;
-    for (int at = 0; at + kFrameOverhead < bytes.size(); ++at) {
+    for (int at = 0; at + kFrameOverhead <= bytes.size(); ++at) {
         const QByteArray rest = bytes.mid(at);
         if (wire::kindOf(rest) == wire::FrameKind::Host)
             effects |= effectsOfFrame(rest);

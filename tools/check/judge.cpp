@@ -20,13 +20,13 @@ QString shownIn(const protocol::Field &field, const QByteArray &frame)
     return QString::fromLatin1(text.bytes());
 }
 
-bool isOneOf(const QStringList &words, const QString &shown)
+bool isOneOf(const QStringList &words, const QString &shown, bool isOfNumbers)
 {
     for (const QString &word : words) {
         bool isNumber = false, isShownNumber = false;
         const double wanted = word.toDouble(&isNumber), is = shown.toDouble(&isShownNumber);
         if (word.compare(shown, Qt::CaseInsensitive) == 0 ||
-            (isNumber && isShownNumber && std::abs(wanted - is) < kSlack))
+            (isOfNumbers && isNumber && isShownNumber && std::abs(wanted - is) < kSlack))
             return true;
     }
     return false;
@@ -64,7 +64,8 @@ QString wantedOf(const Condition &condition, double value, const QMap<QString, d
 QString wantedOf(const Condition &condition, const protocol::Field &field, const QByteArray &answer,
                  const QMap<QString, double> &remembered)
 {
-    if (!condition.oneOf.isEmpty() && !isOneOf(condition.oneOf, shownIn(field, answer)))
+    if (!condition.oneOf.isEmpty() &&
+        !isOneOf(condition.oneOf, shownIn(field, answer), wire::isNumber(field.kind)))
         return condition.oneOf.join(QStringLiteral(" / "));
     const char *at = answer.constData() + field.offset;
     if (!condition.bits.isEmpty() && !hasOnlyBits(condition.bits, at, field.size))

@@ -150,16 +150,17 @@ private:
     QXmlStreamWriter m_xml;
 };
 
-/// A CI server looks at failures alone: a session that didn't come to its end, and in which nothing
-/// has failed so far, gets one.
+/// A CI server looks at failures alone: a session that hasn't passed, though nothing has failed so
+/// far, gets one.
 SessionResult withEnding(SessionResult result)
 {
-    if (result.ending == Ending::Whole || result.count(Judgement::Failed) > 0)
+    if (result.isPassed() || result.count(Judgement::Failed) > 0)
         return result;
     CaseResult ending;
     ending.id = QStringLiteral("session.whole");
     ending.group = QStringLiteral("session");
-    ending.name = {QStringLiteral("验收完成"), QStringLiteral("the acceptance is complete")};
+    ending.name = {QStringLiteral("验收是否完成"),
+                   QStringLiteral("whether the acceptance is complete")};
     ending.judgement = Judgement::Failed;
     ending.why = verdictOf(result);
     result.groups.append({ending.group, {QStringLiteral("会话"), QStringLiteral("Session")}});

@@ -12,6 +12,7 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 
+#include <csignal>
 #include <cstdio>
 
 namespace check {
@@ -38,6 +39,14 @@ int exportCases(const QString &folder)
     return kExitDone;
 }
 
+bool saysYes(wire::Language language)
+{
+    std::fputs(language == wire::Language::Chinese ? "请输入 yes 继续: " : "Type yes to go on: ",
+               stderr);
+    char answer[16] = "";
+    return std::fgets(answer, sizeof answer, stdin) && QByteArray(answer).trimmed() == "yes";
+}
+
 /// The user's word for what moves the pod and so on: asked for at a terminal, taken as given where
 /// a script has named the group.
 bool hasLeave(const Options &options)
@@ -47,15 +56,9 @@ bool hasLeave(const Options &options)
         if (group.warning.isEmpty())
             continue;
         writeLine(stderr, group.warning.in(options.language));
-        isAsked = isAsked || (group.effects & kMoves) != 0;
+        isAsked = true;
     }
-    if (!isAsked || !isInputTerminal())
-        return true;
-    std::fputs(options.language == wire::Language::Chinese ? "请输入 yes 继续: "
-                                                           : "Type yes to go on: ",
-               stderr);
-    char answer[16] = "";
-    return std::fgets(answer, sizeof answer, stdin) && QByteArray(answer).trimmed() == "yes";
+    return !isAsked || !isInputTerminal() || saysYes(options.language);
 }
 
 /// The recording of a session, if there is to be one.
@@ -90,6 +93,19 @@ private:
     QTimer m_timer;
 };
 
+/// A session of hours isn't to end with a report that can't be written.
+bool canWrite(const Options &options, QString &error)
+{
+    for (const QString &path : {options.report, options.junit, options.json, options.recording}) {
+        const QFileInfo folder(QFileInfo(path).absolutePath());
+        if (path.isEmpty() || (folder.isDir() && folder.isWritable()))
+            continue;
+        error = path + QStringLiteral(": there is no such folder, or it can't be written to");
+        return false;
+    }
+    return true;
+}
+
 /// Every file is tried, whatever became of the others.
 int writeFiles(const Options &options, const SessionResult &result)
 {
@@ -116,16 +132,8 @@ SessionResult begun(const Options &options)
     return result;
 }
 
-int check(const Options &options)
+SessionResult run(const Options &options, PodLine &line)
 {
-    PodLine line(options.address);
-    Tape tape(options, line);
-    if (!tape.open())
-        return complain(tape.error());
-    const StopSignal stop;
-    QObject::connect(&stop, &StopSignal::stopped, &line, [&line] { line.stop(); });
-    if (!line.open())
-        return complain(line.reason(), kExitNoLink);
     SessionResult result = begun(options);
     QElapsedTimer timer;
     timer.start();
@@ -133,6 +141,31 @@ int check(const Options &options)
     Runner(line, options.plan, terminal).run(result);
     result.seconds = double(timer.nsecsElapsed()) * 1e-9;
     terminal.sessionEnds(result);
+    return result;
+}
+
+void stopOnce(PodLine &line)
+{
+    line.stop();
+    std::signal(SIGINT, SIG_DFL); // the next one ends the program as it is
+    std::signal(SIGTERM, SIG_DFL);
+}
+
+int check(const Options &options)
+{
+    QString error;
+    if (!canWrite(options, error))
+        return complain(error);
+    PodLine line(options.address);
+    Tape tape(options, line);
+    const StopSignal stop;
+    QObject::connect(&stop, &StopSignal::stopped, &line, [&line] { stopOnce(line); });
+    if (!line.open())
+        return line.isStopped() ? complain(QStringLiteral("broken off"))
+                                : complain(line.reason(), kExitNoLink);
+    if (!tape.open())
+        return complain(tape.error());
+    const SessionResult result = run(options, line);
     int code = result.isPassed() ? kExitDone : kExitFailure;
     if (!tape.close())
         code = complain(tape.error());
@@ -151,8 +184,9 @@ int run()
     else if (options.isDryRun)
         listFrames(options.plan, options.language);
     else
-        return hasLeave(options) ? check(options)
-                                 : complainOfUsage(QStringLiteral("not without your word"));
+        return hasLeave(options)
+                   ? check(options)
+                   : complainOfUsage(QStringLiteral("nothing was sent: you didn't type yes"));
     return kExitDone;
 }
 

@@ -32,10 +32,9 @@ constexpr char kText[] =
     "  nacelle-check --export my-cases\n"
     "                      the files of the cases, to be changed and given back by --cases\n"
     "\n"
-    "Ends with 0 when all that could be judged has passed, with 1 when something failed or the "
-    "run\n"
-    "was broken off, with 2 for a wrong command line or file of cases, with 3 when the link can't\n"
-    "be opened.";
+    "Ends with 0 when all that applies to the link has passed, with 1 when something failed,\n"
+    "couldn't be judged or was broken off, with 2 for a wrong command line or file of cases, with\n"
+    "3 when the link can't be opened.";
 
 constexpr int kMostCycles = 10000000;
 constexpr double kMostMinutes = 100000;
@@ -142,7 +141,7 @@ bool isWanted(const QCommandLineParser &parser, const Group &group, const QStrin
     if (group.isLong && isSet(parser, "minutes"))
         return true;
     if ((group.effects & kMoves) != 0)
-        return isSet(parser, "motion") && named.isEmpty();
+        return isSet(parser, "motion");
     return named.isEmpty() && group.effects == kStill && !group.isLong;
 }
 
@@ -153,6 +152,15 @@ QString unknownGroup(const QStringList &named, const QVector<Group> &groups)
                          [&name](const Group &group) { return group.id == name; }))
             return name;
     return {};
+}
+
+QString unknownCase(const QStringList &ids, const QVector<Group> &groups)
+{
+    QStringList left = ids;
+    for (const Group &group : groups)
+        for (const Case &each : group.cases)
+            left.removeAll(each.id);
+    return left.value(0);
 }
 
 /// Leaves the cases that were named.
@@ -179,6 +187,8 @@ bool choose(const QCommandLineParser &parser, Options &options, QString &error)
     const QString unknown = unknownGroup(named, options.all);
     if (!unknown.isEmpty())
         error = QStringLiteral("there is no group \"%1\"").arg(unknown);
+    else if (const QString id = unknownCase(cases, options.all); !id.isEmpty())
+        error = QStringLiteral("there is no case \"%1\"").arg(id);
     for (const Group &group : qAsConst(options.all)) {
         if (!isWanted(parser, group, named))
             continue;
@@ -239,11 +249,11 @@ std::optional<int> readOptions(Options &options)
         return code;
     takeTexts(parser, options);
     QString error;
-    const bool isGood = readLanguage(parser, options.language, error) &&
-                        readLink(parser, options, error) &&
-                        readCycles(parser, options.plan.cycles, error) &&
-                        readMinutes(parser, options.plan.minutes, error) &&
-                        readAllGroups(parser, options.all, error);
+    const bool isGood =
+        readLanguage(parser, options.language, error) && readLink(parser, options, error) &&
+        readCycles(parser, options.plan.cycles, error) &&
+        readMinutes(parser, options.plan.minutes, error) &&
+        readAllGroups(parser, options.all, error) && tieMeasures(options.all, error);
     if (!isGood || (!options.isList && !choose(parser, options, error)))
         return complainOfUsage(error);
     return {};

@@ -1,5 +1,7 @@
 #include "tools/check/podline.h"
 
+#include <QCoreApplication>
+
 namespace check {
 
 namespace {
@@ -76,8 +78,10 @@ bool PodLine::listen(qint64 until, const Take &take)
     m_isTaken = false;
     while (isUsable() && !m_isTaken) {
         const qint64 left = until - now();
-        if (left <= 0)
+        if (left <= 0) { // late as it is, what has come is heard
+            QCoreApplication::processEvents();
             break;
+        }
         m_timer.start(int(qBound<qint64>(1, (left + 999) / 1000, kLongestTimer)));
         m_loop.exec();
     }

@@ -26,7 +26,11 @@ int SessionResult::count(Judgement judgement) const
 
 bool SessionResult::isPassed() const
 {
-    return ending == Ending::Whole && count(Judgement::Failed) == 0 && count(Judgement::Passed) > 0;
+    const bool isJudged = std::all_of(cases.begin(), cases.end(), [](const CaseResult &result) {
+        return result.judgement != Judgement::NotJudged || result.isNeutral;
+    });
+    return ending == Ending::Whole && count(Judgement::Failed) == 0 &&
+           count(Judgement::Passed) > 0 && isJudged;
 }
 
 LocalText verdictOf(const SessionResult &result)
@@ -36,6 +40,9 @@ LocalText verdictOf(const SessionResult &result)
                 QStringLiteral("broken off: the acceptance isn't complete")};
     if (result.ending == Ending::LinkLost)
         return {QStringLiteral("不通过：链路中断"), QStringLiteral("FAILED: the link was lost")};
+    if (!result.isPassed() && result.count(Judgement::Failed) == 0)
+        return {QStringLiteral("未通过：有未判定的项目"),
+                QStringLiteral("NOT PASSED: not all could be judged")};
     return wordOf(result.isPassed() ? Judgement::Passed : Judgement::Failed);
 }
 

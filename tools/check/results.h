@@ -33,6 +33,7 @@ struct CaseResult
     LocalText name;
     LocalText reason; ///< why the case is there
     Judgement judgement = Judgement::NotJudged;
+    bool isNeutral = false; ///< not judged, since it doesn't apply to the link
     LocalText why; ///< why it failed or can't be judged; of a passed one a remark, or nothing
     double seconds = 0;
     int attempts = 1;
@@ -86,7 +87,7 @@ struct SessionResult
     QVector<Series> series;
 
     int count(Judgement judgement) const;
-    /// Whole, nothing failed, and something passed.
+    /// Whole, something passed, nothing failed, and all has been judged that applies.
     bool isPassed() const;
 };
 

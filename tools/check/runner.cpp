@@ -42,15 +42,15 @@ void Runner::run(SessionResult &result)
     result.lossReason = m_line.isLost() ? m_line.reason() : QString();
     for (const Group &group : m_plan.measured)
         for (const Measure &measure : group.measures)
-            if (m_stats.contains(measure.id))
-                result.series.append({measure.id, measure.name, m_stats[measure.id].answerTimes,
-                                      m_stats[measure.id].periods});
+            if (m_stats.contains(measure.key))
+                result.series.append({measure.id, measure.name, m_stats[measure.key].answerTimes,
+                                      m_stats[measure.key].periods});
 }
 
 void Runner::runGroup(const Group &group, SessionResult &result)
 {
     m_watcher.groupBegins(group);
-    m_hasMoved = false;
+    m_effects = kStill;
     for (const Case &each : group.cases) {
         m_watcher.caseBegins(each);
         CaseResult done = runCase(each);
@@ -58,26 +58,40 @@ void Runner::runGroup(const Group &group, SessionResult &result)
         m_watcher.caseEnds(done);
         result.cases.append(done);
     }
-    leaveInOrder(group);
+    leaveInOrder(group, result);
 }
 
-/// The last steps of a group go out also when the user has stopped it in the middle.
-void Runner::leaveInOrder(const Group &group)
+/// The last steps of a group go out also when the user has stopped it in the middle, or stops it
+/// while they do. What the pod didn't take of them fails.
+void Runner::leaveInOrder(const Group &group, SessionResult &result)
 {
-    if (!m_hasMoved || m_line.isLost())
+    if (m_effects == kStill || m_line.isLost())
         return;
-    const bool wasStopped = m_line.isStopped();
-    m_line.resume();
+    bool wasStopped = m_line.isStopped();
     for (Step step : group.after) {
+        m_line.resume();
         step.time = qMin(step.time, kLeaveTime);
-        runStep(step);
+        const Outcome outcome = runStep(step);
+        wasStopped = wasStopped || m_line.isStopped();
+        if (outcome.judgement != Judgement::Failed || m_line.isStopped())
+            continue;
+        CaseResult left;
+        left.id = group.id + QStringLiteral(".after");
+        left.group = group.id;
+        left.name = {QStringLiteral("结束时恢复吊舱"), QStringLiteral("the pod is left in order")};
+        left.reason = group.warning;
+        left.judgement = Judgement::Failed;
+        left.why = outcome.why;
+        left.evidence = outcome.evidence;
+        m_watcher.caseEnds(left);
+        result.cases.append(left);
     }
     if (wasStopped)
         m_line.stop();
 }
 
 /// Why a case can't be judged, as far as that is known before.
-Outcome Runner::whyNot(const Case &each) const
+Outcome Runner::whyNot() const
 {
     const auto notJudged = [](const LocalText &why) {
         return Outcome{Judgement::NotJudged, why, {}};
@@ -88,9 +102,20 @@ Outcome Runner::whyNot(const Case &each) const
         return notJudged({QStringLiteral("操作员中断"), QStringLiteral("broken off by the user")});
     if (!m_essential.isEmpty())
         return notJudged(m_essential);
-    if (!each.links.isEmpty() && !each.links.contains(m_line.kind()))
-        return notJudged(notOver(m_line.kind()));
     return {};
+}
+
+/// Until it doesn't fail, as often as the case allows; `count` says how often that was.
+Outcome Runner::attempts(const Case &each, int &count)
+{
+    Outcome outcome;
+    for (count = 0; count < each.attempts;) {
+        ++count;
+        outcome = attempt(each);
+        if (outcome.judgement != Judgement::Failed || !m_line.isUsable())
+            break;
+    }
+    return outcome;
 }
 
 CaseResult Runner::runCase(const Case &each)
@@ -101,14 +126,12 @@ CaseResult Runner::runCase(const Case &each)
     result.reason = each.reason;
     QElapsedTimer timer;
     timer.start();
-    Outcome outcome = whyNot(each);
+    result.isNeutral = !each.links.isEmpty() && !each.links.contains(m_line.kind());
+    Outcome outcome =
+        result.isNeutral ? Outcome{Judgement::NotJudged, notOver(m_line.kind()), {}} : whyNot();
     const bool isRun = outcome.judgement == Judgement::Passed;
-    for (int i = 1; isRun && i <= each.attempts; ++i) {
-        result.attempts = i;
-        outcome = attempt(each);
-        if (outcome.judgement != Judgement::Failed || !m_line.isUsable())
-            break;
-    }
+    if (isRun)
+        outcome = attempts(each, result.attempts);
     result.judgement = outcome.judgement;
     result.why = outcome.why;
     result.evidence = outcome.evidence;
@@ -165,7 +188,8 @@ Outcome Runner::broken() const
 /// Waits until nothing more comes of what was asked before.
 void Runner::settle()
 {
-    const qint64 limit = m_line.now() + kQuietLimit;
+    m_isTalkative = false;
+    const qint64 limit = m_line.now() + kQuietLimit + m_slowest;
     const PodLine::Take any = [this](const wire::Record &record) {
         noteAnswer(record);
         return true;

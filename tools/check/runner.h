@@ -49,11 +49,12 @@ public:
 
 private:
     void runGroup(const Group &group, SessionResult &result);
-    void leaveInOrder(const Group &group);
+    void leaveInOrder(const Group &group, SessionResult &result);
     CaseResult runCase(const Case &each);
     Outcome attempt(const Case &each);
+    Outcome attempts(const Case &each, int &count);
     void lookForAnswers(const Case &failedCase);
-    Outcome whyNot(const Case &each) const;
+    Outcome whyNot() const;
     Outcome broken() const;
     void settle();
 
@@ -71,10 +72,13 @@ private:
     /// said yes.
     bool sendUntil(const Step &step, const PodLine::Take &take);
     void write(const QByteArray &bytes);
-    const Measure *measureOf(const QString &id) const;
+    const Measure &measureOf(const QString &key) const;
+    Outcome judged(const FigureRow &row, const CycleStats &stats, const Step &step) const;
+    qint64 cyclesOf(const Measure &measure) const;
     void makeStats(const Measure &measure, CycleStats &stats);
     void noteAnswer(const wire::Record &record);
     Outcome failed(const LocalText &why) const;
+    Outcome met(const Step &step) const;
 
     PodLine &m_line;
     const Plan &m_plan;
@@ -89,7 +93,8 @@ private:
     LocalText m_essential;                 ///< why nothing more can be judged
     qint64 m_slowest = 0;                  ///< microseconds that an answer has taken so far
     bool m_isTalkative = false;            ///< the pod sends without being asked
-    bool m_hasMoved = false;
+    int m_sentInStep = 0;
+    quint8 m_effects = kStill; ///< of what the group has sent
 };
 
 } // namespace check

@@ -1,5 +1,7 @@
+#include "protocol/fields.h"
 #include "tools/check/judge.h"
 #include "tools/check/runner.h"
+#include "tools/wire/compose.h"
 
 // What the steps of a case do.
 
@@ -8,14 +10,37 @@ namespace check {
 namespace {
 
 constexpr qint64 kLastAnswers = 1000000; // microseconds in which the last answers of a run come
+constexpr qint64 kQuietTime = 120000;    // microseconds for what is still on its way
 constexpr qint64 kPieceGap = 2000;       // microseconds between the pieces of a split frame
 constexpr qint64 kSlowestBelieved = 2000000;
-constexpr double kMinute = 60e6; // microseconds
-constexpr int kUsualCycles = 1000;
+constexpr double kMinute = 60e6;    // microseconds
+constexpr double kLeastShare = 0.5; // of the frames of a step that are answered
 
 QString seconds(qint64 microseconds)
 {
     return QString::number(double(microseconds) / 1e6, 'g', 6) + QStringLiteral(" s");
+}
+
+Outcome notJudged(const LocalText &why)
+{
+    return {Judgement::NotJudged, why, {}};
+}
+
+/// Of a pod that sends all the time nobody can say what answers what.
+Outcome talks()
+{
+    return notJudged({QStringLiteral("吊舱不经询问也发送数据"),
+                      QStringLiteral("the pod also sends without being asked")});
+}
+
+QByteArray idleFrame()
+{
+    return wire::composePairs(wire::FrameKind::Host, {}).record.bytes;
+}
+
+bool isIdle(const QByteArray &frame)
+{
+    return frame.size() <= kFixedSize || frame[kFixedSize] == '\0';
 }
 
 LocalText noneWithin(qint64 microseconds)
@@ -32,7 +57,7 @@ bool isWanted(Wanted wanted, Acknowledged acknowledged)
     case Wanted::Failure:
         return acknowledged == Acknowledged::Failure;
     case Wanted::Refused:
-        return acknowledged != Acknowledged::Success;
+        return acknowledged == Acknowledged::Failure || acknowledged == Acknowledged::Not;
     case Wanted::Any:
         break;
     }
@@ -65,7 +90,7 @@ Outcome Runner::runStep(const Step &step)
         &Runner::ask,  &Runner::send,  &Runner::answer,   &Runner::quiet,
         &Runner::hold, &Runner::reach, &Runner::remember, &Runner::measured,
     };
-    m_hasMoved = m_hasMoved || (effectsOf(step) & kMoves) != 0;
+    m_effects |= effectsOf(step);
     return (this->*kSteps[int(step.kind)])(step);
 }
 
@@ -74,13 +99,16 @@ void Runner::write(const QByteArray &bytes)
     m_sent = m_line.send(bytes);
 }
 
+/// What takes photos or toggles goes out once; the frames after it carry no command.
 bool Runner::sendUntil(const Step &step, const PodLine::Take &take)
 {
+    const bool isOnce = (effectsOf(step) & kRecords) != 0;
     const qint64 begin = m_line.now();
     const qint64 end = begin + step.time;
     for (qint64 next = begin; m_line.isUsable() && m_line.now() < end;) {
-        write(step.writes.front());
-        next += step.every;
+        write(isOnce && next > begin ? idleFrame() : step.writes.front());
+        ++m_sentInStep;
+        next = qMax(next + step.every, m_line.now());
         m_watcher.progress(m_line.now() - begin, step.time);
         if (m_line.listen(qMin(next, end), take))
             return true;
@@ -90,6 +118,9 @@ bool Runner::sendUntil(const Step &step, const PodLine::Take &take)
 
 Outcome Runner::ask(const Step &step)
 {
+    if (!m_sent.bytes.isEmpty())
+        settle(); // else an answer to what was asked before would do
+    const QByteArray &frame = step.writes.front();
     const qint64 begin = m_line.now();
     Acknowledged acknowledged = Acknowledged::Not;
     bool hasAny = false;
@@ -100,20 +131,29 @@ Outcome Runner::ask(const Step &step)
             m_slowest = qBound(m_slowest, record.time - begin, kSlowestBelieved);
         hasAny = true;
         noteAnswer(record);
-        const Acknowledged now = acknowledgementOf(step.writes.front(), record.bytes);
+        const Acknowledged now = acknowledgementOf(frame, record.bytes);
         acknowledged = now == Acknowledged::Not ? acknowledged : now;
         return now == Acknowledged::Success || now == Acknowledged::Failure;
     });
     if (!hasAny)
         return failed(noneWithin(step.time));
+    if (m_isTalkative && isIdle(frame))
+        return talks();
     if (!isWanted(step.wanted, acknowledged))
         return failed(notAcknowledged(acknowledged, step.time));
+    return met(step);
+}
+
+/// Whether the newest answer meets a step's conditions.
+Outcome Runner::met(const Step &step) const
+{
     const LocalText why = unmet(step.conditions, m_answer.bytes, m_remembered);
     return why.isEmpty() ? Outcome() : failed(why);
 }
 
 Outcome Runner::send(const Step &step)
 {
+    settle();
     for (int i = 0; i < step.times && m_line.isUsable(); ++i) {
         for (int j = 0; j < step.writes.size(); ++j) {
             // No pause after the last one: its answer belongs to the next step.
@@ -127,29 +167,25 @@ Outcome Runner::send(const Step &step)
 
 Outcome Runner::answer(const Step &step)
 {
+    const QByteArray asked = step.writes.value(0);
+    if (m_isTalkative && isIdle(asked))
+        return talks();
     const bool isThere = m_line.listen(m_line.now() + step.time, [&](const wire::Record &record) {
         noteAnswer(record);
-        const QByteArray asked = step.writes.value(0);
         return isGoodAnswer(record) && acknowledgementOf(asked, record.bytes) != Acknowledged::Not;
     });
-    if (!isThere)
-        return failed(noneWithin(step.time));
-    const LocalText why = unmet(step.conditions, m_answer.bytes, m_remembered);
-    return why.isEmpty() ? Outcome() : failed(why);
+    return isThere ? met(step) : failed(noneWithin(step.time));
 }
 
 Outcome Runner::quiet(const Step &step)
 {
     if (m_isTalkative)
-        return {Judgement::NotJudged,
-                {QStringLiteral("吊舱不经询问也发送数据"),
-                 QStringLiteral("the pod also sends without being asked")},
-                {}};
-    const bool isBroken =
-        m_line.listen(m_line.now() + step.time, [this](const wire::Record &record) {
-            noteAnswer(record);
-            return isGoodAnswer(record);
-        });
+        return talks();
+    const qint64 until = m_line.now() + step.time + m_slowest;
+    const bool isBroken = m_line.listen(until, [this](const wire::Record &record) {
+        noteAnswer(record);
+        return isGoodAnswer(record);
+    });
     return isBroken ? failed({QStringLiteral("不应有应答却收到应答"),
                               QStringLiteral("an answer to what shouldn't be answered")})
                     : Outcome();
@@ -158,17 +194,22 @@ Outcome Runner::quiet(const Step &step)
 Outcome Runner::hold(const Step &step)
 {
     LocalText why;
-    bool hasAny = false;
-    sendUntil(step, [&](const wire::Record &record) {
+    int answers = 0;
+    const PodLine::Take take = [&](const wire::Record &record) {
         if (!isGoodAnswer(record))
             return false;
-        hasAny = true;
+        ++answers;
         noteAnswer(record);
         why = unmet(step.conditions, record.bytes, m_remembered);
         return !why.isEmpty();
-    });
-    if (!hasAny)
-        why = noneWithin(step.time);
+    };
+    m_sentInStep = 0;
+    if (!sendUntil(step, take))
+        m_line.listen(m_line.now() + kQuietTime + m_slowest, take);
+    if (why.isEmpty() && answers < kLeastShare * m_sentInStep)
+        why = LocalText{QStringLiteral("%1 帧中只有 %2 帧得到应答"),
+                        QStringLiteral("of %1 frames %2 were answered")}
+                  .arg(QString::number(m_sentInStep), QString::number(answers));
     return why.isEmpty() ? Outcome() : failed(why);
 }
 
@@ -192,73 +233,78 @@ Outcome Runner::remember(const Step &step)
 {
     double number = 0;
     if (!numberIn(m_answer.bytes, step.field, number))
-        return {Judgement::NotJudged,
-                {QStringLiteral("还没有应答可供比较"),
-                 QStringLiteral("there is no answer yet to compare with")},
-                {}};
+        return notJudged({QStringLiteral("还没有应答可供比较"),
+                          QStringLiteral("there is no answer yet to compare with")});
     m_remembered.insert(step.name, number);
     return {};
 }
 
-const Measure *Runner::measureOf(const QString &id) const
+const Measure &Runner::measureOf(const QString &key) const
 {
     for (const Group &group : m_plan.measured)
         for (const Measure &measure : group.measures)
-            if (measure.id == id)
-                return &measure;
-    return nullptr;
+            if (measure.key == key)
+                return measure;
+    qFatal("no measure %s", qPrintable(key)); // `tieMeasures` has seen to it
 }
 
 Outcome Runner::measured(const Step &step)
 {
-    const Measure *measure = measureOf(step.name);
-    if (!measure)
-        return {Judgement::NotJudged,
-                {QStringLiteral("没有测量“%1”").arg(step.name),
-                 QStringLiteral("there is no measure \"%1\"").arg(step.name)},
-                {}};
     if (!m_stats.contains(step.name)) {
         settle();
-        makeStats(*measure, m_stats[step.name]);
+        makeStats(measureOf(step.name), m_stats[step.name]);
     }
-    const CycleStats &stats = m_stats[step.name];
     const FigureRow &row = *figureRow(step.value);
-    const double value = row.of(stats);
-    m_figures.append(
-        {step.value, row.name, value, QLatin1String(row.unit), limitText(step.least, step.most)});
+    const CycleStats &stats = m_stats[step.name];
+    m_figures.append({step.value, nameOf(row), row.of(stats), QLatin1String(row.unit),
+                      limitText(step.least, step.most)});
+    return judged(row, stats, step);
+}
+
+Outcome Runner::judged(const FigureRow &row, const CycleStats &stats, const Step &step) const
+{
+    if (m_isTalkative && row.isOfAnswers)
+        return talks();
     if (row.basis(stats) == 0)
-        return {Judgement::NotJudged,
-                {QStringLiteral("没有可供测量的应答，或本机未按时发送"),
-                 QStringLiteral("there are no answers to measure, or this computer was too slow")},
-                {}};
+        return notJudged({QStringLiteral("可供测量的数据太少"),
+                          QStringLiteral("there is too little to measure")});
+    const double value = row.of(stats);
     if (value >= step.least && value <= step.most)
         return {};
+    const LocalText name = nameOf(row);
     const QString shown = QString::number(value, 'g', 6);
-    Outcome outcome = failed(
-        {QStringLiteral("%1 %2，要求 %3").arg(row.name.zh, shown, limitText(step.least, step.most)),
-         QStringLiteral("%1: %2, wanted %3")
-             .arg(row.name.en, shown, limitText(step.least, step.most))});
+    const QString limit = limitText(step.least, step.most);
+    Outcome outcome = failed({QStringLiteral("%1 %2，要求 %3").arg(name.zh, shown, limit),
+                              QStringLiteral("%1: %2, wanted %3").arg(name.en, shown, limit)});
     outcome.evidence = stats.evidence;
     return outcome;
 }
 
+qint64 Runner::cyclesOf(const Measure &measure) const
+{
+    if (measure.cycles > 0)
+        return m_plan.cycles > 0 ? m_plan.cycles : measure.cycles;
+    return qMax<qint64>(1, qint64(m_plan.minutes * kMinute / double(measure.every)));
+}
+
 void Runner::makeStats(const Measure &measure, CycleStats &stats)
 {
-    const auto byTime = qint64(m_plan.minutes * kMinute / double(measure.every));
-    const qint64 usual = m_plan.cycles > 0 ? m_plan.cycles : measure.cycles;
-    const qint64 cycles = measure.cycles > 0 ? usual : byTime > 0 ? byTime : kUsualCycles;
+    const qint64 cycles = cyclesOf(measure);
     stats.every = measure.every;
     const PodLine::Take take = [&](const wire::Record &record) {
         noteAnswer(record);
         stats.takeReceived(record);
         return false;
     };
-    const qint64 begin = m_line.now();
+    qint64 due = m_line.now();
     for (qint64 i = 0; i < cycles && m_line.isUsable(); ++i) {
-        write(measure.frames[int(i % measure.frames.size())]);
+        const QByteArray &frame = measure.frames[int(i % measure.frames.size())];
+        m_effects |= effectsOf(frame);
+        write(frame);
         stats.takeSent(m_sent);
         m_watcher.progress(i, cycles);
-        m_line.listen(begin + (i + 1) * measure.every, take);
+        due = qMax(due + measure.every, m_line.now()); // what was missed isn't made up for
+        m_line.listen(due, take);
     }
     m_line.listen(m_line.now() + kLastAnswers, [&](const wire::Record &record) {
         take(record);

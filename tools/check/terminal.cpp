@@ -171,8 +171,9 @@ void Terminal::sessionEnds(const SessionResult &result)
     const Judgement judgement = result.isPassed() ? Judgement::Passed : Judgement::Failed;
     QStringList counts;
     for (const Judgement each : {Judgement::Passed, Judgement::Failed, Judgement::NotJudged})
-        counts.append(
-            QStringLiteral("%1 %2").arg(result.count(each)).arg(wordOf(each).in(m_language)));
+        counts.append(QStringLiteral("%1 %2")
+                          .arg(result.count(each))
+                          .arg(wordOf(each).in(m_language).toLower()));
     say(coloured(verdictOf(result).in(m_language), judgement) + QStringLiteral(" – ") +
         counts.join(QStringLiteral(", ")));
 }

@@ -35,6 +35,15 @@ QString resultText(const QByteArray &feedback)
     }
 }
 
+QString controlText(const ControlInput &control)
+{
+    return QStringLiteral("%1 %2 %3%4")
+        .arg(control.roll)
+        .arg(control.pitch)
+        .arg(control.yaw)
+        .arg(control.isValid ? QString() : QStringLiteral(" not valid"));
+}
+
 } // namespace
 
 PodSession::PodSession(PodChannel *channel, PodContext &context)
@@ -134,11 +143,7 @@ void PodSession::noteCommand(const HostFrame &host, const PodAnswer &answered)
     case PodAnswer::Idle:
         ++m_context.counts.idleFrames;
         if (m_context.log.isVerbose())
-            say(QStringLiteral("idle frame, control %1 %2 %3%4")
-                    .arg(host.control.roll)
-                    .arg(host.control.pitch)
-                    .arg(host.control.yaw)
-                    .arg(host.control.isValid ? QString() : QStringLiteral(" not valid")));
+            say(QStringLiteral("idle frame, control ") + controlText(host.control));
         break;
     case PodAnswer::New:
         ++m_context.counts.commandFrames;
