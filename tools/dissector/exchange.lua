@@ -73,9 +73,9 @@ local function note_answer(conversation, record, frame, now, number)
     end
 end
 
--- What a frame of the first pass is part of.
+-- What a frame of the first pass is part of. Its bytes aren't kept: a large capture would be kept twice.
 local function note_frame(pinfo, frame)
-    local record = { bytes = frame.bytes }
+    local record = { identity = frame.identity }
     local note = frame.id == "host" and note_command or note_answer
     note(conversation_of(pinfo), record, frame, pinfo.rel_ts, pinfo.number)
     return record
@@ -86,7 +86,7 @@ end
 local function recall(first, frame)
     local start = shown and shown.next or first
     local record = start
-    while record and record.bytes ~= frame.bytes do
+    while record and record.identity ~= frame.identity do
         record = record.next or first
         if record == start then
             return UNRECORDED

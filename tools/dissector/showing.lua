@@ -221,13 +221,15 @@ end
 local function read_frame(tvb, s, at, size, kind, known_right)
     local bytes = sub(s, at, at + size - 1)
     local low, high = byte(bytes, 3, 4)
+    local first, last = byte(bytes, -CRC_SIZE, -1)
     local said = high and low + 256 * high or 0
     -- A frame that was cut off ends without a checksum.
     local right = known_right or size >= SMALLEST and is_right(bytes, 1, size)
     local has_crc = right or size >= SMALLEST and said <= size
     local area_end = has_crc and size - CRC_SIZE or size
     return { tvb = tvb, at = at - 1, size = size, bytes = bytes, id = kind.id, name = kind.name,
-        said = said, is_right = right, has_crc = has_crc, area_end = area_end, is_shown = false,
+        identity = (size * 256 + first) * 256 + last, said = said, is_right = right,
+        has_crc = has_crc, area_end = area_end, is_shown = false,
         code = area_end > AREA_AT and byte(bytes, AREA_AT + 1) or nil,
         mode = kind.id == "gcu" and byte(bytes, 6) or nil }
 end
