@@ -33,7 +33,7 @@ QJsonObject jsonIn(const QString &path)
 QMap<QString, QString> judgementsIn(const QString &path)
 {
     QMap<QString, QString> judgements;
-    for (const QJsonValue &each : jsonIn(path).value("cases").toArray())
+    for (const auto &each : jsonIn(path).value("cases").toArray())
         judgements.insert(each.toObject().value("id").toString(),
                           each.toObject().value("judgement").toString());
     return judgements;
@@ -41,8 +41,8 @@ QMap<QString, QString> judgementsIn(const QString &path)
 
 double figureIn(const QString &path, const QString &id)
 {
-    for (const QJsonValue &each : jsonIn(path).value("cases").toArray())
-        for (const QJsonValue &figure : each.toObject().value("figures").toArray())
+    for (const auto &each : jsonIn(path).value("cases").toArray())
+        for (const auto &figure : each.toObject().value("figures").toArray())
             if (figure.toObject().value("id").toString() == id)
                 return figure.toObject().value("value").toDouble();
     return -1;
@@ -222,10 +222,9 @@ void tst_nacelle_check::numbersOfTheRecording()
     PodProcess pod({"--tcp", "0", "--drop", "17", "--jitter", "12"});
     QVERIFY(pod.awaitLine("listening"));
     const QString json = file("numbers.json"), recording = file("numbers.pcapng");
+    const QString cases = "link.loss,timing.answer_median,timing.answer_p99,timing.answer_worst";
     const Ended ended =
-        ToolRun(kCheck, {QStringLiteral("tcp://127.0.0.1:%1").arg(pod.port("tcp")), "--case",
-                         "link.loss,timing.answer_median,"
-                         "timing.answer_p99,timing.answer_worst",
+        ToolRun(kCheck, {QStringLiteral("tcp://127.0.0.1:%1").arg(pod.port("tcp")), "--case", cases,
                          "--cycles", "150", "--json", json, "--record", recording})
             .end();
     QCOMPARE(ended.code, 1);
