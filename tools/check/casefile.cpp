@@ -433,11 +433,11 @@ Group readWhole(const QJsonValue &value, const QString &file, QString &error)
     group.isLong = entry.flag("long");
     group.warning = entry.localText("warning");
     const LocalText reason = entry.localText("reason");
-    for (const QJsonValue &each : entry.array("measures")) {
+    for (const auto &each : entry.array("measures")) {
         group.measures.append(readMeasure(each, file + QStringLiteral(": measures"), error));
         group.measures.last().key = group.id + QLatin1Char('/') + group.measures.last().id;
     }
-    for (const QJsonValue &each : entry.array("cases"))
+    for (const auto &each : entry.array("cases"))
         group.cases.append(
             readCase(each, group, reason,
                      file + QStringLiteral(": cases[%1]").arg(group.cases.size() + 1), error));
