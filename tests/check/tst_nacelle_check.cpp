@@ -163,6 +163,7 @@ void tst_nacelle_check::commandLine()
 void tst_nacelle_check::nothingGoesOutUnasked()
 {
     const QByteArray list = ToolRun(kCheck, {"--dry-run"}).end().out;
+    QVERIFY(list.contains("  100 x  A8E549")); // 2,000 cycles of 20 frames in turn
     PodProcess pod({"--tcp", "0"});
     QVERIFY(pod.awaitLine("listening"));
     const QString recording = file("usual.pcapng");

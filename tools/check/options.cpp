@@ -17,7 +17,8 @@ constexpr char kText[] =
     "does it take its commands? A line a case, and a report to sign.\n"
     "\n"
     "A link is tcp://host:2332, udp://host:2337?local=2338 or serial:///dev/ttyUSB0?baud=115200,\n"
-    "where the ports and the rate may be left out.\n"
+    "where the ports and the rate may be left out; tcp-listen://0.0.0.0:2332 waits for a pod that\n"
+    "connects by itself.\n"
     "\n"
     "Without --group these run: link, timing, protocol, commands. They change no more than the\n"
     "settings of the picture. What moves the pod, zooms, lights or records is off until it is\n"
@@ -37,7 +38,7 @@ constexpr char kText[] =
     "3 when the link can't be opened.";
 
 constexpr int kMostCycles = 10000000;
-constexpr double kMostMinutes = 100000;
+constexpr double kMostMinutes = 2880; // two days, whose times take some 50 MB
 
 struct OptionRow
 {

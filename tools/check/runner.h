@@ -19,6 +19,9 @@ struct Plan
     double minutes = 0;      ///< of the measures that have no cycles
 };
 
+/// The cycles of a measure in a plan.
+qint64 cyclesOf(const Plan &plan, const Measure &measure);
+
 /// Gets what happens while it does.
 class Watcher
 {
@@ -74,7 +77,6 @@ private:
     void write(const QByteArray &bytes);
     const Measure &measureOf(const QString &key) const;
     Outcome judged(const FigureRow &row, const CycleStats &stats, const Step &step) const;
-    qint64 cyclesOf(const Measure &measure) const;
     void makeStats(const Measure &measure, CycleStats &stats);
     void noteAnswer(const wire::Record &record);
     Outcome failed(const LocalText &why) const;

@@ -280,16 +280,16 @@ Outcome Runner::judged(const FigureRow &row, const CycleStats &stats, const Step
     return outcome;
 }
 
-qint64 Runner::cyclesOf(const Measure &measure) const
+qint64 cyclesOf(const Plan &plan, const Measure &measure)
 {
     if (measure.cycles > 0)
-        return m_plan.cycles > 0 ? m_plan.cycles : measure.cycles;
-    return qMax<qint64>(1, qint64(m_plan.minutes * kMinute / double(measure.every)));
+        return plan.cycles > 0 ? plan.cycles : measure.cycles;
+    return qMax<qint64>(1, qint64(plan.minutes * kMinute / double(measure.every)));
 }
 
 void Runner::makeStats(const Measure &measure, CycleStats &stats)
 {
-    const qint64 cycles = cyclesOf(measure);
+    const qint64 cycles = cyclesOf(m_plan, measure);
     stats.every = measure.every;
     const PodLine::Take take = [&](const wire::Record &record) {
         noteAnswer(record);

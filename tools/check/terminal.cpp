@@ -93,12 +93,19 @@ void listSteps(const QVector<Step> &steps)
                 listFrame(bytes, timesOf(step));
 }
 
+/// How often each frame of a measure goes out.
+QString timesOf(const Plan &plan, const Measure &measure)
+{
+    const qint64 all = cyclesOf(plan, measure);
+    return QStringLiteral("%1 x").arg((all + measure.frames.size() - 1) / measure.frames.size());
+}
+
 bool usesMeasure(const Plan &plan, const Measure &measure)
 {
     for (const Group &group : plan.groups)
         for (const Case &each : group.cases)
             for (const Step &step : each.steps)
-                if (step.kind == StepKind::Measure && step.name == measure.id)
+                if (step.kind == StepKind::Measure && step.name == measure.key)
                     return true;
     return false;
 }
@@ -186,7 +193,7 @@ void listFrames(const Plan &plan, wire::Language language)
                 continue;
             say(measure.id + QStringLiteral(": ") + measure.name.in(language));
             for (const QByteArray &frame : measure.frames)
-                listFrame(frame, QStringLiteral("in turn"));
+                listFrame(frame, timesOf(plan, measure));
         }
     for (const Group &group : plan.groups) {
         for (const Case &each : group.cases) {
