@@ -6,7 +6,9 @@
 
 #include <csignal>
 
-constexpr int kLimitMs = 120000; ///< there to end a test that fails
+// There to end a test that fails.
+constexpr int kLimitMs = 20000;
+constexpr int kLongestRunMs = 120000;
 
 /// How a program ended, and what it said.
 struct Ended
@@ -34,7 +36,7 @@ public:
 
     Ended end()
     {
-        if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(kLimitMs))
+        if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(kLongestRunMs))
             m_process.kill();
         const int code = m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
         return {code, m_process.readAllStandardOutput(), m_process.readAllStandardError()};
