@@ -203,6 +203,16 @@ bool isTelling(const char *bytes, int size)
     return !text.isEmpty() && head.indexOf('\n', head.indexOf(text)) >= 0;
 }
 
+/// As many of the first bytes as show it. What follows doesn't count: a log stays one after a
+/// line that is broken.
+int tellingSize(const char *bytes, int size)
+{
+    int telling = 0;
+    while (telling < size && !isTelling(bytes, telling))
+        ++telling;
+    return telling;
+}
+
 } // namespace
 
 QString RecordReader::trouble() const
@@ -240,7 +250,7 @@ bool readLineForm(const QByteArray &line, Record &record)
 
 Format formatOf(const char *bytes, int size)
 {
-    const QByteArray head = QByteArray::fromRawData(bytes, qMin(size, kSniffed));
+    const QByteArray head = QByteArray::fromRawData(bytes, tellingSize(bytes, size));
     if (head.startsWith("\x0A\x0D\x0D\x0A"))
         return Format::Pcapng;
     for (const char *magic :

@@ -44,8 +44,8 @@ private:
 
 enum class Format : quint8 { Pcapng, OldPcap, Line, Log, Hex, Raw };
 
-/// What the first bytes of an input look like. Text is what begins with 64 printable characters;
-/// all that isn't known is a raw stream.
+/// What the first bytes of an input look like: its first line where that is text, 64 bytes at the
+/// most. All that isn't known is a raw stream.
 Format formatOf(const char *bytes, int size);
 
 /// The reader for what the source holds, found out by content. Null with `error` set where it is of
