@@ -9,6 +9,8 @@
 #include <QTextBlock>
 #include <QTextLayout>
 
+#include <utility>
+
 namespace {
 
 constexpr int kFollowMs = 33;
@@ -34,17 +36,16 @@ public:
     }
     bool isPending() const { return m_pending > 0; }
 
-    /// The toolkit would have the whole view painted for more than one block. Where nothing went
-    /// off the top, new are a few last ones only, and one has lost the cursor; the others move as
-    /// a picture does.
-    void release(bool hasLostLines)
+    /// The toolkit would have the whole view painted for more than one block. New are a few last
+    /// ones only, and one has lost the cursor where it's shown; the others move as a picture does.
+    void release(bool showsCursor)
     {
         // Without the break before it: the block that it ends is as it was.
         const int end = document()->characterCount() - 1;
         const int from = qBound(0, end - m_pending + 1, end);
         m_pending = 0;
         const QTextBlock first = document()->findBlock(from);
-        if (hasLostLines || document()->blockCount() - first.blockNumber() > kBlocksPainted) {
+        if (document()->blockCount() - first.blockNumber() > kBlocksPainted) {
             QPlainTextDocumentLayout::documentChanged(from, 0, end - from);
             return;
         }
@@ -55,7 +56,7 @@ public:
         emit documentSizeChanged(documentSize());
         for (QTextBlock block = first; block.isValid(); block = block.next())
             emit updateBlock(block);
-        if (first.previous().isValid())
+        if (showsCursor && first.previous().isValid())
             emit updateBlock(first.previous());
     }
 
@@ -101,8 +102,18 @@ LogDisplay::LogDisplay(QWidget *parent) : QPlainTextEdit(parent), m_layout(giveL
 /// though nothing of it shows through.
 void LogDisplay::paintEvent(QPaintEvent *event)
 {
+    followLostBlocks();
     QPainter(viewport()).fillRect(event->rect(), palette().base());
     QPlainTextEdit::paintEvent(event);
+}
+
+/// Whoever moves the view before it has followed goes by the new numbers, so that what stands on
+/// the screen is no part of what shall stand there.
+void LogDisplay::scrollContentsBy(int dx, int dy)
+{
+    if (std::exchange(m_lostBlocks, 0) > 0)
+        viewport()->update();
+    QPlainTextEdit::scrollContentsBy(dx, dy);
 }
 
 /// Takes the oldest blocks off a full display. It would drop them by itself, but one edit a block.
@@ -111,10 +122,31 @@ void LogDisplay::makeRoom(QTextCursor &edit, int blocks)
     const int excess = document()->blockCount() + blocks - maximumBlockCount();
     if (maximumBlockCount() <= 0 || excess <= 0)
         return;
+    if (m_lostBlocks == 0)
+        m_topLine = verticalScrollBar()->value() - firstVisibleBlock().firstLineNumber();
+    m_lostBlocks += excess;
     edit.setPosition(0);
     edit.setPosition(document()->findBlockByNumber(excess).position(), QTextCursor::KeepAnchor);
     edit.removeSelectedText();
-    m_hasLostLines = true;
+}
+
+/// The view knows its first block by number: after blocks went off the top, that is another one
+/// than it shows, and all of it would have to be painted. Gives it the number that its first block
+/// has now; nothing moves on the screen.
+void LogDisplay::followLostBlocks()
+{
+    const int lost = std::exchange(m_lostBlocks, 0);
+    if (lost == 0)
+        return;
+    const int number = firstVisibleBlock().blockNumber() - lost;
+    if (number < 0) {
+        viewport()->update();
+        return;
+    }
+    viewport()->setAttribute(Qt::WA_UpdatesDisabled);
+    verticalScrollBar()->setValue(document()->findBlockByNumber(number).firstLineNumber() +
+                                  m_topLine);
+    viewport()->setAttribute(Qt::WA_UpdatesDisabled, false);
 }
 
 void LogDisplay::append(const QString &text)
@@ -157,11 +189,8 @@ void LogDisplay::settle()
     if (!m_layout->isPending())
         return;
     keepLongLayout();
-    m_layout->release(m_hasLostLines);
-    // Nobody knows by how much the text has moved up on the screen.
-    if (m_hasLostLines)
-        viewport()->update();
-    m_hasLostLines = false;
+    followLostBlocks();
+    m_layout->release(hasFocus());
     ensureCursorVisible();
     m_lastSettle.start();
 }

@@ -26,15 +26,18 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
 
 private:
     void makeRoom(QTextCursor &edit, int blocks);
+    void followLostBlocks();
     int untilTurn(int characters) const;
     void keepLongLayout();
 
     LogLayout *const m_layout;
-    QTimer m_turn;               ///< until the view may follow again
-    QElapsedTimer m_lastSettle;  ///< invalid until the first
-    bool m_hasLostLines = false; ///< off the top since the view last followed
-    QTextCursor m_longLine;      ///< whose layout is kept; a block alone would outlive its text
+    QTimer m_turn;              ///< until the view may follow again
+    QElapsedTimer m_lastSettle; ///< invalid until the first
+    int m_lostBlocks = 0;       ///< off the top since the view last followed
+    int m_topLine = 0;          ///< of the view's first block, which the view began with then
+    QTextCursor m_longLine;     ///< whose layout is kept; a block alone would outlive its text
 };

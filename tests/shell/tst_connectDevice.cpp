@@ -223,6 +223,16 @@ static bool isOnScreen(QWidget *part)
                           .convertToFormat(painted.format());
 }
 
+/// What comes to a view before it has followed: another window goes off a part of it, the operator
+/// turns the wheel.
+static void meanwhile(QPlainTextEdit *log, int entry)
+{
+    if (entry % 14 == 2)
+        log->viewport()->repaint(0, 100, 200, 40);
+    if (entry % 14 == 8)
+        log->verticalScrollBar()->triggerAction(QScrollBar::SliderSingleStepSub);
+}
+
 void tst_connectDevice::logFollows_data()
 {
     QTest::addColumn<int>("entries");
@@ -235,6 +245,7 @@ void tst_connectDevice::logFollows_data()
     QTest::newRow("more than the display keeps") << 300 << 146 << 40 << 1000;
     QTest::newRow("more than the display keeps, one by one") << 120 << 146 << 120 << 1;
     QTest::newRow("more than the display keeps, by threes") << 60 << 60 << 80 << 3;
+    QTest::newRow("more than the display keeps, looked at meanwhile") << 40 << 146 << 80 << 7;
     QTest::newRow("lines longer than the view") << 5 << 60000 << 50000 << 1000;
     QTest::newRow("long lines, more than the display keeps") << 30 << 600 << 40 << 1000;
 }
@@ -259,17 +270,20 @@ void tst_connectDevice::logFollows()
         else if (touch == Touch::Scroll)
             log->verticalScrollBar()->setValue(0);
         for (int i = 0; i < entries; ++i) {
-            const QStringList entry{QString::number(i) + "->", QString(digits, QLatin1Char('A'))};
+            const int length = digits < 1000 ? digits * (1 + i % 3) : digits;
+            const QStringList entry{QString::number(i) + "->", QString(length, QLatin1Char('A'))};
             lines += entry;
             panel->appendLog(entry.join('\n'));
             QVERIFY(log->textCursor().atEnd() && !log->textCursor().hasSelection());
+            meanwhile(log, i);
             if (i % together == together - 1)
                 QTest::qWait(together == 1 ? 15 : 60);
         }
         lines = lines.mid(qMax(0, lines.size() - limit));
         QCOMPARE(m_bench->log(), lines.join('\n'));
         QTRY_VERIFY(log->viewport()->rect().contains(log->cursorRect().center()));
-        QVERIFY(log->verticalScrollBar()->maximum() - log->verticalScrollBar()->value() <= 1);
+        // The toolkit stops at the cursor's line: lines of unlike heights leave a few below.
+        QVERIFY(log->verticalScrollBar()->maximum() - log->verticalScrollBar()->value() <= 4);
         // The bar is white but for its handle.
         const QImage bar = log->verticalScrollBar()->grab().toImage();
         QImage white(bar.size(), bar.format());
