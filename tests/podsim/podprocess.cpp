@@ -11,11 +11,20 @@ constexpr int kLimitMs = 20000;
 
 } // namespace
 
+#ifdef Q_OS_WIN
+constexpr int kStopAgainMs = 10000;
+#endif
+
 void sendSignal(QProcess &process, int signal)
 {
 #ifdef Q_OS_WIN
     Q_UNUSED(signal)
-    process.terminate();
+    // A message, which a program that has only begun may lose.
+    for (int tries = 3; tries > 0; --tries) {
+        process.terminate();
+        if (process.waitForFinished(kStopAgainMs))
+            break;
+    }
 #else
     ::kill(static_cast<pid_t>(process.processId()), signal);
 #endif
