@@ -3,6 +3,8 @@
 // Usage: bench_cycle PODSIM [SECONDS]
 
 #include "bench/measure.h"
+#include "bench/plainlog.h"
+#include "protocol/fields.h"
 #include "shell/NacelleBench.h"
 
 #include <QApplication>
@@ -10,6 +12,8 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QThread>
 #include <QUdpSocket>
 
@@ -87,6 +91,63 @@ private:
     std::atomic<bool> m_quit{false};
 };
 
+/// The pod's place on loopback for one TCP link, which is handed on to the pod both ways. Notes
+/// when each frame came.
+class TcpWire : public QThread
+{
+public:
+    explicit TcpWire(quint16 podPort) : m_podPort(podPort)
+    {
+        start();
+        while (port == 0)
+            QThread::yieldCurrentThread();
+    }
+    ~TcpWire() override
+    {
+        quit();
+        wait();
+    }
+
+    std::atomic<quint16> port{0};
+    Times times; ///< read when nothing arrives
+
+protected:
+    void run() override
+    {
+        QTcpServer server;
+        QTcpSocket pod;
+        pod.connectToHost(QHostAddress::LocalHost, m_podPort);
+        pod.setSocketOption(QAbstractSocket::LowDelayOption, 1);
+        QObject::connect(&server, &QTcpServer::newConnection, &server, [&] {
+            QTcpSocket *near = server.nextPendingConnection();
+            near->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+            QObject::connect(near, &QTcpSocket::readyRead, near, [this, near, &pod] {
+                const QByteArray bytes = near->readAll();
+                note(bytes);
+                pod.write(bytes);
+            });
+            QObject::connect(&pod, &QTcpSocket::readyRead, near,
+                             [near, &pod] { near->write(pod.readAll()); });
+        });
+        server.listen(QHostAddress::LocalHost);
+        port = server.serverPort();
+        exec();
+    }
+
+private:
+    void note(const QByteArray &bytes)
+    {
+        m_begun += bytes;
+        while (m_begun.size() >= kFrameOverhead && m_begun.size() >= saidLength(m_begun)) {
+            times.push_back(now());
+            m_begun.remove(0, qMax(kFrameOverhead, saidLength(m_begun)));
+        }
+    }
+
+    const quint16 m_podPort;
+    QByteArray m_begun; ///< of a frame that isn't all here yet
+};
+
 /// A bare thread that sleeps and emits to a slot of the main thread.
 class BareCycle : public QObject
 {
@@ -132,16 +193,34 @@ T *find(QWidget &window, const char *name)
     return window.findChild<T *>(QLatin1String(name));
 }
 
-void connectTo(NacelleBench &window, quint16 port, quint16 localPort)
+/// Waits for the message about the link, and closes it.
+void closeMessage()
 {
-    window.CreateUDP(QStringLiteral("127.0.0.1"), port, localPort, true);
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        if (widget != &window)
-            widget->close();
+    while (true) {
+        for (QWidget *widget : QApplication::topLevelWidgets()) {
+            if (widget->isVisible() && widget->inherits("PopFrame")) {
+                widget->close();
+                return;
+            }
+        }
+        turnEventLoop(10);
     }
 }
 
-Times runConsole(NacelleBench &window, Wire &wire, int milliseconds)
+void connectTo(NacelleBench &window, quint16 port, quint16 localPort)
+{
+    window.CreateUDP(QStringLiteral("127.0.0.1"), port, localPort, true);
+    closeMessage();
+}
+
+void connectTcp(NacelleBench &window, quint16 port)
+{
+    window.CreateTCP(QStringLiteral("127.0.0.1"), port, 0, true);
+    closeMessage();
+}
+
+template <typename Peer>
+Times runConsole(NacelleBench &window, Peer &wire, int milliseconds)
 {
     wire.times.clear();
     find<QPushButton>(window, "pushButton_start")->click();
@@ -206,15 +285,51 @@ void reportHour(NacelleBench &window)
                 double(frames) * 1e-6, double(display) * 1e-6);
 }
 
-quint16 podPort(QProcess &pod)
+/// The ports of a pod that has just been started, by the names of the links.
+QMap<QString, quint16> podPorts(QProcess &pod)
 {
+    static const QRegularExpression link(QStringLiteral("(tcp|udp) [0-9.]+:([0-9]+)"));
+    QMap<QString, quint16> ports;
     QString output;
-    QRegularExpressionMatch match;
-    while (!match.hasMatch() && pod.waitForReadyRead(5000)) {
+    while (ports.size() < 2 && pod.waitForReadyRead(5000)) {
         output += QString::fromLocal8Bit(pod.readAllStandardOutput());
-        match = QRegularExpression(QStringLiteral("udp [0-9.]+:([0-9]+)")).match(output);
+        for (auto found = link.globalMatch(output); found.hasNext();) {
+            const QRegularExpressionMatch match = found.next();
+            ports.insert(match.captured(1), match.captured(2).toUShort());
+        }
     }
-    return match.captured(1).toUShort();
+    return ports;
+}
+
+/// Processor share of this program, less that of the wire, over a run with answers; beside a thread
+/// that appends equal entries to a plain display at the same rate.
+void reportShare(NacelleBench &window, double share, int milliseconds)
+{
+    const QString entry = QStringLiteral("[12:34:56:789]TX->\n") + QString(144, QLatin1Char('0'));
+    PlainLog plain(find<QPlainTextEdit>(window, "textEdit"));
+    plain.show();
+    turnEventLoop(200);
+    const double before = seconds(CLOCK_PROCESS_CPUTIME_ID);
+    // A frame and its answer come one after the other: twice as many entries as frames, one each
+    // time.
+    BareCycle().run(milliseconds, kPeriodMs / 2, [&] { plain.append(entry); });
+    const double loop = (seconds(CLOCK_PROCESS_CPUTIME_ID) - before) / (milliseconds * 1e-3);
+    std::printf("%-30s %.2f %% with %d answers, bare loop of equal entries %.2f %% (%.2f x, limit "
+                "1.5)\n",
+                "processor share", share * 100, window.receivedFrames.size(), loop * 100,
+                share / loop);
+}
+
+/// Frames and answers over TCP.
+void reportTcp(NacelleBench &window, quint16 podPort, int milliseconds)
+{
+    TcpWire wire(podPort);
+    connectTcp(window, wire.port);
+    const Period period = periodOf(runConsole(window, wire, milliseconds));
+    std::printf("%-30s median %.3f ms   99th percentile %.3f ms (limit 31.5)   %d answers\n",
+                "run over TCP, podsim answering", period.median, period.high,
+                window.receivedFrames.size());
+    window.Disconnect();
 }
 
 } // namespace
@@ -232,9 +347,10 @@ int main(int argc, char *argv[])
 
     QProcess pod;
     pod.start(QString::fromLocal8Bit(argv[1]),
-              {"--udp", "0", "--udp-reply", QString::number(kLocalPort)});
+              {"--tcp", "0", "--udp", "0", "--udp-reply", QString::number(kLocalPort)});
+    const QMap<QString, quint16> ports = podPorts(pod);
     Wire silent(0);
-    Wire answering(podPort(pod));
+    Wire answering(ports[QStringLiteral("udp")]);
 
     NacelleBench window;
     window.resize(1920, 1080);
@@ -249,25 +365,16 @@ int main(int argc, char *argv[])
     reportPeriod("run, idle peer", periodOf(runConsole(window, silent, milliseconds)), baseline);
     window.Disconnect();
 
+    window.clearLog();
     connectTo(window, answering.port, kLocalPort);
-    double before = seconds(CLOCK_PROCESS_CPUTIME_ID) - answering.processor;
+    const double before = seconds(CLOCK_PROCESS_CPUTIME_ID) - answering.processor;
     reportPeriod("run, podsim answering", periodOf(runConsole(window, answering, milliseconds)),
                  baseline);
     const double share =
         (seconds(CLOCK_PROCESS_CPUTIME_ID) - answering.processor - before) / (milliseconds * 1e-3);
-    const int answers = window.receivedFrames.size();
-
-    QPlainTextEdit *log = find<QPlainTextEdit>(window, "textEdit");
-    const QString entry = QStringLiteral("[12:34:56:789]TX->\n") + QString(144, QLatin1Char('0'));
-    log->clear();
-    before = seconds(CLOCK_PROCESS_CPUTIME_ID);
-    // A frame and its answer come one after the other: twice as many entries as frames, one each
-    // time.
-    bare.run(milliseconds, kPeriodMs / 2, [&] { log->appendPlainText(entry); });
-    const double loop = (seconds(CLOCK_PROCESS_CPUTIME_ID) - before) / (milliseconds * 1e-3);
-    std::printf("%-30s %.2f %% with %d answers, bare loop of equal entries %.2f %% (%.2f x, limit "
-                "1.5)\n",
-                "processor share", share * 100, answers, loop * 100, share / loop);
+    reportShare(window, share, milliseconds);
+    window.Disconnect();
+    reportTcp(window, ports[QStringLiteral("tcp")], milliseconds);
     pod.terminate();
     pod.waitForFinished();
     reportHour(window);

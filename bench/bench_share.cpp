@@ -4,6 +4,7 @@
 // of the rounds.
 
 #include "bench/measure.h"
+#include "bench/plainlog.h"
 #include "shell/NacelleBench.h"
 
 #include <QApplication>
@@ -21,29 +22,6 @@ constexpr int kFullDisplay = 25000;
 
 const QByteArray kFrame =
     QByteArray::fromHex("8A5E49000111") + QByteArray(63, '\x12') + QByteArray::fromHex("20001234");
-
-/// What plain Qt gives who only shows the frames.
-class PlainLog : public QWidget
-{
-public:
-    PlainLog(QSize size, QPlainTextEdit *like) : m_display(this)
-    {
-        resize(size);
-        m_display.setGeometry({like->mapTo(like->window(), QPoint()), like->size()});
-        m_display.setFont(like->font());
-        m_display.setMaximumBlockCount(like->maximumBlockCount());
-        m_display.moveCursor(QTextCursor::End);
-    }
-
-    void append()
-    {
-        m_display.appendPlainText(QStringLiteral("[12:34:56:789]收->\n") +
-                                  QString::fromLatin1(kFrame.toHex().toUpper()));
-    }
-
-private:
-    QPlainTextEdit m_display;
-};
 
 /// Microseconds of processor time a step, one each `periodMs` with the window shown alone.
 double costOf(QWidget &window, int periodMs, int runSeconds, const std::function<void()> &step)
@@ -79,9 +57,12 @@ int main(int argc, char *argv[])
     window.findChild<QPushButton *>(QStringLiteral("pushButton_2"))->click();
     turnEventLoop(300);
     auto *log = window.findChild<QPlainTextEdit *>(QStringLiteral("textEdit"));
-    PlainLog plain(window.size(), log);
+    PlainLog plain(log);
     const auto receive = [&] { window.receiveData(kFrame, QString()); };
-    const auto append = [&] { plain.append(); };
+    const auto append = [&] {
+        plain.append(QStringLiteral("[12:34:56:789]收->\n") +
+                     QString::fromLatin1(kFrame.toHex().toUpper()));
+    };
 
     struct Row
     {
