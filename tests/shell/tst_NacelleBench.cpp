@@ -1,6 +1,7 @@
 #include "console/flowAnalysis.h"
 #include "foundation/QGlobal.h"
 #include "protocol/dataPacketAnalysis.h"
+#include "shell/LogDisplay.h"
 #include "shell/connectDevice.h"
 #include "tests/support/bench.h"
 #include "tests/support/strictmain.h"
@@ -24,6 +25,13 @@ QByteArray hostFrame(int number)
            QByteArray(62, '\0') + QByteArray::fromHex("00 5678");
 }
 
+/// Times differ from run to run, and nothing else may.
+QString withoutTimes(QString text)
+{
+    static const QRegularExpression time(QStringLiteral("\\d\\d:\\d\\d:\\d\\d:\\d\\d\\d"));
+    return text.replace(time, QStringLiteral("HH:mm:ss:zzz"));
+}
+
 } // namespace
 
 class tst_NacelleBench : public QObject
@@ -45,11 +53,24 @@ private slots:
     void historyOfLostText();
     void historyWithoutFrames();
     void historyViewDoesNotFollowTheWire();
+    void burstsLeaveTheSame_data();
+    void burstsLeaveTheSame();
     void typedTextShiftsSelections();
     void closingEndsTheLoop();
 
 private:
+    /// What many frames leave, without their times.
+    struct Outcome
+    {
+        QString log;
+        QList<QList<int>> positions;
+        QStringList selected = {}; ///< of each group, newest first
+        QStringList walked = {};   ///< what form and log show, step by step
+    };
+
     QString entryText(const QString &selected);
+    void handOver(int number);
+    Outcome outcome(int burst, int lines);
 
     std::unique_ptr<Bench> m_bench;
 };
@@ -302,6 +323,79 @@ void tst_NacelleBench::historyViewDoesNotFollowTheWire()
     (*m_bench)->receiveData(gcuFrame(9), QString());
     QCOMPARE((*m_bench)->receivedFrames.size(), 1);
     QCOMPARE(m_bench->find<QLineEdit>("lineEdit73_2")->text(), QString());
+}
+
+/// Both ways, of all lengths, with and without an answer; one in many fills pages.
+void tst_NacelleBench::handOver(int number)
+{
+    if (number % 3 != 1)
+        (*m_bench)->sendData(hostFrame(number).left(72 - number % 50));
+    else if (number % 500 == 1)
+        (*m_bench)->receiveData(QByteArray::fromHex("8A5E00FF") + QByteArray(3000, '\x5A'),
+                                QString());
+    else
+        (*m_bench)->receiveData(gcuFrame(number), QString());
+}
+
+/// Frames that come in bursts, with a turn of the event loop after each of them. A burst of one is
+/// looked at before the next.
+tst_NacelleBench::Outcome tst_NacelleBench::outcome(int burst, int lines)
+{
+    constexpr int kFrames = 4000;
+    constexpr int kSteps = 40;
+    m_bench = std::make_unique<Bench>();
+    NacelleBench *window = m_bench->window();
+    m_bench->click("pushButton_2");
+    auto *log = m_bench->find<LogDisplay>("textEdit");
+    log->setMaximumBlockCount(lines);
+    for (int i = 1; i <= kFrames; ++i) {
+        handOver(i);
+        if (i % burst == 0)
+            QCoreApplication::processEvents();
+        if (burst == 1)
+            log->settle();
+    }
+    Outcome seen{
+        entryText(m_bench->log()),
+        {window->sentStarts, window->sentEnds, window->receivedStarts, window->receivedEnds}};
+    auto *panel = m_bench->find<connectDevice>("connectDeviceClass");
+    for (int i = 0; i < window->sentFrames.size(); ++i) {
+        const FrameHistory::Range range = window->groupRange(i);
+        const int result = panel->selectLogRange(range.start, range.end, window->logEnd());
+        seen.selected << QString::number(result) + withoutTimes(m_bench->selection());
+    }
+    m_bench->click("pushButton_Switch");
+    for (int i = 0; i < kSteps; ++i) {
+        m_bench->click(i % 4 == 3 ? "pushButton_next" : "pushButton_up");
+        seen.walked << m_bench->find<QLineEdit>("lineEdit53")->text() + '/' +
+                           m_bench->find<QLineEdit>("lineEdit73_2")->text() +
+                           withoutTimes(m_bench->selection());
+    }
+    return seen;
+}
+
+void tst_NacelleBench::burstsLeaveTheSame_data()
+{
+    QTest::addColumn<int>("burst");
+    QTest::addColumn<int>("lines");
+    QTest::newRow("as many as a read may bring") << 7 << 50000;
+    QTest::newRow("a second without a turn") << 4000 << 50000;
+    QTest::newRow("old lines leave, by the way") << 7 << 1001;
+    QTest::newRow("old lines leave, all at once") << 4000 << 1001;
+}
+
+/// The log's view follows some 30 times a second, whatever comes in between; text and positions
+/// must not show it.
+void tst_NacelleBench::burstsLeaveTheSame()
+{
+    QFETCH(int, burst);
+    QFETCH(int, lines);
+    const Outcome single = outcome(1, lines);
+    const Outcome many = outcome(burst, lines);
+    QCOMPARE(many.log, single.log);
+    QCOMPARE(many.positions, single.positions);
+    QCOMPARE(many.selected, single.selected);
+    QCOMPARE(many.walked, single.walked);
 }
 
 void tst_NacelleBench::typedTextShiftsSelections()
