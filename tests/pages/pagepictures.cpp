@@ -45,6 +45,12 @@ QByteArray gcuFrame(int mode, int number)
            QByteArray::fromHex("20001234");
 }
 
+/// What a version doesn't have.
+struct Missing
+{
+    const char *name;
+};
+
 class Operator
 {
 public:
@@ -79,7 +85,13 @@ public:
         const QPoint corner = button->mapToGlobal(QPoint(0, button->height()));
         menu->popup(corner - QPoint(200 * place, 0));
     }
-    QMenu *menu() { return find<QPushButton>(m_window.get(), "menuButton")->menu(); }
+    QMenu *menu()
+    {
+        QMenu *menu = find<QPushButton>(m_window.get(), "menuButton")->menu();
+        if (!menu)
+            throw Missing{"menu"};
+        return menu;
+    }
     QMenu *languages() { return menu()->actions().first()->menu(); }
 
     void switchLanguage()
@@ -109,7 +121,7 @@ private:
     {
         T *found = window->findChild<T *>(QLatin1String(name));
         if (!found)
-            qFatal("there is no %s", name);
+            throw Missing{name};
         return found;
     }
 
@@ -204,8 +216,12 @@ int main(int argc, char *argv[])
     }
     Operator by(qstrcmp(argv[1], "zh") == 0, QString::fromLocal8Bit(argv[2]));
     for (const Step &step : kSteps) {
-        step.run(by);
-        by.take(step.name);
+        try {
+            step.run(by);
+            by.take(step.name);
+        } catch (const Missing &missing) {
+            std::printf("%s: there is no %s\n", step.name, missing.name);
+        }
         by.closeOthers();
     }
     std::fflush(stdout);
