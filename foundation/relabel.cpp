@@ -3,7 +3,9 @@
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
+#include <QScrollArea>
 
 #include <algorithm>
 
@@ -40,11 +42,20 @@ void relabelItems(QComboBox *list, std::initializer_list<const char *> keys)
     list->setCurrentIndex(chosen);
 }
 
+/// Outside of its window a widget loses its look, part by part, and a scroll area measures all that
+/// it holds for each part that has changed.
+static void stopMeasuring(const QWidget *widget)
+{
+    for (QScrollArea *area : widget->findChildren<QScrollArea *>())
+        delete area->widget()->layout();
+}
+
 void giveUpChildren(QWidget *host, const QString &name)
 {
     QList<QWidget *> widgets = host->findChildren<QWidget *>(name);
     std::reverse(widgets.begin(), widgets.end());
     for (QWidget *widget : widgets) {
+        stopMeasuring(widget);
         if (widget->parent())
             widget->setParent(nullptr);
         widget->deleteLater();
