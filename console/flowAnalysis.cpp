@@ -26,6 +26,23 @@ constexpr int kFullRate = 1500;
 
 constexpr protocol::Limit kHexByteLimit = matching("[0-9A-Fa-f]{1,2}");
 
+/// What only this form needs of its look. Its host has a name that a widget of the form has too.
+const char *const kRules =
+    R"(flowAnalysis QWidget#widget_1,flowAnalysis QWidget#widget_2,flowAnalysis QWidget#widget_3,flowAnalysis QWidget#widget_14{background-color:#283142;}
+QLabel{border:none;}
+QLabel[column="title"]{background-color:#323E52;color:#FFFFFF;padding:0px 8px;}
+QLabel[column="readout"]{background-color:#202835;color:#FFFFFF;}
+QLineEdit{padding:0px 5px;}
+QLineEdit[column="param"]{background-color:#283142;}
+QLineEdit[column="limit"]{background-color:#202835;padding:0px;}
+QPushButton{background-color:#202835;color:#FFFFFF;border:1px solid #323E52;padding:0px 3px;}
+QPushButton#pushButton_alarm,QPushButton#pushButton_alarmStart,QPushButton#pushButton_alarmEnd,QPushButton#pushButton_Isothermy{padding:0px;}
+QPushButton:hover{color:#397AF7;border:1px solid #323E52;}
+QPushButton:focus{border:1px dashed #A9A9A9;}
+QPushButton:pressed{background-color:#283142;}
+QPushButton:checked{border:1px solid #397AF7;}
+QPushButton:disabled{background-color:#283142;color:#A9A9A9;border:1px solid #323E52;})";
+
 /// Labels and buttons that have no command, and the keys of their texts.
 constexpr Caption kCaptions[] = {
     {"pushButton_video", "视频"},
@@ -157,8 +174,8 @@ void showRate(int value, QLabel *readout, QLabel *percent)
 flowAnalysis::flowAnalysis(QWidget *parent)
     : QWidget(parent), m_flags(std::make_shared<SendFlags>())
 {
+    dressPage(this, kRules);
     ui.setupUi(this);
-    recolour(this);
     for (QWidget *widget : findChildren<QWidget *>())
         m_objects.insert(widget->objectName(), widget);
     connectSlots();

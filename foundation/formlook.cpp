@@ -32,6 +32,12 @@ void dressForm(QWidget *form)
     changeSheet(form, formSheet(form->styleSheet(), *global->palette, global->scaleFactor));
 }
 
+void dressPage(QWidget *page, const char *rules)
+{
+    changeSheet(page->parentWidget() ? page->parentWidget() : page,
+                recoloured(QLatin1String(rules), *QGlobal::instance()->palette));
+}
+
 void scaleText(QWidget *widget)
 {
     changeSheet(widget, widget->styleSheet() + textRule(QGlobal::instance()->scaleFactor));

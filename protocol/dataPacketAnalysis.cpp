@@ -37,6 +37,23 @@ const char *const kEmptyCommand =
     "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
     "00 00 00 00 00 00 00 00 28 B2";
 
+/// What only this form needs of its look.
+const char *const kRules =
+    R"(QLabel[column="bytes"],QLabel[column="name"]{background-color:#283142;color:#A9A9A9;border:none;border-right:1px solid #323E52;border-bottom:1px solid #323E52;padding:0px;}
+QLabel[column="value"],QLabel[column="hex"]{background-color:#202835;color:#FFFFFF;border:none;border-right:1px solid #323E52;border-bottom:1px solid #323E52;padding:0px 6px;}
+QLabel[column="head"]{background-color:#323E52;color:#FFFFFF;border:none;padding:0px 4px;}
+QLabel[column="title"]{background-color:#202835;color:#FFFFFF;border:none;border-bottom:1px solid #397AF7;padding:0.4em 0px;}
+QWidget[column="cell"]{background-color:#202835;border:none;border-right:1px solid #323E52;border-bottom:1px solid #323E52;}
+QWidget[column="plain"]{background-color:#202835;border:none;}
+QLineEdit{border:1px solid #202835;border-right:1px solid #323E52;border-bottom:1px solid #323E52;padding:0px 5px;}
+QLineEdit:hover{border-bottom:1px solid #397AF7;}
+QLineEdit[readOnly="true"]:hover{border-bottom:1px solid #323E52;}
+QLineEdit:focus{border:1px solid #397AF7;}
+QScrollArea{background-color:#202835;border:none;}
+QLabel[column="hex"]{padding:0px 2px 0px 4px;}
+QTextEdit{border:1px solid #A9A9A9;}
+QTextEdit:hover,QTextEdit:focus{border:1px solid #397AF7;})";
+
 /// The fixed texts that belong to no field.
 constexpr Caption kFixedTexts[] = {
     {"label_Host", "上位机发送数据"},
@@ -130,8 +147,8 @@ const char *frameFault(const QString &digits, const protocol::Field &header)
 
 dataPacketAnalysis::dataPacketAnalysis(QWidget *parent) : QWidget(parent)
 {
+    dressPage(this, kRules);
     ui.setupUi(this);
-    recolour(this);
     m_hostForm = bindForm(kHostRows);
     m_gcuForm = bindForm(kGcuRows);
     connectSlots();

@@ -276,11 +276,13 @@ void tst_settingsMenu::otherColours()
         colour = "#7A2E52";
     m_bench.reset();
     VideoBench bench;
-    QStringList sheets{bench.find<flowAnalysis>("CurrentPage")->styleSheet(),
-                       bench.find<QLabel>("label_5")->styleSheet(), bench.video()->styleSheet()};
+    const auto pageSheet = [&] {
+        return bench.find<QWidget>("CurrentPage")->parentWidget()->styleSheet();
+    };
+    QStringList sheets{pageSheet(), bench.find<QLabel>("label_5")->styleSheet(),
+                       bench.video()->styleSheet()};
     bench.click("pushButton_1");
-    sheets << bench.find<dataPacketAnalysis>("CurrentPage")->styleSheet()
-           << bench.find<QPushButton>("pushButton_1")->styleSheet();
+    sheets << pageSheet() << bench.find<QPushButton>("pushButton_1")->styleSheet();
     *palette = ours;
     for (const QString &sheet : qAsConst(sheets)) {
         QVERIFY2(sheet.contains("#7A2E52"), qPrintable(sheet));
