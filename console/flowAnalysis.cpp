@@ -176,8 +176,7 @@ flowAnalysis::flowAnalysis(QWidget *parent)
 {
     dressPage(this, kRules);
     ui.setupUi(this);
-    for (QWidget *widget : findChildren<QWidget *>())
-        m_objects.insert(widget->objectName(), widget);
+    m_objects = widgetsByName(this);
     connectSlots();
     showPanel(ControlPanel::None);
     setEntryRules();

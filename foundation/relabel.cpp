@@ -16,6 +16,16 @@ QWidget *widgetOf(const QWidget *form, const char *object)
     return widget;
 }
 
+QHash<QString, QWidget *> widgetsByName(const QWidget *form)
+{
+    QHash<QString, QWidget *> widgets;
+    for (QWidget *widget : form->findChildren<QWidget *>()) {
+        if (!widget->objectName().isEmpty())
+            widgets.insert(widget->objectName(), widget);
+    }
+    return widgets;
+}
+
 QString textOf(const QWidget *widget)
 {
     return widget ? widget->property("text").toString() : QString();

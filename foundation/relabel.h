@@ -2,6 +2,7 @@
 
 #include "foundation/QGlobal.h"
 
+#include <QHash>
 #include <QString>
 
 class QComboBox;
@@ -16,6 +17,10 @@ struct Caption
 
 /// The widget of that name in a form, which must have one.
 QWidget *widgetOf(const QWidget *form, const char *object);
+
+/// All widgets of a form by their object names. For a table's worth of names: each search by name
+/// goes through half of the form.
+QHash<QString, QWidget *> widgetsByName(const QWidget *form);
 
 /// Text of a label, a button or a line edit; empty for none.
 QString textOf(const QWidget *widget);

@@ -170,7 +170,12 @@ dataPacketAnalysis::dataPacketAnalysis(QWidget *parent) : QWidget(parent)
 template <typename Rows>
 dataPacketAnalysis::Form dataPacketAnalysis::bindForm(const Rows &rows)
 {
-    const auto find = [this](const char *name) { return *name ? widgetOf(this, name) : nullptr; };
+    const QHash<QString, QWidget *> widgets = widgetsByName(this);
+    const auto find = [&widgets](const char *name) {
+        QWidget *widget = widgets.value(QLatin1String(name));
+        Q_ASSERT_X(widget || !*name, "dataPacketAnalysis", name);
+        return widget;
+    };
     Form form;
     for (const auto &row : rows) {
         const protocol::Field &field = row.field;
