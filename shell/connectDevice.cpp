@@ -59,12 +59,16 @@ bool isPort(const QString &text)
 
 connectDevice::connectDevice(QWidget *parent) : QWidget(parent)
 {
+    // Meanwhile, for the system walks through dozens of its devices: five milliseconds of the
+    // start.
+    std::future<QList<QSerialPortInfo>> ports =
+        std::async(std::launch::async, &QSerialPortInfo::availablePorts);
     ui.setupUi(this);
     for (QWidget *widget : std::initializer_list<QWidget *>{this, ui.label, ui.label_5})
         recolour(widget);
     ui.textEdit->verticalScrollBar()->setStyleSheet(QLatin1String(kScrollBarStyle));
     connectSlots();
-    setEntryRules();
+    setEntryRules(ports);
     ui.comboBox->setCurrentIndex(kUdpIndex);
     ui.comboBox->installEventFilter(this);
     ui.textEdit->setMaximumBlockCount(kLogBlockLimit);
@@ -85,7 +89,7 @@ void connectDevice::connectSlots()
     connect(ui.pushButton_next, &QPushButton::clicked, this, &connectDevice::nextData);
 }
 
-void connectDevice::setEntryRules()
+void connectDevice::setEntryRules(std::future<QList<QSerialPortInfo>> &ports)
 {
     const auto *pattern = new QRegExpValidator(QRegExp(QLatin1String(kPortPattern)), this);
     ui.LineEdit_Port1->setValidator(pattern);
@@ -94,7 +98,7 @@ void connectDevice::setEntryRules()
     // point.
     connect(ui.comboBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &connectDevice::indexChange);
-    m_ports = QSerialPortInfo::availablePorts();
+    m_ports = ports.get();
     appendPorts();
     // This rule takes the place of the pattern and lets ports up to 99999 be typed; the press of
     // the connect button says what is wrong with them.

@@ -6,6 +6,8 @@
 #include <QSerialPortInfo>
 #include <QWidget>
 
+#include <future>
+
 class NacelleBench;
 
 /// The left third of the main window: the form that picks and opens a link, and below it the log
@@ -54,7 +56,7 @@ protected:
 
 private:
     void connectSlots();
-    void setEntryRules();
+    void setEntryRules(std::future<QList<QSerialPortInfo>> &ports);
     void setFixedSizes();
     void appendPorts();
     void refillLinks();
