@@ -9,6 +9,8 @@
 
 namespace {
 
+constexpr int kLimitMs = 20000;
+
 QString run(const QStringList &words)
 {
     QProcess process;
@@ -24,9 +26,14 @@ class PointerLog : public QObject
 public:
     explicit PointerLog(QWindow *window) { window->installEventFilter(this); }
 
-    bool awaits(const QPoint &point, Qt::MouseButtons buttons)
+    bool has(const QPoint &point, Qt::MouseButtons buttons) const
     {
-        return QTest::qWaitFor([&] { return m_point == point && m_buttons == buttons; });
+        return m_point == point && m_buttons == buttons;
+    }
+
+    bool awaits(const QPoint &point, Qt::MouseButtons buttons) const
+    {
+        return QTest::qWaitFor([&] { return has(point, buttons); }, kLimitMs);
     }
 
     bool eventFilter(QObject *, QEvent *event) override
@@ -97,16 +104,22 @@ QRect dragWindow(QWidget &window, const QPoint &from, const QPoint &start, const
         isGood = isGood && log.awaits(start, Qt::LeftButton);
     }
     // The window manager takes the pointer in its own time: it has to see a movement after that.
-    isGood = isGood && QTest::qWaitFor([&] {
-                 RealMouse::move(start + by / 2);
-                 RealMouse::move(start + by);
-                 return realGeometry(window) == expected;
-             });
+    const auto follows = [&] {
+        RealMouse::move(start + by / 2);
+        RealMouse::move(start + by);
+        return realGeometry(window) == expected;
+    };
+    isGood = isGood && QTest::qWaitFor(follows, kLimitMs);
     mouse.release();
-    // It keeps the release to itself; the program sees that with the next movement.
+    // It keeps the release to itself, and what moves before it has let go; the program sees the
+    // release with a later movement.
     const QPoint inside = realGeometry(window).center();
-    RealMouse::move(inside);
-    if (!isGood || !log.awaits(inside, Qt::NoButton))
+    const auto isReleased = [&] {
+        RealMouse::move(inside - QPoint(1, 1));
+        RealMouse::move(inside);
+        return log.has(inside, Qt::NoButton);
+    };
+    if (!isGood || !QTest::qWaitFor(isReleased, kLimitMs))
         qWarning("the window doesn't follow the pointer, or the program misses its events");
     return window.geometry();
 }
