@@ -43,6 +43,7 @@ bool BareDecoder::open()
     m_codec.reset(ffmpeg::avcodec_alloc_context3(codec));
     m_frame.reset(ffmpeg::av_frame_alloc());
     ffmpeg::avcodec_parameters_to_context(m_codec.get(), stream);
+    m_pixels = QImage(stream->width, stream->height, QImage::Format_RGB32);
     m_scaler.reset(ffmpeg::sws_getContext(stream->width, stream->height, m_codec->pix_fmt,
                                           stream->width, stream->height, AV_PIX_FMT_BGRA,
                                           SWS_BICUBIC, nullptr, nullptr, nullptr));
@@ -63,10 +64,10 @@ void BareDecoder::decode()
 
 void BareDecoder::convert()
 {
-    QImage picture(m_frame->width, m_frame->height, QImage::Format_RGB32);
-    quint8 *const lines[] = {picture.bits()};
-    const int strides[] = {picture.bytesPerLine()};
+    quint8 *const lines[] = {m_pixels.bits()};
+    const int strides[] = {m_pixels.bytesPerLine()};
     ffmpeg::sws_scale(m_scaler.get(), m_frame->data, m_frame->linesize, 0, m_frame->height, lines,
                       strides);
-    emit decoded(picture);
+    emit decoded(
+        QImage(lines[0], m_pixels.width(), m_pixels.height(), strides[0], m_pixels.format()));
 }

@@ -21,7 +21,8 @@ public:
     ~BareDecoder() override;
 
 signals:
-    /// A picture of `QImage::Format_RGB32` that owns its pixels.
+    /// A picture of `QImage::Format_RGB32`. Its pixels are the decoder's, which the next one
+    /// overwrites: they end with the decoder.
     void decoded(QImage picture);
 
 protected:
@@ -38,5 +39,6 @@ private:
     ffmpeg::CodecContext m_codec;
     ffmpeg::Frame m_frame;
     ffmpeg::Scaler m_scaler;
+    QImage m_pixels;
     int m_stream = -1;
 };

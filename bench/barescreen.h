@@ -8,6 +8,8 @@
 class BareScreen : public QWidget
 {
 public:
+    BareScreen() { setAttribute(Qt::WA_OpaquePaintEvent); } // nothing is painted below the picture
+
     void take(const QImage &picture)
     {
         constexpr qint64 kGapMs = 50;

@@ -45,7 +45,7 @@ void reconnect(PodProcess &pod, StreamPlayer &player)
     pod.write(QStringLiteral("drop"));
     while (before.contains(sockets()))
         turnEventLoop(5);
-    player.awaitPicture(podsim::stampClock());
+    player.watch().awaitPicture(podsim::stampClock());
 }
 
 qint64 report(int count, const char *what)
@@ -62,7 +62,7 @@ void reconnectAgainAndAgain()
     PodProcess pod({"--rtsp", "0", "--rtsp-stamp", "--control"});
     StreamPlayer player(pod);
     player.play();
-    player.awaitPicture();
+    player.watch().awaitPicture();
     report(0, "reconnections");
     qint64 early = 0;
     for (int count = 1; count <= kLate; ++count) {

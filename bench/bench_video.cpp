@@ -1,6 +1,6 @@
 // The picture of a simulated pod on the program's video window: what a press of the play button,
-// a second of pictures and a single picture take, beside the ffmpeg command and a bare thread with
-// a plain widget on the same stream.
+// a second of pictures and a single picture take, beside the ffmpeg command (the press) and a bare
+// thread with a plain widget on the same stream.
 // Usage: bench_video [SECONDS [PRESSES]]
 
 #include "bench/baredecoder.h"
@@ -14,15 +14,8 @@
 namespace {
 
 constexpr int kDelayRounds = 3;
-constexpr int kSettlingMs = 5000; ///< of the command, which looks at a stream before it decodes
-
-/// The command on a stream: its own decoder in one thread, pictures as the program makes them.
-QStringList ffmpegArguments(const QStringList &input, const QString &url, const QStringList &output)
-{
-    return QStringList{"-v", "quiet",           "-nostdin", "-filter_threads", "1", "-threads",
-                       "1",  "-rtsp_transport", "tcp"} +
-           input + QStringList{"-i", url, "-sws_flags", "bicubic", "-pix_fmt", "bgra"} + output;
-}
+constexpr int kShareRounds = 5;
+constexpr int kSettlingMs = 1000; ///< what was sent during the opening is decoded in a burst
 
 double millisecondsSince(qint64 start, qint64 end)
 {
@@ -34,7 +27,7 @@ double pressOnce(StreamPlayer &player)
 {
     const qint64 start = now();
     player.play();
-    const double time = millisecondsSince(start, player.awaitPicture());
+    const double time = millisecondsSince(start, player.watch().awaitPicture());
     player.stop();
     return time;
 }
@@ -42,12 +35,14 @@ double pressOnce(StreamPlayer &player)
 /// Milliseconds from the command's start to the first bytes of its first picture.
 double commandOnce(const QString &url)
 {
-    const QStringList options = {"-fflags",          "nobuffer", "-probesize",    "512000",
-                                 "-analyzeduration", "5000000",  "-fpsprobesize", "0"};
+    const QString arguments =
+        QStringLiteral("-v quiet -nostdin -filter_threads 1 -threads 1 -rtsp_transport tcp "
+                       "-fflags nobuffer -probesize 512000 -analyzeduration 5000000 "
+                       "-fpsprobesize 0 -i %1 -sws_flags bicubic -pix_fmt bgra -frames:v 1 "
+                       "-f rawvideo -");
     QProcess command;
     const qint64 start = now();
-    command.start("ffmpeg",
-                  ffmpegArguments(options, url, {"-frames:v", "1", "-f", "rawvideo", "-"}));
+    command.start("ffmpeg", arguments.arg(url).split(QLatin1Char(' ')));
     if (!command.waitForReadyRead())
         qFatal("the ffmpeg command gives no picture");
     const double time = millisecondsSince(start, now());
@@ -69,44 +64,90 @@ void reportFirstPicture(StreamPlayer &player, int rounds)
                 median(presses), median(commands), median(presses) / median(commands), first);
 }
 
-/// Both play the stream at once, so that they have the same pictures under the same load.
+/// What a plain program takes for the same pictures: a bare thread, and a plain widget.
+class BarePlayer
+{
+public:
+    BarePlayer(const QString &url, const QSize &size) : m_decoder(url)
+    {
+        m_screen.setFixedSize(size);
+        m_screen.show();
+        m_watch.follow(&m_screen);
+        QObject::connect(&m_decoder, &BareDecoder::decoded, &m_screen, &BareScreen::take);
+        m_decoder.start();
+    }
+
+    PaintWatch &watch() { return m_watch; }
+
+private:
+    PaintWatch m_watch;
+    BareDecoder m_decoder;
+    BareScreen m_screen; // goes first: it shows pixels of the decoder
+};
+
+/// What playing has taken.
+struct Share
+{
+    std::vector<double> perPicture; ///< milliseconds of the processor in each round
+    double seconds = 0;             ///< of the processor in all rounds
+    quint32 pictures = 0;
+    int paints = 0;
+    int most = 0; ///< paints in a second
+};
+
+void addRound(Share &share, PaintWatch &watch, int duration)
+{
+    watch.awaitPicture();
+    turnEventLoop(kSettlingMs);
+    const auto from = watch.stamp();
+    const int paintsStart = watch.paints();
+    const double start = seconds(CLOCK_PROCESS_CPUTIME_ID);
+    for (int second = 0; second < duration; ++second) {
+        const int before = watch.paints();
+        turnEventLoop(1000);
+        share.most = qMax(share.most, watch.paints() - before);
+    }
+    const double time = seconds(CLOCK_PROCESS_CPUTIME_ID) - start;
+    const auto to = watch.stamp();
+    if (!from || !to || to->number == from->number)
+        qFatal("the stream has ended");
+    const quint32 pictures = to->number - from->number;
+    share.perPicture.push_back(1000 * time / pictures);
+    share.seconds += time;
+    share.pictures += pictures;
+    share.paints += watch.paints() - paintsStart;
+}
+
+void printShare(const char *who, const Share &share)
+{
+    std::printf("    %s: %.2f s, %u pictures, %d paints; %.3f ms a picture, rounds", who,
+                share.seconds, share.pictures, share.paints, median(share.perPicture));
+    for (const double round : share.perPicture)
+        std::printf(" %.3f", round);
+    std::printf("\n");
+}
+
+/// In turn, so that neither disturbs the other.
 void reportProcessor(StreamPlayer &player, int duration)
 {
-    player.play();
-    player.awaitPicture();
-    QProcess command;
-    command.start("ffmpeg", ffmpegArguments({}, player.url(), {"-f", "null", "-"}));
-    clockid_t commandClock = 0;
-    if (!command.waitForStarted() || clock_getcpuclockid(pid_t(command.processId()), &commandClock))
-        qFatal("the ffmpeg command doesn't start");
-    turnEventLoop(kSettlingMs);
-
-    const auto from = player.watch().stamp();
-    const double ownStart = seconds(CLOCK_PROCESS_CPUTIME_ID);
-    const double commandStart = seconds(commandClock);
-    const int paintsStart = player.watch().paints();
-    int most = 0;
-    for (int second = 0; second < duration; ++second) {
-        const int before = player.watch().paints();
-        turnEventLoop(1000);
-        most = qMax(most, player.watch().paints() - before);
+    const int roundSeconds = qMax(1, duration / kShareRounds);
+    Share own, bare;
+    QSize size;
+    for (int round = 0; round < kShareRounds; ++round) {
+        player.play();
+        size = player.surface()->size();
+        addRound(own, player.watch(), roundSeconds);
+        player.stop();
+        addRound(bare, BarePlayer(player.url(), size).watch(), roundSeconds);
+        StreamPlayer::awaitServer();
     }
-    const double own = seconds(CLOCK_PROCESS_CPUTIME_ID) - ownStart;
-    const double other = seconds(commandClock) - commandStart;
-    const int paints = player.watch().paints() - paintsStart;
-    const auto to = player.watch().stamp();
-    if (command.state() != QProcess::Running || !from || !to)
-        qFatal("the stream has ended");
-    std::printf(
-        "processor: %.2f s in %d s, ffmpeg %.2f s, %.2f x (limit 1.35); %u pictures on %d x "
-        "%d pixels\n",
-        own, duration, other, own / other, to->number - from->number, player.surface()->width(),
-        player.surface()->height());
+    const double ratio = median(own.perPicture) / median(bare.perPicture);
+    std::printf("processor: %.2f x a bare thread (limit 1.1), %d x %d pixels\n", ratio,
+                size.width(), size.height());
+    printShare("program", own);
+    printShare("bare thread", bare);
     std::printf("paints: %.1f in a second, in the busiest %d (limit 20)\n",
-                double(paints) / duration, most);
-    player.stop();
-    command.kill();
-    command.waitForFinished();
+                double(own.paints) / (kShareRounds * roundSeconds), own.most);
 }
 
 /// Adds the milliseconds from each picture's sending to its painting. Reading a picture back costs
@@ -122,20 +163,6 @@ void collectDelays(PaintWatch &watch, int milliseconds, std::vector<double> &del
     watch.painted = nullptr;
 }
 
-void collectBareDelays(const QString &url, const QSize &size, int milliseconds,
-                       std::vector<double> &delays)
-{
-    BareScreen screen;
-    PaintWatch watch;
-    BareDecoder decoder(url);
-    screen.setFixedSize(size);
-    screen.show();
-    watch.follow(&screen);
-    QObject::connect(&decoder, &BareDecoder::decoded, &screen, &BareScreen::take);
-    decoder.start();
-    collectDelays(watch, milliseconds, delays);
-}
-
 void reportDelay(StreamPlayer &player, int duration)
 {
     const int milliseconds = duration * 1000 / (2 * kDelayRounds);
@@ -145,7 +172,7 @@ void reportDelay(StreamPlayer &player, int duration)
         const QSize size = player.surface()->size();
         collectDelays(player.watch(), milliseconds, own);
         player.stop();
-        collectBareDelays(player.url(), size, milliseconds, bare);
+        collectDelays(BarePlayer(player.url(), size).watch(), milliseconds, bare);
         StreamPlayer::awaitServer();
     }
     if (own.empty() || bare.empty())
@@ -163,7 +190,7 @@ int main(int argc, char *argv[])
     QApplication application(argc, argv);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
     const int duration = argc > 1 ? QByteArray(argv[1]).toInt() : 60;
-    const int presses = argc > 2 ? QByteArray(argv[2]).toInt() : 15;
+    const int presses = qMax(1, argc > 2 ? QByteArray(argv[2]).toInt() : 15);
 
     PodProcess pod({"--rtsp", "0", "--rtsp-stamp"});
     StreamPlayer player(pod);

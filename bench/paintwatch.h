@@ -28,6 +28,26 @@ public:
         widget->window()->installEventFilter(this);
     }
 
+    /// When the first picture that was sent after that moment of `stampClock` was on the screen.
+    qint64 awaitPicture(quint32 sentAfter = 0)
+    {
+        constexpr int kLimitMs = 30000;
+        QEventLoop loop;
+        qint64 time = 0;
+        painted = [&] {
+            const qint64 moment = now();
+            const auto shown = stamp();
+            if (!shown || (sentAfter && qint32(shown->milliseconds - sentAfter) <= 0))
+                return;
+            time = moment;
+            loop.quit();
+        };
+        QTimer::singleShot(kLimitMs, &loop, [] { qFatal("no picture came"); });
+        loop.exec();
+        painted = nullptr;
+        return time;
+    }
+
     /// Time and number that the widget's picture shows. Costs a picture's drawing.
     std::optional<podsim::PictureStamp> stamp()
     {

@@ -29,26 +29,6 @@ public:
         m_watch.follow(surface());
     }
 
-    /// When the first picture that was sent after that moment of `stampClock` was on the screen.
-    qint64 awaitPicture(quint32 sentAfter = 0)
-    {
-        constexpr int kLimitMs = 30000;
-        QEventLoop loop;
-        qint64 time = 0;
-        m_watch.painted = [&] {
-            const qint64 moment = now();
-            const auto stamp = m_watch.stamp();
-            if (!stamp || (sentAfter && qint32(stamp->milliseconds - sentAfter) <= 0))
-                return;
-            time = moment;
-            loop.quit();
-        };
-        QTimer::singleShot(kLimitMs, &loop, [] { qFatal("no picture came"); });
-        loop.exec();
-        m_watch.painted = nullptr;
-        return time;
-    }
-
     /// Takes the surface away, and waits until its thread has ended.
     void stop()
     {
