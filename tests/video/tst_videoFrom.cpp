@@ -34,6 +34,8 @@ private slots:
     void rubberBand_data();
     void rubberBand();
     void picturesPassTheGate();
+    void picturesFillTheSurface_data();
+    void picturesFillTheSurface();
     void anEmptyPictureFreezes();
 
 private:
@@ -302,6 +304,63 @@ void tst_videoFrom::picturesPassTheGate()
     QTest::qWait(60);
     surface->slotGetOneFrame(plain(Qt::blue));
     QCOMPARE(colour(), QColor(Qt::blue));
+}
+
+/// A picture whose left and right half have the colours.
+static QImage halves(const QSize &size, QImage::Format format, QRgb left, QRgb right)
+{
+    QImage image(size, format);
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x)
+            image.setPixel(x, y, x < size.width() / 2 ? left : right);
+    return image;
+}
+
+void tst_videoFrom::picturesFillTheSurface_data()
+{
+    QTest::addColumn<QImage>("picture");
+    QTest::addColumn<QString>("colours"); // at 0, 799, 800 and 1599 of the surface's 1600 pixels
+    constexpr QImage::Format kOpaque = QImage::Format_RGB32;
+    const QString whole = "#ff0000 #ff0000 #0000ff #0000ff";
+    QTest::newRow("larger") << halves({2000, 1200}, kOpaque, 0xffff0000, 0xff0000ff) << whole;
+    QTest::newRow("smaller, another shape")
+        << halves({2, 8}, kOpaque, 0xffff0000, 0xff0000ff) << whole;
+    QTest::newRow("the surface's size")
+        << halves({1600, 900}, kOpaque, 0xffff0000, 0xff0000ff) << whole;
+    QTest::newRow("seen through") << halves({4, 2}, QImage::Format_ARGB32, 0, 0xffffffff)
+                                  << "#000000 #000000 #ffffff #ffffff";
+}
+
+/// Each after a green one, of which nothing stays; until the next, one that the surface has
+/// outgrown stands on black.
+void tst_videoFrom::picturesFillTheSurface()
+{
+    QFETCH(QImage, picture);
+    QGlobal::instance()->ffmpegEngine = true;
+    openPlaying();
+    VLCWidget *surface = m_bench->surface();
+    const auto colours = [&](std::initializer_list<int> places) {
+        QImage seen(surface->size(), QImage::Format_RGB32);
+        seen.fill(Qt::magenta); // shows through where nothing is painted
+        surface->render(&seen);
+        QStringList names;
+        for (const int x : places)
+            names << seen.pixelColor(x, 450).name();
+        return names.join(' ');
+    };
+    const QImage original = picture.copy();
+    for (const QImage &next : {plain(Qt::green), picture}) {
+        QTest::qWait(60);
+        surface->slotGetOneFrame(next);
+    }
+    QTEST(colours({0, 799, 800, 1599}), "colours");
+    m_bench->setArea(1760, 990);
+    QTEST(colours({80, 879, 880, 1679}), "colours");
+    QCOMPARE(colours({0, 79, 1680, 1759}), QString("#000000 #000000 #000000 #000000"));
+    QTest::qWait(60);
+    surface->slotGetOneFrame(plain(Qt::green));
+    QCOMPARE(colours({0, 1759}), QString("#00ff00 #00ff00"));
+    QCOMPARE(picture, original); // its pixels are the decoder's
 }
 
 void tst_videoFrom::anEmptyPictureFreezes()
