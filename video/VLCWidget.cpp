@@ -135,6 +135,8 @@ bool VLCWidget::open()
 
 bool VLCWidget::openCodec()
 {
+    // The pictures cover all of it: the window's ground needn't be painted below each of them.
+    setAttribute(Qt::WA_OpaquePaintEvent);
     m_codec = new VideoCodec(m_url, QStringLiteral("tcp"), true);
     connect(m_codec, &VideoCodec::sig_GetOneFrame, this, &VLCWidget::slotGetOneFrame);
     m_codec->startDecoding();
