@@ -267,9 +267,8 @@ void VLCWidget::paintEvent(QPaintEvent *)
     QPainter painter(this);
     if (!QGlobal::instance()->ffmpegEngine)
         return;
-    painter.setBrush(QColor(QStringLiteral("#000000")));
-    painter.setPen(QColor(QStringLiteral("#000000")));
-    painter.drawRect(0, 0, width(), height());
+    if (m_image.size() != size() || m_image.hasAlphaChannel())
+        painter.fillRect(rect(), Qt::black);
     painter.drawImage((width() - m_image.width()) / 2, (height() - m_image.height()) / 2, m_image);
     if (m_dragging && m_owner && m_owner->rectangleMode())
         paintRubberBand(painter);
