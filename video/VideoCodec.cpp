@@ -1,7 +1,6 @@
 #include "video/VideoCodec.h"
 
 #include <QCoreApplication>
-#include <QTime>
 
 #include <algorithm>
 #include <cstdio>
@@ -12,8 +11,7 @@ namespace {
 constexpr AVPixelFormat kPictureFormat = AV_PIX_FMT_BGRA; // the bytes of QImage::Format_RGB32
 constexpr int kUnpadded = 1;
 constexpr unsigned long kRetrySeconds = 1;
-constexpr int kPauseMs = 1;
-constexpr unsigned long kPauseSliceUs = 500;
+constexpr unsigned long kPauseMs = 1;
 constexpr int kDeepest = 1000; // calls of some 200 bytes each; the smallest stack has a megabyte
 constexpr qint64 kAnalyzeMicroseconds = 5000000;
 
@@ -23,16 +21,12 @@ bool fails(const char *message)
     return false;
 }
 
-/// Lets the events of this thread in for a moment.
+/// Gives the GUI thread time for the picture, and then lets the events in that have come meanwhile.
+/// One sleep: it isn't the pause that costs, but each waking up.
 void pause()
 {
-    const QTime entry = QTime::currentTime();
-    const QTime end = entry.addMSecs(kPauseMs);
-    // Past midnight, or with the clock set back, the end would be far away.
-    for (QTime now = entry; now >= entry && now < end; now = QTime::currentTime()) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, kPauseMs);
-        QThread::usleep(kPauseSliceUs); // without it a tenth of a core goes into asking the time
-    }
+    QThread::msleep(kPauseMs);
+    QCoreApplication::processEvents(QEventLoop::AllEvents, int(kPauseMs));
 }
 
 } // namespace
