@@ -164,6 +164,10 @@ dataPacketAnalysis::dataPacketAnalysis(QWidget *parent) : QWidget(parent)
     // The rule of this field doesn't accept its initial "0", so that the field's own return signal
     // never fires for it.
     ui.lineEdit93->installEventFilter(this);
+    // The style fills them all over, but doesn't say so: what lies below, window and host included,
+    // would be painted before each field that has changed.
+    for (QWidget *contents : {ui.scrollContents_Host, ui.scrollContents_Gcu})
+        contents->setAttribute(Qt::WA_OpaquePaintEvent, contents->palette().window().isOpaque());
     setFixedSizes();
 }
 
