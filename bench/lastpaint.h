@@ -29,9 +29,10 @@ private:
     qint64 m_time = 0;
 };
 
-/// Milliseconds from the beginning of a step to its end, or to the last painting of the window that
-/// follows from it.
-inline double paintedAfter(QWidget &window, const std::function<void()> &step)
+/// Milliseconds from the beginning of a step to the last painting of the window that follows from
+/// it; to its own end where there is nothing to paint.
+inline double paintedAfter(QWidget &window, const std::function<void()> &step,
+                           bool mustPaint = true)
 {
     constexpr int kQuietMs = 200;
     window.raise();
@@ -41,5 +42,7 @@ inline double paintedAfter(QWidget &window, const std::function<void()> &step)
     step();
     const qint64 end = now();
     turnEventLoop(kQuietMs);
+    if (mustPaint && paint.time() == 0)
+        qFatal("nothing was painted");
     return double(std::max(end, paint.time()) - start) * 1e-6;
 }
