@@ -1,4 +1,4 @@
-#include "protocol/codec.h"
+#include "tests/check/podframes.h"
 #include "tests/support/strictmain.h"
 #include "tools/check/cases.h"
 #include "tools/check/cyclestats.h"
@@ -9,24 +9,6 @@
 using namespace check;
 
 namespace {
-
-/// A GCU frame with that feedback in digits.
-QByteArray answerWith(const QByteArray &feedback)
-{
-    const QByteArray area = QByteArray::fromHex(feedback);
-    QByteArray frame = QByteArray::fromHex("8A5E") + char(71 + area.size()) + '\0' + '\x01';
-    frame += QByteArray(64, '\0') + area;
-    appendCrc(frame);
-    return frame;
-}
-
-QByteArray hostWith(const QByteArray &area)
-{
-    QByteArray frame = QByteArray::fromHex("A8E5") + char(71 + area.size() / 2) + '\0' + '\x01';
-    frame += QByteArray(64, '\0') + QByteArray::fromHex(area);
-    appendCrc(frame);
-    return frame;
-}
 
 /// What a word of a session stands for: `s24` a sent command, `a24` its answer, `a` an answer
 /// without feedback, `crc`, `long` and `noise` what isn't an answer.
@@ -44,15 +26,6 @@ wire::Record recordOf(const QByteArray &word, qint64 time)
     if (word == "long")
         record.bytes[2] = 72;
     return record;
-}
-
-/// A file with one case, whose steps are given.
-QByteArray fileWith(const QByteArray &steps, const QByteArray &more = {})
-{
-    return R"({"group": "g", "title": {"zh": "组", "en": "group"}, )" + more +
-           R"("reason": {"zh": "因", "en": "why"}, "cases": [{"id": "c",)"
-           R"( "name": {"zh": "名", "en": "name"}, "steps": )" +
-           steps + "}]}";
 }
 
 } // namespace

@@ -81,7 +81,9 @@ private slots:
     void commandLine_data();
     void commandLine();
     void nothingGoesOutUnasked();
+    void stopped_data();
     void stopped();
+    void nohup();
     void cutLink();
     void numbersOfTheRecording();
     void badPods_data();
@@ -182,23 +184,48 @@ void tst_nacelle_check::nothingGoesOutUnasked()
         QVERIFY2(!pod.output().contains("command 0x" + code), code);
 }
 
+void tst_nacelle_check::stopped_data()
+{
+    QTest::addColumn<QVector<int>>("sent");
+    QTest::newRow("Ctrl+C") << QVector<int>{SIGINT};
+    QTest::newRow("Ctrl+C twice") << QVector<int>{SIGINT, SIGINT};
+    QTest::newRow("the terminal is closed") << QVector<int>{SIGHUP};
+    QTest::newRow("by a script, then the terminal") << QVector<int>{SIGTERM, SIGHUP};
+}
+
 void tst_nacelle_check::stopped()
 {
+    QFETCH(QVector<int>, sent);
     PodProcess pod({"--tcp", "0"});
     QVERIFY(pod.awaitLine("listening"));
     const QString json = file("stopped.json");
+    QFile::remove(json);
     ToolRun check(kCheck, {QStringLiteral("tcp://127.0.0.1:%1").arg(pod.port("tcp")), "--group",
                            "motion", "--motion", "--json", json, "--report", file("stopped.pdf"),
                            "--junit", file("stopped.xml")});
     QVERIFY(pod.awaitLine("mode 0x10"));
-    const Ended ended = check.stop(SIGINT);
+    for (const int signal : sent)
+        check.send(signal);
+    const Ended ended = check.end();
     QCOMPARE(ended.code, 1);
     QVERIFY(ended.error.contains("The pod will move") || ended.error.contains("吊舱将运动"));
+    QVERIFY(ended.error.contains("left in order") || ended.error.contains("正在恢复吊舱"));
     QCOMPARE(jsonIn(json).value("ending").toString(), QString("broken_off"));
     QVERIFY(QFile(file("stopped.pdf")).size() > 1000);
     QFile junit(file("stopped.xml"));
     QVERIFY(junit.open(QIODevice::ReadOnly) && junit.readAll().contains("<failure "));
     QVERIFY(pod.awaitLine("command 0x03 recentre: success"));
+}
+
+/// What nohup has started outlives its terminal.
+void tst_nacelle_check::nohup()
+{
+    PodProcess pod({"--tcp", "0"});
+    QVERIFY(pod.awaitLine("listening"));
+    ToolRun check("nohup", {kCheck, QStringLiteral("tcp://127.0.0.1:%1").arg(pod.port("tcp")),
+                            "--case", "motion.angles", "--motion"});
+    QVERIFY(pod.awaitLine("mode 0x10"));
+    QCOMPARE(check.stop(SIGHUP).code, 0);
 }
 
 void tst_nacelle_check::cutLink()

@@ -44,9 +44,11 @@ public:
 
     Ended stop(int signal = SIGTERM)
     {
-        sendSignal(m_process, signal);
+        send(signal);
         return end();
     }
+
+    void send(int signal) { sendSignal(m_process, signal); }
 
     /// Without a chance to write anything more.
     Ended kill()

@@ -112,15 +112,20 @@ LocalText unmet(const QVector<Condition> &conditions, const QByteArray &answer,
     return {};
 }
 
+char namedBy(const QByteArray &answer)
+{
+    const wire::Span area = wire::areaOf(wire::FrameKind::Gcu, answer.constData(), answer.size());
+    return area.size < 2 ? '\0' : answer[area.offset];
+}
+
 Acknowledged acknowledgementOf(const QByteArray &sent, const QByteArray &answer)
 {
     const char code = sent.size() > kFixedSize ? sent[kFixedSize] : '\0';
     if (code == '\0')
         return Acknowledged::Success;
-    const wire::Span area = wire::areaOf(wire::FrameKind::Gcu, answer.constData(), answer.size());
-    if (area.size < 2 || answer[area.offset] != code)
+    if (namedBy(answer) != code)
         return Acknowledged::Not;
-    const quint8 result = quint8(answer[area.offset + 1]);
+    const quint8 result = quint8(answer[kFixedSize + 1]);
     return result == 0   ? Acknowledged::Success
            : result == 1 ? Acknowledged::Failure
                          : Acknowledged::Executing;

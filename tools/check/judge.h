@@ -24,6 +24,9 @@ LocalText unmet(const QVector<Condition> &conditions, const QByteArray &answer,
 enum class Acknowledged : quint8 { Not, Executing, Success, Failure };
 Acknowledged acknowledgementOf(const QByteArray &sent, const QByteArray &answer);
 
+/// The command that a good answer names; 0 for none.
+char namedBy(const QByteArray &answer);
+
 /// "<= 40", ">= 1", "29 … 31", or nothing.
 QString limitText(double least, double most);
 

@@ -12,7 +12,6 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 
-#include <csignal>
 #include <cstdio>
 
 namespace check {
@@ -144,13 +143,6 @@ SessionResult run(const Options &options, PodLine &line)
     return result;
 }
 
-void stopOnce(PodLine &line)
-{
-    line.stop();
-    std::signal(SIGINT, SIG_DFL); // the next one ends the program as it is
-    std::signal(SIGTERM, SIG_DFL);
-}
-
 int check(const Options &options)
 {
     QString error;
@@ -159,7 +151,7 @@ int check(const Options &options)
     PodLine line(options.address);
     Tape tape(options, line);
     const StopSignal stop;
-    QObject::connect(&stop, &StopSignal::stopped, &line, [&line] { stopOnce(line); });
+    QObject::connect(&stop, &StopSignal::stopped, &line, &PodLine::stop);
     if (!line.open())
         return line.isStopped() ? complain(QStringLiteral("broken off"))
                                 : complain(line.reason(), kExitNoLink);

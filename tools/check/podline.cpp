@@ -23,13 +23,19 @@ PodLine::PodLine(const wire::LinkAddress &address)
         m_isOpen = true;
         m_loop.quit();
     });
+    connect(m_link.get(), &wire::Link::left, this, [this] {
+        lose(m_link->address().text + QStringLiteral(": the pod has closed the connection"));
+    });
     connect(m_link.get(), &wire::Link::received, this,
             [this](const QByteArray &bytes) { m_cutter.push(bytes); });
-    connect(m_link.get(), &wire::Link::closed, this, [this](const QString &reason) {
-        m_isLost = true;
-        m_reason = reason;
-        m_loop.quit();
-    });
+    connect(m_link.get(), &wire::Link::closed, this, &PodLine::lose);
+}
+
+void PodLine::lose(const QString &reason)
+{
+    m_reason = m_isLost ? m_reason : reason;
+    m_isLost = true;
+    m_loop.quit();
 }
 
 PodLine::~PodLine()
@@ -53,11 +59,11 @@ bool PodLine::open()
 wire::Record PodLine::send(const QByteArray &bytes)
 {
     const wire::Record record{now(), wire::Direction::Tx, bytes};
-    if (!m_link->send(bytes) && !m_isLost) {
-        m_isLost = true;
-        m_reason = m_link->address().text + QStringLiteral(": nobody takes the frames");
-    }
-    if (tap)
+    if (!m_isLost && !m_link->send(bytes))
+        lose(m_link->address().text + QStringLiteral(": nobody takes the frames"));
+    else if (m_link->unsent() > wire::kMuchUnsent)
+        lose(m_link->address().text + QStringLiteral(": the pod doesn't read"));
+    if (tap && !m_isLost)
         tap(record);
     return record;
 }

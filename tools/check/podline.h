@@ -25,7 +25,8 @@ public:
 
     /// False, with `reason` set, where the pod can't be reached.
     bool open();
-    /// Writes at once. The record of what went out, with the time before it went.
+    /// Writes at once. The record of what went out, with the time before it went; of a pod that
+    /// takes nothing any more the line is lost.
     wire::Record send(const QByteArray &bytes);
     /// Turns the loop until `take` returns true, or that moment comes, or the line can't be used
     /// any more. True when `take` said so.
@@ -48,6 +49,7 @@ public:
 
 private:
     void take(const wire::Record &record);
+    void lose(const QString &reason);
 
     const wire::WireClock m_clock;
     std::unique_ptr<wire::Link> m_link;

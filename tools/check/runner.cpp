@@ -10,7 +10,6 @@ namespace {
 
 constexpr qint64 kQuietTime = 120000; // microseconds, after which nothing more is on its way
 constexpr qint64 kQuietLimit = 3000000;
-constexpr qint64 kLeaveTime = 2000000;
 constexpr int kVersionOffset = 4;
 constexpr int kHardwareOffset = 38;
 
@@ -59,35 +58,6 @@ void Runner::runGroup(const Group &group, SessionResult &result)
         result.cases.append(done);
     }
     leaveInOrder(group, result);
-}
-
-/// The last steps of a group go out also when the user has stopped it in the middle, or stops it
-/// while they do. What the pod didn't take of them fails.
-void Runner::leaveInOrder(const Group &group, SessionResult &result)
-{
-    if (m_effects == kStill || m_line.isLost())
-        return;
-    bool wasStopped = m_line.isStopped();
-    for (Step step : group.after) {
-        m_line.resume();
-        step.time = qMin(step.time, kLeaveTime);
-        const Outcome outcome = runStep(step);
-        wasStopped = wasStopped || m_line.isStopped();
-        if (outcome.judgement != Judgement::Failed || m_line.isStopped())
-            continue;
-        CaseResult left;
-        left.id = group.id + QStringLiteral(".after");
-        left.group = group.id;
-        left.name = {QStringLiteral("结束时恢复吊舱"), QStringLiteral("the pod is left in order")};
-        left.reason = group.warning;
-        left.judgement = Judgement::Failed;
-        left.why = outcome.why;
-        left.evidence = outcome.evidence;
-        m_watcher.caseEnds(left);
-        result.cases.append(left);
-    }
-    if (wasStopped)
-        m_line.stop();
 }
 
 /// Why a case can't be judged, as far as that is known before.
@@ -185,19 +155,20 @@ Outcome Runner::broken() const
             {}};
 }
 
-/// Waits until nothing more comes of what was asked before.
+/// Waits until nothing more comes of what was asked before. What a pod that talks sends has no end,
+/// so that there all is waited for that may be on its way.
 void Runner::settle()
 {
-    m_isTalkative = false;
-    const qint64 limit = m_line.now() + kQuietLimit + m_slowest;
+    const qint64 quiet = kQuietTime + m_slowest;
+    const qint64 limit = m_line.now() + (m_isTalkative ? quiet : kQuietLimit + m_slowest);
     const PodLine::Take any = [this](const wire::Record &record) {
         noteAnswer(record);
         return true;
     };
     while (m_line.isUsable() && m_line.now() < limit)
-        if (!m_line.listen(m_line.now() + kQuietTime + m_slowest, any))
+        if (!m_line.listen(m_line.now() + quiet, any))
             return;
-    m_isTalkative = m_line.isUsable();
+    m_isTalkative = m_isTalkative || m_line.isUsable();
 }
 
 void Runner::noteAnswer(const wire::Record &record)
@@ -205,6 +176,9 @@ void Runner::noteAnswer(const wire::Record &record)
     if (!isGoodAnswer(record))
         return;
     m_answer = record;
+    const int named = quint8(namedBy(record.bytes));
+    if (named != 0 || m_named < 0)
+        m_named = named;
     if (m_versions.areKnown)
         return;
     const QByteArray &bytes = record.bytes;

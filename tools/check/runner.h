@@ -19,6 +19,9 @@ struct Plan
     double minutes = 0;      ///< of the measures that have no cycles
 };
 
+/// Frames that do nothing to a pod: one of them is asked between two of one command.
+QVector<QByteArray> framesBetween();
+
 /// The cycles of a measure in a plan.
 qint64 cyclesOf(const Plan &plan, const Measure &measure);
 
@@ -32,6 +35,9 @@ public:
     /// A long step has come so far.
     virtual void progress(qint64 done, qint64 whole) = 0;
     virtual void caseEnds(const CaseResult &result) = 0;
+    /// The user has stopped it: what leaves the pod in order has gone out, its answers are waited
+    /// for.
+    virtual void leaves() {}
 };
 
 /// How a step, or a case, ended.
@@ -53,6 +59,8 @@ public:
 private:
     void runGroup(const Group &group, SessionResult &result);
     void leaveInOrder(const Group &group, SessionResult &result);
+    CaseResult left(const Group &group, bool &isStopped);
+    Outcome unanswered() const;
     CaseResult runCase(const Case &each);
     Outcome attempt(const Case &each);
     Outcome attempts(const Case &each, int &count);
@@ -63,6 +71,9 @@ private:
 
     Outcome runStep(const Step &step);
     Outcome ask(const Step &step);
+    Outcome asked(const Step &step);
+    Outcome forget(char code);
+    bool namesOther(const QByteArray &frame, char code);
     Outcome send(const Step &step);
     Outcome answer(const Step &step);
     Outcome quiet(const Step &step);
@@ -90,11 +101,12 @@ private:
     QVector<Figure> m_figures; ///< of the case that runs
     wire::Record m_sent;       ///< the newest
     wire::Record m_answer;     ///< the newest good one
+    int m_named = -1; ///< the command that the pod has named last; below 0 before any answer
     Versions m_versions;
     const Case *m_essentialCase = nullptr; ///< the newest
     LocalText m_essential;                 ///< why nothing more can be judged
     qint64 m_slowest = 0;                  ///< microseconds that an answer has taken so far
-    bool m_isTalkative = false;            ///< the pod sends without being asked
+    bool m_isTalkative = false; ///< the pod sends without being asked, as has been heard so far
     int m_sentInStep = 0;
     quint8 m_effects = kStill; ///< of what the group has sent
 };

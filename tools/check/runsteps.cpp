@@ -13,6 +13,7 @@ constexpr qint64 kLastAnswers = 1000000; // microseconds in which the last answe
 constexpr qint64 kQuietTime = 120000;    // microseconds for what is still on its way
 constexpr qint64 kPieceGap = 2000;       // microseconds between the pieces of a split frame
 constexpr qint64 kSlowestBelieved = 2000000;
+constexpr qint64 kForgetTime = 500000;
 constexpr double kMinute = 60e6;    // microseconds
 constexpr double kLeastShare = 0.5; // of the frames of a step that are answered
 
@@ -38,9 +39,15 @@ QByteArray idleFrame()
     return wire::composePairs(wire::FrameKind::Host, {}).record.bytes;
 }
 
+/// The command of a host frame; 0 for none.
+char codeOf(const QByteArray &frame)
+{
+    return frame.size() > kFixedSize + kCrcSize ? frame[kFixedSize] : '\0';
+}
+
 bool isIdle(const QByteArray &frame)
 {
-    return frame.size() <= kFixedSize || frame[kFixedSize] == '\0';
+    return codeOf(frame) == '\0';
 }
 
 LocalText noneWithin(qint64 microseconds)
@@ -84,6 +91,17 @@ LocalText notAcknowledged(Acknowledged acknowledged, qint64 time)
 
 } // namespace
 
+QVector<QByteArray> framesBetween()
+{
+    QVector<QByteArray> frames;
+    for (const char *words : {"command=zoom_stop camera=1", "command=recognition state=0",
+                              "command=image_flip state=0"})
+        frames.append(
+            wire::composePairs(wire::FrameKind::Host, QString::fromLatin1(words).split(' '))
+                .record.bytes);
+    return frames;
+}
+
 Outcome Runner::runStep(const Step &step)
 {
     static constexpr Outcome (Runner::*kSteps[])(const Step &) = {
@@ -120,6 +138,12 @@ Outcome Runner::ask(const Step &step)
 {
     if (!m_sent.bytes.isEmpty())
         settle(); // else an answer to what was asked before would do
+    const Outcome forgotten = forget(codeOf(step.writes.front()));
+    return forgotten.judgement == Judgement::Passed ? asked(step) : forgotten;
+}
+
+Outcome Runner::asked(const Step &step)
+{
     const QByteArray &frame = step.writes.front();
     const qint64 begin = m_line.now();
     Acknowledged acknowledged = Acknowledged::Not;
@@ -139,9 +163,41 @@ Outcome Runner::ask(const Step &step)
         return failed(noneWithin(step.time));
     if (m_isTalkative && isIdle(frame))
         return talks();
-    if (!isWanted(step.wanted, acknowledged))
-        return failed(notAcknowledged(acknowledged, step.time));
-    return met(step);
+    return isWanted(step.wanted, acknowledged) ? met(step)
+                                               : failed(notAcknowledged(acknowledged, step.time));
+}
+
+/// A pod may go on naming what it has done last, so that it would acknowledge the same command
+/// without taking it. So another one is asked until the pod names that; a pod that names nothing
+/// has nothing to forget.
+Outcome Runner::forget(char code)
+{
+    if (code == '\0' || (m_named >= 0 && m_named != quint8(code)))
+        return {};
+    for (const QByteArray &frame : framesBetween()) {
+        if (codeOf(frame) == code)
+            continue;
+        if (namesOther(frame, code))
+            return {};
+        if (m_named != quint8(code))
+            return {}; // nothing, or none
+    }
+    return failed({QStringLiteral("吊舱只重复对上一命令的确认"),
+                   QStringLiteral("the pod only repeats what it said of the command before")});
+}
+
+/// Asks for that frame's command until an answer names another one than `code`. Afterwards
+/// `m_named` is the command named last meanwhile.
+bool Runner::namesOther(const QByteArray &frame, char code)
+{
+    Step other;
+    other.writes = {frame};
+    other.time = kForgetTime + m_slowest;
+    m_named = -1;
+    return sendUntil(other, [&](const wire::Record &record) {
+        noteAnswer(record);
+        return m_named > 0 && m_named != quint8(code);
+    });
 }
 
 /// Whether the newest answer meets a step's conditions.

@@ -110,6 +110,15 @@ bool usesMeasure(const Plan &plan, const Measure &measure)
     return false;
 }
 
+/// What goes out beside the frames of the cases, wherever one asks for a command.
+void listFramesBetween(wire::Language language)
+{
+    say(language == wire::Language::Chinese ? QStringLiteral("同一命令的两次询问之间：")
+                                            : QStringLiteral("between two of one command:"));
+    for (const QByteArray &frame : framesBetween())
+        listFrame(frame, QStringLiteral("n x"));
+}
+
 } // namespace
 
 bool isInputTerminal()
@@ -173,6 +182,15 @@ void Terminal::caseEnds(const CaseResult &result)
     std::fflush(stdout);
 }
 
+void Terminal::leaves()
+{
+    clear();
+    writeLine(stderr, m_language == wire::Language::Chinese
+                          ? QStringLiteral("正在恢复吊舱；再按一次则不等待其应答。")
+                          : QStringLiteral("The pod is being left in order; another press doesn't "
+                                           "wait for its answers."));
+}
+
 void Terminal::sessionEnds(const SessionResult &result)
 {
     const Judgement judgement = result.isPassed() ? Judgement::Passed : Judgement::Failed;
@@ -187,6 +205,7 @@ void Terminal::sessionEnds(const SessionResult &result)
 
 void listFrames(const Plan &plan, wire::Language language)
 {
+    listFramesBetween(language);
     for (const Group &group : plan.measured)
         for (const Measure &measure : group.measures) {
             if (!usesMeasure(plan, measure))

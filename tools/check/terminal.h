@@ -17,6 +17,7 @@ public:
     void caseBegins(const Case &each) override;
     void progress(qint64 done, qint64 whole) override;
     void caseEnds(const CaseResult &result) override;
+    void leaves() override;
     void sessionEnds(const SessionResult &result);
 
 private:

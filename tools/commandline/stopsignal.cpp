@@ -21,6 +21,20 @@ extern "C" void passOn(int)
     errno = saved;
 }
 
+void passSignal(int signal)
+{
+    struct sigaction action = {};
+    action.sa_handler = passOn;
+    action.sa_flags = SA_RESTART;
+    sigaction(signal, &action, nullptr);
+}
+
+bool isIgnored(int signal)
+{
+    struct sigaction action = {};
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 } // namespace
 
 StopSignal::StopSignal()
@@ -28,15 +42,15 @@ StopSignal::StopSignal()
     if (pipe(stopPipe.data()) != 0)
         return;
     auto *notifier = new QSocketNotifier(stopPipe[0], QSocketNotifier::Read, this);
-    connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
-        notifier->setEnabled(false);
-        emit stopped();
+    connect(notifier, &QSocketNotifier::activated, this, [this] {
+        char bytes[16];
+        if (read(stopPipe[0], bytes, sizeof bytes) > 0)
+            emit stopped();
     });
     m_listener = notifier;
-    struct sigaction action = {};
-    action.sa_handler = passOn;
-    action.sa_flags = SA_RESTART;
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    passSignal(SIGINT);
+    passSignal(SIGTERM);
+    if (!isIgnored(SIGHUP)) // else nohup's wish would be overruled
+        passSignal(SIGHUP);
     std::signal(SIGPIPE, SIG_IGN);
 }

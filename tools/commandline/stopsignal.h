@@ -2,9 +2,10 @@
 
 #include <QObject>
 
-/// Turns the wish that the program end into a Qt signal: SIGINT and SIGTERM, by a pipe to itself;
-/// on Windows Ctrl+C, a closed console and what QProcess::terminate sends. At most one at a time;
-/// lives in the main thread to the end of the program.
+/// Turns the wish that the program end into a Qt signal, as often as it is expressed: SIGINT,
+/// SIGTERM and SIGHUP (of a closed terminal), by a pipe to itself; on Windows Ctrl+C, a closed
+/// console, which leaves the program some 5 s, and what QProcess::terminate sends. At most one at a
+/// time; lives in the main thread to the end of the program.
 class StopSignal : public QObject
 {
     Q_OBJECT

@@ -29,10 +29,13 @@ private:
 
 std::atomic<StopSignal *> stopSignal{nullptr};
 
-/// On a thread of the system's own.
-BOOL WINAPI passOn(DWORD)
+/// On a thread of the system's own. Of a closed console, a logoff or a shutdown the return is the
+/// end of the program: as long as the handler stays the main thread has the system's few seconds.
+BOOL WINAPI passOn(DWORD event)
 {
     QMetaObject::invokeMethod(stopSignal, &StopSignal::stopped, Qt::QueuedConnection);
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
+        Sleep(INFINITE);
     return TRUE;
 }
 

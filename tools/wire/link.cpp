@@ -163,6 +163,7 @@ private:
             m_client = nullptr;
             socket->deleteLater();
             emit written(); // what waited for it is gone
+            emit left();
         });
         emit opened();
     }

@@ -55,6 +55,8 @@ signals:
     void received(const QByteArray &bytes);
     /// What waited to go out has become less.
     void written();
+    /// Of a link that listens: its client has gone, another one may come.
+    void left();
     /// What an operator should know, while the link goes on.
     void noticed(const QString &text);
     /// It couldn't be opened, or is lost.

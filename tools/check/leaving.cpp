@@ -1,0 +1,99 @@
+#include "tools/check/runner.h"
+
+// What a pod is left with once a group has done something to it.
+
+namespace check {
+
+namespace {
+
+constexpr qint64 kLeaveTime = 2000000; // microseconds for each acknowledgement
+constexpr qint64 kLeavePace = 30000;   // microseconds from frame to frame, which every pod keeps up
+
+/// A second one would undo it, and without the first answer nobody knows what it did.
+bool isToggle(const Step &step)
+{
+    return (effectsOf(step) & kRecords) != 0;
+}
+
+CaseResult rowOf(const Group &group)
+{
+    CaseResult row;
+    row.id = group.id + QStringLiteral(".after");
+    row.group = group.id;
+    row.name = {QStringLiteral("结束时恢复吊舱"), QStringLiteral("the pod is left in order")};
+    row.reason = group.warning;
+    row.judgement = Judgement::Passed;
+    return row;
+}
+
+} // namespace
+
+/// The last steps of a group go out at once, whatever is on its way, and are judged after that: a
+/// pod that talks, or is slow, would go on with what it does for seconds. A stop that comes before
+/// they have gone out is the first one, and cuts nothing short.
+void Runner::leaveInOrder(const Group &group, SessionResult &result)
+{
+    if (m_effects == kStill || group.after.isEmpty())
+        return;
+    bool isStopped = m_line.isStopped();
+    for (const Step &step : group.after) {
+        m_line.resume();
+        if (isToggle(step))
+            continue;
+        write(step.writes.front());
+        m_line.rest(m_line.now() + kLeavePace);
+        isStopped = isStopped || m_line.isStopped();
+    }
+    m_line.resume();
+    if (isStopped)
+        m_watcher.leaves();
+    const CaseResult row = left(group, isStopped);
+    if (isStopped)
+        m_line.stop();
+    if (row.judgement == Judgement::Passed)
+        return;
+    m_watcher.caseEnds(row);
+    result.cases.append(row);
+}
+
+/// Whether the pod has taken what it was left with: the first step that it hasn't taken.
+CaseResult Runner::left(const Group &group, bool &isStopped)
+{
+    CaseResult row = rowOf(group);
+    for (Step step : group.after) {
+        step.time = qMin(step.time, kLeaveTime) + m_slowest;
+        Outcome outcome = ask(step);
+        if (m_line.isStopped() && !isStopped) {
+            isStopped = true;
+            m_watcher.leaves();
+            m_line.resume();
+            outcome = ask(step);
+        }
+        if (!m_line.isUsable())
+            outcome = unanswered();
+        if (outcome.judgement == Judgement::Passed)
+            continue;
+        row.judgement = outcome.judgement;
+        row.why = outcome.why;
+        row.evidence = outcome.evidence;
+        break;
+    }
+    return row;
+}
+
+/// Why nobody knows what the pod was left with.
+Outcome Runner::unanswered() const
+{
+    if (m_line.isLost())
+        return {Judgement::Failed,
+                LocalText{QStringLiteral("链路中断，吊舱可能未恢复：%1"),
+                          QStringLiteral("the link was lost, the pod may be left as it was: %1")}
+                    .arg(m_line.reason()),
+                {}};
+    return {Judgement::NotJudged,
+            {QStringLiteral("恢复帧已发出，操作员未等待应答"),
+             QStringLiteral("the frames have gone out, the user didn't wait for the answers")},
+            {}};
+}
+
+} // namespace check
