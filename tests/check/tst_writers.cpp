@@ -66,8 +66,8 @@ SessionResult sample()
     made.cases[0].why = {QStringLiteral("没有测距仪"), QStringLiteral("no range finder")};
     made.series = {{"steady",
                     {"稳定", "steady run"},
-                    {5000, 1000, 4000, 2000, 3000},
-                    {30000, 33000, 31000, 32000}}};
+                    {{5000, 1000, 4000, 2000, 3000}, {5, 31, 94, 9062, 9093}},
+                    {{30000, 33000, 31000, 32000}, {31, 94, 9062, 9093}}}};
     return made;
 }
 
@@ -268,6 +268,7 @@ void tst_writers::json_data()
         QJsonObject{{"frame", "unknown"}, {"length", 3}, {"crc", "none"}, {"hex", "0102FF"}});
     row("series.0.answers_us", QJsonArray{5000, 1000, 4000, 2000, 3000});
     row("series.0.periods_us.1", 33000);
+    row("series.0.periods_at_ms.3", 9093);
 }
 
 void tst_writers::json()

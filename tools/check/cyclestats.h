@@ -1,17 +1,23 @@
 #pragma once
 
 #include "tools/check/localtext.h"
+#include "tools/check/times.h"
 #include "tools/wire/record.h"
 
 #include <QVector>
 
+#include <bitset>
 #include <vector>
 
 namespace check {
 
+/// What may be amiss with a record of a run.
+enum class Amiss : quint8 { Nothing, Doubled, Reordered, Checksum, Length, Noise };
+constexpr int kAmissKinds = 6;
+
 /// What a run of cycles comes to, counted as the frames go. Which frame an answer belongs to is
 /// found by the command that it acknowledges, in the order of sending; an answer that names none of
-/// those waiting belongs to the oldest.
+/// those that were sent belongs to the oldest.
 class CycleStats
 {
 public:
@@ -23,17 +29,19 @@ public:
 
     int sent = 0;
     int answers = 0; ///< good ones that belong to a frame
+    int unnamed = 0; ///< of these what belongs to one by its turn alone
     int doubled = 0; ///< good ones that belong to none
     int reordered = 0;
     int badChecksum = 0;
     int badLength = 0;
     qint64 noiseBytes = 0;
-    QVector<int> answerTimes; ///< microseconds
-    /// Microseconds between the answers to two frames in a row; of frames that this side sent too
-    /// early or too late for itself there are none.
-    QVector<int> periods;
-    /// The first records that weren't as they should be.
-    QVector<wire::Record> evidence;
+    Times answerTimes;
+    /// Between the answers to two frames in a row; of frames that this side sent too early or too
+    /// late for itself there are none.
+    Times periods;
+    int missedPeriods = 0; ///< since this side wasn't on time
+    /// The first records of each kind that weren't as they should be.
+    QVector<wire::Record> evidence[kAmissKinds];
 
     int lost() const;
 
@@ -44,21 +52,32 @@ private:
         quint8 code;
         qint64 time;
     };
+    enum class Place : quint8 { Waiting, Passed, Twice, Nowhere };
+    struct Match
+    {
+        Place place;
+        std::size_t at = 0;
+    };
+    Match match(quint8 code) const;
     void takeGood(const wire::Record &record);
-    bool takeLate(quint8 code, const wire::Record &record);
-    void takeBroken();
-    std::size_t waitingFor(quint8 code) const;
+    void takeBroken(const wire::Record &record);
+    Asked takeWaiting(std::size_t at);
+    Asked takePassed(std::size_t at);
     void settle(const Asked &asked, qint64 time);
-    void keep(const wire::Record &record);
+    void addPeriod(const Asked &asked, qint64 time);
+    int momentOf(qint64 time) const;
+    void keep(Amiss amiss, const wire::Record &record);
 
     std::vector<Asked> m_waiting; ///< in the order of sending
     std::vector<Asked> m_passed;  ///< overtaken by answers to later ones; some come after all
+    std::bitset<256> m_codes;     ///< sent so far
     int m_broken = 0;             ///< answered by a broken frame
-    bool isPunctual(const Asked &asked) const;
-
-    Asked m_last{-1, 0, 0}; ///< answered
-    int m_lastCode = -1;    ///< of the frame answered last
-    qint64 m_lastTime = 0;
+    Asked m_last{-1, 0, 0};       ///< answered
+    qint64 m_lastTime = 0;        ///< of the answer to it
+    int m_newest = -1;            ///< number of the newest frame that was answered
+    int m_heardCode = -1;         ///< of the newest frame that came, a broken one included
+    qint64 m_heardTime = 0;
+    qint64 m_begin = 0; ///< when the first frame was sent
 };
 
 /// A number of a run that cases can ask for.
@@ -68,8 +87,9 @@ struct FigureRow
     const char *zh;
     const char *en;
     const char *unit;
-    bool isOfAnswers;                 ///< says something of what answers what
-    int (*basis)(const CycleStats &); ///< how many things it is made of; of none it says nothing
+    bool isOfAnswers;                        ///< says something of what answers what
+    Amiss amiss;                             ///< what it counts
+    LocalText (*whyNot)(const CycleStats &); ///< why it says nothing, or nothing
     double (*of)(const CycleStats &);
 };
 

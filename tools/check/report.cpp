@@ -34,24 +34,13 @@ QRgb tintOf(QRgb colour)
     return colour == ink::kGood ? 0xFFE9F4EC : colour == ink::kBad ? 0xFFFBEBEA : 0xFFFBF3E3;
 }
 
-/// Where the times of a series stand on the axis of a run.
-struct RunAxis
+/// Seconds since the first frame of a run.
+QVector<double> placesOf(const Times &times)
 {
     QVector<double> places;
-    bool isTime = false; ///< seconds from the first answer; else the answers' numbers
-};
-
-/// For so many times. Answers without the periods between them have no time.
-RunAxis runAxis(const Series &series, int count)
-{
-    RunAxis axis;
-    axis.isTime = series.periods.size() + 1 >= count;
-    double sum = 0;
-    for (int i = 0; i < count; ++i) {
-        axis.places.append(axis.isTime ? sum / 1e6 : i + 1);
-        sum += i < series.periods.size() ? series.periods[i] : 0;
-    }
-    return axis;
+    for (const int moment : times.moments)
+        places.append(moment / 1000.0);
+    return places;
 }
 
 /// Puts a result on paper, from its title to the signatures.
@@ -253,31 +242,28 @@ private:
     }
 
     /// Histogram and run of times beside one another.
-    void addPlots(const QString &title, const QVector<int> &times, const RunAxis &axis,
-                  bool staysWithNext)
+    void addPlots(const QString &title, const Times &times, bool staysWithNext)
     {
         const PlotWords histogram = plotWords(title, QStringLiteral("ms"), say("次数", "count"));
-        const PlotWords run = plotWords(
-            title + say("：过程", " over the run"),
-            axis.isTime ? QStringLiteral("s") : say("第几次", "answer no."), QStringLiteral("ms"));
+        const PlotWords run = plotWords(title + say("：过程", " over the run"), QStringLiteral("s"),
+                                        QStringLiteral("ms"));
         m_paper.addDrawing(kPlotHeight, staysWithNext, [=](QPainter &painter, const QRectF &area) {
             const qreal width = area.width() * 0.47;
             const QSizeF size(width, area.height());
-            drawHistogram(painter, {area.topLeft(), size}, times, histogram);
-            drawRun(painter, {area.topRight() - QPointF(width, 0), size}, axis.places, times, run);
+            drawHistogram(painter, {area.topLeft(), size}, times.micros, histogram);
+            drawRun(painter, {area.topRight() - QPointF(width, 0), size}, placesOf(times),
+                    times.micros, run);
         });
     }
 
     void addSeries(const Series &series)
     {
-        if (series.answers.isEmpty() && series.periods.isEmpty())
+        if (series.answers.micros.isEmpty() && series.periods.micros.isEmpty())
             return;
         addHeading(say("时间：", "Times: ") + say(series.name));
-        addPlots(say("应答时间", "Answer time"), series.answers,
-                 runAxis(series, series.answers.size()), true);
+        addPlots(say("应答时间", "Answer time"), series.answers, true);
         m_paper.leave(4);
-        addPlots(say("应答周期", "Period"), series.periods, runAxis(series, series.periods.size()),
-                 false);
+        addPlots(say("应答周期", "Period"), series.periods, false);
     }
 
     void addFailures()

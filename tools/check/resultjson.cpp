@@ -19,7 +19,8 @@
 //                           evidence}], judgement "passed", "failed" or "not_judged", figures [{id,
 //                           name, value, unit, limit}], evidence the frames as `nacelle-wire decode
 //                           --json` has them
-//   series                  [{id, name, answers_us, periods_us}], lists of microseconds
+//   series                  [{id, name, answers_us, answers_at_ms, periods_us, periods_at_ms}],
+//                           lists of microseconds, and of milliseconds since the first frame
 // Titles, names, reasons and the like are {zh, en}.
 
 namespace check {
@@ -170,8 +171,10 @@ private:
         Members members(m_out);
         members.add("id", series.id.toUtf8());
         putText(members, "name", series.name);
-        putTimes(members, "answers_us", series.answers);
-        putTimes(members, "periods_us", series.periods);
+        putTimes(members, "answers_us", series.answers.micros);
+        putTimes(members, "answers_at_ms", series.answers.moments);
+        putTimes(members, "periods_us", series.periods.micros);
+        putTimes(members, "periods_at_ms", series.periods.moments);
     }
 
     void putTimes(Members &members, const char *name, const QVector<int> &times)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/check/localtext.h"
+#include "tools/check/times.h"
 #include "tools/wire/record.h"
 
 #include <QDateTime>
@@ -49,13 +50,13 @@ struct GroupTitle
     LocalText title;
 };
 
-/// The times of a run of cycles, in microseconds and in the order of the answers.
+/// The times of a run of cycles, in the order of the answers.
 struct Series
 {
     QString id;
     LocalText name;
-    QVector<int> answers; ///< from a frame to its answer
-    QVector<int> periods; ///< from an answer to the next
+    Times answers; ///< from a frame to its answer
+    Times periods; ///< from an answer to the next
 };
 
 /// What the pod says of itself in its first good frame.

@@ -321,9 +321,8 @@ Outcome Runner::judged(const FigureRow &row, const CycleStats &stats, const Step
 {
     if (m_isTalkative && row.isOfAnswers)
         return talks();
-    if (row.basis(stats) == 0)
-        return notJudged({QStringLiteral("可供测量的数据太少"),
-                          QStringLiteral("there is too little to measure")});
+    if (const LocalText why = row.whyNot(stats); !why.isEmpty())
+        return notJudged(why);
     const double value = row.of(stats);
     if (value >= step.least && value <= step.most)
         return {};
@@ -332,7 +331,7 @@ Outcome Runner::judged(const FigureRow &row, const CycleStats &stats, const Step
     const QString limit = limitText(step.least, step.most);
     Outcome outcome = failed({QStringLiteral("%1 %2，要求 %3").arg(name.zh, shown, limit),
                               QStringLiteral("%1: %2, wanted %3").arg(name.en, shown, limit)});
-    outcome.evidence = stats.evidence;
+    outcome.evidence = stats.evidence[int(row.amiss)];
     return outcome;
 }
 
@@ -366,7 +365,7 @@ void Runner::makeStats(const Measure &measure, CycleStats &stats)
         take(record);
         return stats.lost() <= 0;
     });
-    for (const int time : qAsConst(stats.answerTimes))
+    for (const int time : qAsConst(stats.answerTimes.micros))
         m_slowest = qBound<qint64>(m_slowest, time, kSlowestBelieved);
 }
 
