@@ -69,8 +69,9 @@ FAULTS = [
     "--ignore 03,12",
     "--stuck",
     "--drift 2",
+    "--drift-pitch 0.3",
     "--slow 0.01",
-    "--overshoot 8",
+    "--pitch-offset 8",
 ]
 
 

@@ -81,10 +81,32 @@ void tst_checkcases::mistakesInFiles_data()
         {"nothing to judge", fileWith(R"([{"send": {}}])"), "a case without a step that can fail"},
         {"nothing wanted", fileWith(R"([{"ask": {}, "expect": {"version": {}}}])"),
          "nothing is wanted of it"},
+        {"below 0 within",
+         fileWith(R"([{"ask": {}, "expect": {"relative_y": {"near": 1, "within": -1}}}])"),
+         "\"within\", 0 or more"},
+        {"near without within",
+         fileWith(R"([{"ask": {}, "expect": {"relative_y": {"near": 1, "least": -180}}}])"),
+         "\"within\", 0 or more"},
+        {"no such mode", fileWith(R"([{"ask": {}, "expect": {"mode": ["lock", "folow"]}}])"),
+         "g.c).steps[1].mode: it is never \"folow\""},
+        {"more than a byte", fileWith(R"([{"ask": {}, "expect": {"version": 256}}])"),
+         "it is never \"256\""},
+        {"digits of another length", fileWith(R"([{"ask": {}, "expect": {"reserved1": "00"}}])"),
+         "it is never \"00\""},
+        {"always so", fileWith(R"([{"measure": "cycle", "value": "sent", "least": 0}])"),
+         "\"least\" above 0"},
+        {"measured again",
+         fileWith(R"([{"measure": "cycle", "value": "lost", "most": 0}])")
+             .replace(R"("id": "c")", R"("id": "c", "attempts": 3)"),
+         "stays as it is"},
+        {"any answer to a command",
+         fileWith(R"([{"send": {"command": {"name": "zoom_stop", "params": {"camera": 1}}}},)"
+                  R"( {"answer": "1s"}])"),
+         "takes \"to\""},
         {"a range of bytes", fileWith(R"([{"ask": {}, "expect": {"reserved1": {"least": 5}}}])"),
          "nothing is wanted of it"},
         {"no limit", fileWith(R"([{"measure": "cycle", "value": "lost"}])"),
-         "\"least\" or \"most\""},
+         "\"most\", is needed"},
         {"too short to hold", fileWith(R"([{"hold": "20ms", "frame": {}}])"), "longer than"},
         {"a frame that is a word",
          fileWith(R"([{"send": {}, "frames": ["look_down"]}, {"quiet": "1s"}])"),
@@ -179,6 +201,12 @@ void tst_checkcases::measures()
     QVERIFY(readGroup(user, "f.json", groups, error));
     QVERIFY(!tieMeasures(groups, error));
     QCOMPARE(error, QString("g.c: there is no measure \"m\""));
+    QByteArray endless = fileWith(R"([{"measure": "m", "value": "lost", "most": 0}])", moving);
+    QVector<Group> own;
+    QVERIFY(readGroup(endless.replace(R"("cycles": 9,)", ""), "f.json", own, error));
+    QVERIFY(!tieMeasures(own, error));
+    QVERIFY2(error.startsWith("g.c: \"m\" has no \"cycles\""), qPrintable(error));
+    error.clear();
     QByteArray other = fileWith(R"([{"ask": {}}])", moving);
     QVERIFY(
         readGroup(other.replace(R"("group": "g")", R"("group": "h")"), "f.json", groups, error));

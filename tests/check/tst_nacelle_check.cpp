@@ -301,6 +301,12 @@ void tst_nacelle_check::badPods_data()
     QTest::newRow("stuck where it starts") << "--stuck"
                                            << "motion.still,motion.recentre"
                                            << "failed failed";
+    QTest::newRow("sinks") << "--drift-pitch 0.3"
+                           << "motion.still"
+                           << "failed";
+    QTest::newRow("follows all the time") << "--lie-mode 12"
+                                          << "motion.follow"
+                                          << "failed";
     QTest::newRow("slow, but good") << "--delay 400"
                                     << "payload.record,payload.light,protocol.wrong_checksum"
                                     << "passed passed passed";

@@ -2,6 +2,10 @@
 #include "tests/support/strictmain.h"
 #include "tools/check/runner.h"
 
+#include <QFile>
+
+#include <algorithm>
+
 Q_DECLARE_METATYPE(Oddity)
 
 using namespace check;
@@ -23,17 +27,28 @@ public:
     int leavings = 0;
 };
 
-/// One file of cases against one pod.
+/// One case against one pod: that of a file, or a shipped one by its id.
 class Session
 {
 public:
-    Session(const Oddity &oddity, const QByteArray &file) : pod(oddity)
+    Session(const Oddity &oddity, const QByteArray &what, const QString &link = {}) : pod(oddity)
     {
         QString error;
+        const bool isFile = what.startsWith('{');
+        QFile shipped(
+            QStringLiteral(":/nacelle_check/%1.json").arg(QString(what).section('.', 0, 0)));
+        shippedFiles(); // they are there from then on
+        const QByteArray file = isFile                              ? what
+                                : shipped.open(QIODevice::ReadOnly) ? shipped.readAll()
+                                                                    : QByteArray();
         if (!readGroup(file, "f.json", plan.groups, error) || !tieMeasures(plan.groups, error) ||
-            !wire::readLinkAddress(pod.link(), m_address, error))
+            !wire::readLinkAddress(link.isEmpty() ? pod.link() : link, m_address, error))
             qFatal("%s", qPrintable(error));
         plan.measured = plan.groups;
+        plan.cycles = 40;
+        auto &cases = plan.groups[0].cases;
+        const auto isOther = [&](const Case &each) { return !isFile && each.id != what; };
+        cases.erase(std::remove_if(cases.begin(), cases.end(), isOther), cases.end());
         line = std::make_unique<PodLine>(m_address);
     }
 
@@ -73,6 +88,7 @@ private slots:
     void stopsAtOnce();
     void anotherStop();
     void lostInTheMiddle();
+    void connectsAgain();
     void judges_data();
     void judges();
 };
@@ -131,6 +147,26 @@ void tst_runner::lostInTheMiddle()
     QCOMPARE(session.result.ending, Ending::LinkLost);
 }
 
+/// A pod that has hung up isn't the pod that was checked so far, however soon it is back.
+void tst_runner::connectsAgain()
+{
+    QTcpServer free;
+    QVERIFY(free.listen(QHostAddress::LocalHost));
+    const quint16 port = free.serverPort();
+    free.close();
+    Session session({}, fileWith(R"([{"send": {}}, {"quiet": "300ms"}])"),
+                    QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port));
+    QTcpSocket pod;
+    connect(
+        &pod, &QTcpSocket::disconnected, &pod,
+        [&] { pod.connectToHost(QHostAddress::LocalHost, port); }, Qt::QueuedConnection);
+    connect(&pod, &QTcpSocket::readyRead, &pod, [&] { pod.disconnectFromHost(); });
+    QTimer::singleShot(0, &pod, [&] { pod.connectToHost(QHostAddress::LocalHost, port); });
+    session.run();
+    QCOMPARE(session.judgements(), QString("g.c failed"));
+    QCOMPARE(session.result.ending, Ending::LinkLost);
+}
+
 void tst_runner::judges_data()
 {
     QTest::addColumn<Oddity>("oddity");
@@ -153,6 +189,31 @@ void tst_runner::judges_data()
                         const char *judgements) {
         QTest::newRow(name) << oddity << file << QString(judgements);
     };
+    const auto beating = [](int beat, bool isMute) {
+        Oddity oddity;
+        oddity.beat = beat;
+        oddity.isMute = isMute;
+        return oddity;
+    };
+    row("mute, sends seldom", beating(1000, true), "link.answers", "link.answers failed");
+    row("mute, sends at times", beating(150, true), "link.answers", "link.answers failed");
+    row("sends and answers", beating(200, false), "protocol.wrong_checksum",
+        "protocol.wrong_checksum not judged");
+    row("sends seldom, and answers", beating(1000, false), "link.doubling",
+        "link.doubling not judged");
+    Oddity odd = beating(200, false);
+    odd.isDeafToPieces = true;
+    row("deaf to pieces", odd, "protocol.split", "protocol.split not judged");
+    odd = {};
+    odd.deafAfterBroken = 100;
+    row("deaf for a moment", odd, "protocol.after_broken", "protocol.after_broken failed");
+    odd = {};
+    odd.lateSuccess = 600;
+    row("calls anything a success", odd, "commands.unknown", "commands.unknown failed");
+    odd = {};
+    odd.silentTo = QByteArray::fromHex("FF");
+    row("refuses in silence", odd, "commands.unknown", "commands.unknown passed");
+    row("silent to all", beating(0, true), "commands.unknown", "commands.unknown failed");
     row("names the last one, and is good", sticky("", 0),
         fileWith('[' + record + ',' + record + ']', off), "g.c passed");
     row("records on", sticky("21", 1), fileWith('[' + record + ',' + record + ']', does),

@@ -63,7 +63,7 @@ void TestPodFaults::answers_data()
     row("--no-subframe", kIdle, idleWith(37, zeros(26).toHex(), "45 27"));
     row("--angle-offset 1.5", kIdle, idleWith(12, "96 00 96 00 96 00 96 00 96 00", "68 95"));
     row("--angle-offset -360", kIdle, idleWith(12, "00 80 00 80 00 80 00 80 00 80", "1D 9C"));
-    row("--overshoot -2.5", kIdle, idleWith(20, "06 FF", "7E 29"));
+    row("--pitch-offset -2.5", kIdle, idleWith(20, "06 FF", "7E 29"));
 
     row("--pad 3", kIdle + kPhoto,
         answer("4A", kPlace, "00 00 00 BF 94") + answer("4C", kPlace, "20 00 00 00 00 0A BA"));
@@ -175,7 +175,8 @@ void TestPodFaults::falsifiesAngles_data()
     QTest::newRow("--drift 90") << Wire{-20000, -20000, -20000, -20000, -20000, 16000};
     QTest::newRow("--drift 50.004") << Wire{-20000, -20000, -20000, -20000, -20000, 2};
     QTest::newRow("--drift -41") << Wire{-20000, -20000, -20000, -20000, -20000, 35600};
-    QTest::newRow("--overshoot 200") << Wire{-20000, -20000, -20000, -20000, 0, 16000};
+    QTest::newRow("--drift-pitch 1") << Wire{-20000, -19600, -20000, -20000, -19600, 16000};
+    QTest::newRow("--pitch-offset 200") << Wire{-20000, -20000, -20000, -20000, 0, 16000};
     QTest::newRow("--angle-offset -200") << Wire{-32768, -32768, -32768, -32768, -32768, 16000};
 }
 

@@ -1,6 +1,7 @@
 #include "tools/check/cases.h"
 #include "tools/check/cyclestats.h"
 #include "tools/check/jsonentry.h"
+#include "tools/check/judge.h"
 #include "tools/wire/compose.h"
 #include "tools/wire/framefields.h"
 
@@ -71,7 +72,9 @@ Condition readCondition(const QString &field, const QJsonValue &value, const QSt
     bool isNumber = false;
     condition.near = near.toDouble(&isNumber);
     condition.remembered = isNumber ? QString() : near;
-    condition.within = entry.number("within", 0);
+    condition.within = entry.number("within", -1);
+    if (condition.within < 0)
+        entry.complain(QStringLiteral("\"near\" takes \"within\", 0 or more"));
     condition.turns = entry.flag("turns");
     return condition;
 }
@@ -94,6 +97,9 @@ QVector<Condition> readConditions(const QJsonObject &object, JsonEntry &entry, Q
         const Condition condition = readCondition(each.key(), each.value(), place, error);
         if (field && error.isEmpty() && !canFail(condition, wire::isNumber(field->kind)))
             error = place + QStringLiteral(": nothing is wanted of it that such a field can miss");
+        for (const QString &word : condition.oneOf)
+            if (field && error.isEmpty() && !canBe(*field, word))
+                error = place + QStringLiteral(": it is never \"%1\"").arg(word);
         conditions.append(condition);
     }
     return conditions;
@@ -174,6 +180,7 @@ void readSend(JsonEntry &entry, QString &, Step &step)
     if (step.times < 1 || step.times > kMostTimes)
         entry.complain(QStringLiteral("\"times\": 1 to %1").arg(kMostTimes));
     step.every = entry.duration("every", kUsualPace);
+    step.isAtOnce = entry.flag("at_once");
 }
 
 void readAnswer(JsonEntry &entry, QString &error, Step &step)
@@ -182,6 +189,9 @@ void readAnswer(JsonEntry &entry, QString &error, Step &step)
     step.time = entry.duration("answer", kUsualTime);
     if (entry.has("to"))
         step.writes = {frameOf(entry.object("to"), entry)};
+    if (entry.has("result") && !entry.has("to"))
+        entry.complain(QStringLiteral("\"result\" takes \"to\""));
+    step.wanted = readWanted(entry);
     step.conditions = readConditions(entry.object("expect"), entry, error);
 }
 
@@ -230,8 +240,8 @@ void readMeasured(JsonEntry &entry, QString &, Step &step)
         entry.complain(QStringLiteral("no such value: ") + step.value);
     step.least = entry.number("least", -kNoLimit);
     step.most = entry.number("most", kNoLimit);
-    if (!std::isfinite(step.least) && !std::isfinite(step.most))
-        entry.complain(QStringLiteral("\"least\" or \"most\" is needed"));
+    if (!(step.least > 0) && !std::isfinite(step.most)) // no number of a run is below 0
+        entry.complain(QStringLiteral("\"least\" above 0, or \"most\", is needed"));
 }
 
 struct StepRow
@@ -322,10 +332,27 @@ void holdToNames(const QVector<Step> &steps, JsonEntry &entry)
     }
 }
 
+/// An answer to a command says which: of any other frame nobody knows what it answers.
+void holdToAnswers(const QVector<Step> &steps, JsonEntry &entry)
+{
+    bool isCommand = false;
+    for (const Step &step : steps) {
+        if (step.kind == StepKind::Answer && step.writes.isEmpty() && isCommand)
+            entry.complain(QStringLiteral("\"answer\" takes \"to\" where a command was sent"));
+        for (const QByteArray &bytes : step.writes)
+            isCommand = step.kind == StepKind::Send && (isCommand || hasCommand(bytes));
+    }
+}
+
 /// Whether a pod can fail the step; the others only prepare.
 bool judges(const Step &step)
 {
     return step.kind != StepKind::Send && step.kind != StepKind::Remember;
+}
+
+bool isMeasured(const Step &step)
+{
+    return step.kind == StepKind::Measure;
 }
 
 Case readCase(const QJsonValue &value, const Group &group, const LocalText &usualReason,
@@ -337,12 +364,15 @@ Case readCase(const QJsonValue &value, const Group &group, const LocalText &usua
     const QString inside = place + QStringLiteral(" (%1)").arg(made.id);
     made.steps = readSteps(entry.array("steps"), inside, error);
     holdToNames(made.steps, entry);
+    holdToAnswers(made.steps, entry);
     made.name = entry.has("name") ? entry.localText("name") : commandName(made.steps);
     made.reason = entry.has("reason") ? entry.localText("reason") : usualReason;
     made.isEssential = entry.flag("essential");
     made.attempts = entry.count("attempts", 1);
     if (made.attempts < 1 || made.attempts > kMostAttempts)
         entry.complain(QStringLiteral("\"attempts\": 1 to %1").arg(kMostAttempts));
+    if (made.attempts > 1 && std::any_of(made.steps.begin(), made.steps.end(), isMeasured))
+        entry.complain(QStringLiteral("\"attempts\": what is measured once stays as it is"));
     made.links = readLinks(entry);
     if (made.name.isEmpty() || made.reason.isEmpty())
         entry.complain(QStringLiteral("a name and a reason are needed"));
@@ -466,6 +496,9 @@ void tie(Step &step, const Group &group, const QString &place, const QVector<Gro
         error = QStringLiteral("%1: there is no measure \"%2\"").arg(place, step.name);
         return;
     }
+    if (measure->cycles == 0 && !group.isLong)
+        error = QStringLiteral("%1: \"%2\" has no \"cycles\", and the group isn't \"long\"")
+                    .arg(place, step.name);
     step.name = measure->key;
     for (const QByteArray &frame : measure->frames)
         holdToEffects(group, effectsOf(frame), place, error);

@@ -33,7 +33,7 @@ struct Condition
 enum class StepKind : quint8 {
     Ask,      ///< sends a frame again and again until the pod answers its command
     Send,     ///< writes bytes
-    Answer,   ///< waits for a good frame
+    Answer,   ///< waits for a good frame, or for what it says of a command
     Quiet,    ///< nothing may come
     Hold,     ///< sends a frame at a pace; each answer meets the conditions
     Reach,    ///< sends a frame at a pace until an answer meets the conditions
@@ -52,6 +52,7 @@ struct Step
     qint64 time = 0;            ///< microseconds: within, for, or of a quiet time
     qint64 every = 30000;       ///< microseconds
     Wanted wanted = Wanted::Success;
+    bool isAtOnce = false; ///< sent right after the step before, nothing is waited for
     QVector<Condition> conditions;
     QString name;  ///< of what is remembered, or the key of the measure
     QString field; ///< to be remembered
@@ -102,7 +103,8 @@ struct Group
 bool readGroup(const QByteArray &json, const QString &file, QVector<Group> &groups, QString &error);
 
 /// Ties the steps that measure to their measures: one of the same group, else of any other. False
-/// with `error` set where there is none, or where its frames do what the group doesn't say.
+/// with `error` set where there is none, where its frames do what the group doesn't say, or where
+/// nobody says how long it takes.
 bool tieMeasures(QVector<Group> &groups, QString &error);
 
 /// The files that come with the tool, in the order of their running.
@@ -112,6 +114,9 @@ QStringList shippedFiles();
 /// and those of all that a step writes.
 quint8 effectsOf(const QByteArray &bytes);
 quint8 effectsOf(const Step &step);
+
+/// Whether a host frame in some bytes carries a command.
+bool hasCommand(const QByteArray &bytes);
 
 /// Names of effects, as case files have them: "moves, lights".
 QString namesOf(quint8 effects);

@@ -2,6 +2,7 @@
 #include "tools/check/cases.h"
 #include "tools/wire/framefields.h"
 
+#include <algorithm>
 #include <array>
 
 namespace check {
@@ -39,6 +40,22 @@ constexpr int kControlSize = 6;
 constexpr int kFlagsOffset = 11;
 constexpr char kControlValid = 0x04;
 
+/// From the beginning of each of them to the end of the bytes.
+QVector<QByteArray> hostFramesIn(const QByteArray &bytes)
+{
+    QVector<QByteArray> frames;
+    for (int at = 0; at + kFrameOverhead <= bytes.size(); ++at)
+        if (wire::kindOf(bytes.mid(at)) == wire::FrameKind::Host)
+            frames.append(bytes.mid(at));
+    return frames;
+}
+
+QByteArray areaIn(const QByteArray &frame)
+{
+    const wire::Span span = wire::areaOf(wire::FrameKind::Host, frame.constData(), frame.size());
+    return frame.mid(span.offset, span.size);
+}
+
 /// Of the frame that the bytes begin with.
 quint8 effectsOfFrame(const QByteArray &frame)
 {
@@ -47,8 +64,7 @@ quint8 effectsOfFrame(const QByteArray &frame)
                            frame.mid(kControlOffset, kControlSize).count('\0') < kControlSize;
     if (isSteered)
         effects |= kMoves;
-    const wire::Span span = wire::areaOf(wire::FrameKind::Host, frame.constData(), frame.size());
-    const QByteArray area = frame.mid(span.offset, span.size);
+    const QByteArray area = areaIn(frame);
     for (const EffectRow &row : kEffectRows) {
         const bool isOff =
             row.isByState && area.size() > 1 && area.mid(1).count('\0') == area.size() - 1;
@@ -63,12 +79,18 @@ quint8 effectsOfFrame(const QByteArray &frame)
 quint8 effectsOf(const QByteArray &bytes)
 {
     quint8 effects = kStill;
-    for (int at = 0; at + kFrameOverhead <= bytes.size(); ++at) {
-        const QByteArray rest = bytes.mid(at);
-        if (wire::kindOf(rest) == wire::FrameKind::Host)
-            effects |= effectsOfFrame(rest);
-    }
+    for (const QByteArray &rest : hostFramesIn(bytes))
+        effects |= effectsOfFrame(rest);
     return effects;
+}
+
+bool hasCommand(const QByteArray &bytes)
+{
+    const QVector<QByteArray> frames = hostFramesIn(bytes);
+    return std::any_of(frames.begin(), frames.end(), [](const QByteArray &frame) {
+        const QByteArray area = areaIn(frame);
+        return !area.isEmpty() && area[0] != '\0';
+    });
 }
 
 quint8 effectsOf(const Step &step)

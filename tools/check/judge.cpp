@@ -1,9 +1,11 @@
 #include "tools/check/judge.h"
 
-#include "protocol/fields.h"
+#include "protocol/modes.h"
+#include "tools/wire/compose.h"
 #include "tools/wire/decode.h"
 #include "tools/wire/framefields.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace check {
@@ -83,6 +85,22 @@ bool isGoodAnswer(const wire::Record &record)
     return wire::kindOf(bytes) == wire::FrameKind::Gcu &&
            wire::lengthOf(bytes.constData(), bytes.size()) == bytes.size() &&
            bytes.size() >= kFrameOverhead && wire::verdictOf(bytes) == wire::Verdict::Ok;
+}
+
+bool canBe(const protocol::Field &field, const QString &word)
+{
+    QByteArray digits;
+    if (!wire::isNumber(field.kind))
+        return wire::readDigits(word.toLatin1(), digits) && digits.size() == field.size;
+    bool isNumber = false;
+    const double raw = word.toDouble(&isNumber) * qMax(1.0, field.scale.k);
+    const wire::Range range = wire::rangeOf(field.kind);
+    if (isNumber)
+        return raw >= double(range.least) && raw <= double(range.most);
+    const auto isMode = [&word](const ModeRow &row) {
+        return word.compare(QLatin1String(row.id), Qt::CaseInsensitive) == 0;
+    };
+    return field.kind == FieldKind::Mode && std::any_of(kModes.begin(), kModes.end(), isMode);
 }
 
 bool numberIn(const QByteArray &frame, const QString &field, double &number)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "protocol/fields.h"
 #include "tools/check/cases.h"
 #include "tools/wire/record.h"
 
@@ -9,6 +10,10 @@ namespace check {
 
 /// True for a whole GCU frame with a right checksum.
 bool isGoodAnswer(const wire::Record &record);
+
+/// Whether a field can ever be shown as that word: the id of a mode, a number that it can hold, or
+/// digits of its length.
+bool canBe(const protocol::Field &field, const QString &word);
 
 /// The number in a field of a frame, in the field's unit; false where the frame is too short or the
 /// field is no number.

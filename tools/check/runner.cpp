@@ -10,6 +10,7 @@ namespace {
 
 constexpr qint64 kQuietTime = 120000; // microseconds, after which nothing more is on its way
 constexpr qint64 kQuietLimit = 3000000;
+constexpr qint64 kListenTime = 2200000;
 constexpr int kVersionOffset = 4;
 constexpr int kHardwareOffset = 38;
 
@@ -21,7 +22,33 @@ LocalText notOver(wire::LinkAddress::Kind kind)
             QStringLiteral("doesn't apply over %1").arg(name)};
 }
 
+/// Whether a case takes any answer for that to its frame, or its absence for silence.
+bool hangsOnSilence(const Case &each)
+{
+    return std::any_of(each.steps.begin(), each.steps.end(), [](const Step &step) {
+        return step.kind == StepKind::Quiet ||
+               (step.kind == StepKind::Answer && !hasCommand(step.writes.value(0)));
+    });
+}
+
+/// The command that the next answer is to name; 0 for none.
+char awaitedAfter(const QVector<Step> &steps, int number)
+{
+    const auto isAnswer = [](const Step &step) { return step.kind == StepKind::Answer; };
+    const auto next = std::find_if(steps.begin() + number, steps.end(), isAnswer);
+    return next == steps.end() ? '\0' : next->writes.value(0).mid(kFixedSize, 1).append('\0')[0];
+}
+
 } // namespace
+
+/// Of a pod that sends all the time nobody can say what answers what.
+Outcome talks()
+{
+    return {Judgement::NotJudged,
+            {QStringLiteral("吊舱不经询问也发送数据"),
+             QStringLiteral("the pod also sends without being asked")},
+            {}};
+}
 
 Runner::Runner(PodLine &line, const Plan &plan, Watcher &watcher)
     : m_line(line), m_plan(plan), m_watcher(watcher)
@@ -134,8 +161,11 @@ Outcome Runner::attempt(const Case &each)
     m_sent = m_answer = {};
     if (each.steps.front().kind != StepKind::Measure)
         settle();
-    for (const Step &step : each.steps) {
-        const Outcome outcome = runStep(step);
+    if (hangsOnSilence(each) && isTalkative())
+        return talks();
+    for (int i = 0; i < each.steps.size(); ++i) {
+        m_awaited = awaitedAfter(each.steps, i);
+        const Outcome outcome = runStep(each.steps[i]);
         if (!m_line.isUsable())
             return broken();
         if (outcome.judgement != Judgement::Passed)
@@ -169,6 +199,23 @@ void Runner::settle()
         if (!m_line.listen(m_line.now() + quiet, any))
             return;
     m_isTalkative = m_isTalkative || m_line.isUsable();
+}
+
+/// Whether the pod also sends without being asked. What comes seldom is heard only by who listens
+/// for a while; that is done once, before the first judgement that hangs on it.
+bool Runner::isTalkative()
+{
+    if (m_hasListened || m_isTalkative)
+        return m_isTalkative;
+    m_hasListened = true;
+    settle();
+    const bool isHeard =
+        m_line.listen(m_line.now() + kListenTime, [this](const wire::Record &record) {
+            noteAnswer(record);
+            return isGoodAnswer(record);
+        });
+    m_isTalkative = m_isTalkative || isHeard;
+    return m_isTalkative;
 }
 
 void Runner::noteAnswer(const wire::Record &record)

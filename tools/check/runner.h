@@ -2,6 +2,7 @@
 
 #include "tools/check/cases.h"
 #include "tools/check/cyclestats.h"
+#include "tools/check/judge.h"
 #include "tools/check/podline.h"
 #include "tools/check/results.h"
 
@@ -48,6 +49,9 @@ struct Outcome
     QVector<wire::Record> evidence;
 };
 
+/// Why nothing can be said of a pod that also sends without being asked.
+Outcome talks();
+
 /// Runs groups of cases over an open line, one case after another.
 class Runner
 {
@@ -68,6 +72,7 @@ private:
     Outcome whyNot() const;
     Outcome broken() const;
     void settle();
+    bool isTalkative();
 
     Outcome runStep(const Step &step);
     Outcome ask(const Step &step);
@@ -87,7 +92,13 @@ private:
     bool sendUntil(const Step &step, const PodLine::Take &take);
     void write(const QByteArray &bytes);
     const Measure &measureOf(const QString &key) const;
-    Outcome judged(const FigureRow &row, const CycleStats &stats, const Step &step) const;
+    struct Reply
+    {
+        Acknowledged acknowledged = Acknowledged::Not;
+        bool hasAny = false;
+    };
+    bool takeReply(const QByteArray &frame, const wire::Record &record, Reply &reply);
+    Outcome judged(const FigureRow &row, const CycleStats &stats, const Step &step);
     void makeStats(const Measure &measure, CycleStats &stats);
     void noteAnswer(const wire::Record &record);
     Outcome failed(const LocalText &why) const;
@@ -107,6 +118,8 @@ private:
     LocalText m_essential;                 ///< why nothing more can be judged
     qint64 m_slowest = 0;                  ///< microseconds that an answer has taken so far
     bool m_isTalkative = false; ///< the pod sends without being asked, as has been heard so far
+    bool m_hasListened = false; ///< long enough for what it sends seldom
+    char m_awaited = 0;         ///< the command whose answer the case looks at next
     int m_sentInStep = 0;
     quint8 m_effects = kStill; ///< of what the group has sent
 };

@@ -27,13 +27,6 @@ Outcome notJudged(const LocalText &why)
     return {Judgement::NotJudged, why, {}};
 }
 
-/// Of a pod that sends all the time nobody can say what answers what.
-Outcome talks()
-{
-    return notJudged({QStringLiteral("吊舱不经询问也发送数据"),
-                      QStringLiteral("the pod also sends without being asked")});
-}
-
 QByteArray idleFrame()
 {
     return wire::composePairs(wire::FrameKind::Host, {}).record.bytes;
@@ -139,32 +132,42 @@ Outcome Runner::ask(const Step &step)
     if (!m_sent.bytes.isEmpty())
         settle(); // else an answer to what was asked before would do
     const Outcome forgotten = forget(codeOf(step.writes.front()));
-    return forgotten.judgement == Judgement::Passed ? asked(step) : forgotten;
+    if (forgotten.judgement != Judgement::Passed)
+        return forgotten;
+    Step patient = step; // a slow pod's success comes late too
+    patient.time += step.wanted == Wanted::Refused ? m_slowest : 0;
+    return asked(patient);
+}
+
+/// True once the pod has said what became of the frame's command.
+bool Runner::takeReply(const QByteArray &frame, const wire::Record &record, Reply &reply)
+{
+    noteAnswer(record);
+    if (!isGoodAnswer(record))
+        return false;
+    reply.hasAny = true;
+    const Acknowledged now = acknowledgementOf(frame, record.bytes);
+    reply.acknowledged = now == Acknowledged::Not ? reply.acknowledged : now;
+    return now == Acknowledged::Success || now == Acknowledged::Failure;
 }
 
 Outcome Runner::asked(const Step &step)
 {
     const QByteArray &frame = step.writes.front();
     const qint64 begin = m_line.now();
-    Acknowledged acknowledged = Acknowledged::Not;
-    bool hasAny = false;
+    Reply reply;
     sendUntil(step, [&](const wire::Record &record) {
-        if (!isGoodAnswer(record))
-            return false;
-        if (!hasAny)
+        if (!reply.hasAny && isGoodAnswer(record))
             m_slowest = qBound(m_slowest, record.time - begin, kSlowestBelieved);
-        hasAny = true;
-        noteAnswer(record);
-        const Acknowledged now = acknowledgementOf(frame, record.bytes);
-        acknowledged = now == Acknowledged::Not ? acknowledged : now;
-        return now == Acknowledged::Success || now == Acknowledged::Failure;
+        return takeReply(frame, record, reply);
     });
-    if (!hasAny)
+    if (!reply.hasAny && step.wanted != Wanted::Refused)
         return failed(noneWithin(step.time));
     if (m_isTalkative && isIdle(frame))
         return talks();
-    return isWanted(step.wanted, acknowledged) ? met(step)
-                                               : failed(notAcknowledged(acknowledged, step.time));
+    return isWanted(step.wanted, reply.acknowledged)
+               ? met(step)
+               : failed(notAcknowledged(reply.acknowledged, step.time));
 }
 
 /// A pod may go on naming what it has done last, so that it would acknowledge the same command
@@ -209,7 +212,15 @@ Outcome Runner::met(const Step &step) const
 
 Outcome Runner::send(const Step &step)
 {
-    settle();
+    if (!step.isAtOnce) {
+        settle();
+        if (m_awaited != '\0' && m_named == quint8(m_awaited)) {
+            const Outcome forgotten = forget(m_awaited);
+            if (forgotten.judgement != Judgement::Passed)
+                return forgotten;
+            settle();
+        }
+    }
     for (int i = 0; i < step.times && m_line.isUsable(); ++i) {
         for (int j = 0; j < step.writes.size(); ++j) {
             // No pause after the last one: its answer belongs to the next step.
@@ -226,11 +237,17 @@ Outcome Runner::answer(const Step &step)
     const QByteArray asked = step.writes.value(0);
     if (m_isTalkative && isIdle(asked))
         return talks();
-    const bool isThere = m_line.listen(m_line.now() + step.time, [&](const wire::Record &record) {
-        noteAnswer(record);
-        return isGoodAnswer(record) && acknowledgementOf(asked, record.bytes) != Acknowledged::Not;
+    Reply reply;
+    const bool isAny = step.wanted == Wanted::Any; // even what isn't done yet
+    m_line.listen(m_line.now() + step.time + m_slowest, [&](const wire::Record &record) {
+        return takeReply(asked, record, reply) ||
+               (isAny && reply.acknowledged != Acknowledged::Not);
     });
-    return isThere ? met(step) : failed(noneWithin(step.time));
+    if (reply.acknowledged == Acknowledged::Not && step.wanted != Wanted::Refused)
+        return failed(noneWithin(step.time));
+    return isAny || isWanted(step.wanted, reply.acknowledged)
+               ? met(step)
+               : failed(notAcknowledged(reply.acknowledged, step.time));
 }
 
 Outcome Runner::quiet(const Step &step)
@@ -312,23 +329,26 @@ Outcome Runner::measured(const Step &step)
     }
     const FigureRow &row = *figureRow(step.value);
     const CycleStats &stats = m_stats[step.name];
-    m_figures.append({step.value, nameOf(row), row.of(stats), QLatin1String(row.unit),
-                      limitText(step.least, step.most)});
     return judged(row, stats, step);
 }
 
-Outcome Runner::judged(const FigureRow &row, const CycleStats &stats, const Step &step) const
+/// A number that is beyond its limit may be so since the pod talks; of one that says nothing none
+/// is shown.
+Outcome Runner::judged(const FigureRow &row, const CycleStats &stats, const Step &step)
 {
-    if (m_isTalkative && row.isOfAnswers)
+    const double value = row.of(stats);
+    const bool isWithin = value >= step.least && value <= step.most;
+    const bool isOpen = !isWithin || stats.unnamed > 0;
+    if (row.isOfAnswers && (m_isTalkative || (isOpen && isTalkative())))
         return talks();
     if (const LocalText why = row.whyNot(stats); !why.isEmpty())
         return notJudged(why);
-    const double value = row.of(stats);
-    if (value >= step.least && value <= step.most)
+    const QString limit = limitText(step.least, step.most);
+    m_figures.append({step.value, nameOf(row), value, QLatin1String(row.unit), limit});
+    if (isWithin)
         return {};
     const LocalText name = nameOf(row);
     const QString shown = QString::number(value, 'g', 6);
-    const QString limit = limitText(step.least, step.most);
     Outcome outcome = failed({QStringLiteral("%1 %2，要求 %3").arg(name.zh, shown, limit),
                               QStringLiteral("%1: %2, wanted %3").arg(name.en, shown, limit)});
     outcome.evidence = stats.evidence[int(row.amiss)];

@@ -52,8 +52,9 @@ struct FaultOptions
 
     // The report.
     double angleOffset = 0; ///< degrees
-    double overshoot = 0;   ///< degrees
-    double drift = 0;       ///< degrees a second
+    double pitchOffset = 0; ///< degrees
+    double drift = 0;       ///< degrees a second of yaw
+    double driftPitch = 0;  ///< degrees a second
     bool stuck = false;
     double speed = 1; ///< of the gimbal; 1 is its own
 

@@ -42,7 +42,8 @@ GcuReport ReportFaults::told(GcuReport report, double seconds)
 {
     for (const auto angle : kSignedAngles)
         add(report.*angle, m_options.angleOffset);
-    add(report.absolutePitch, m_options.overshoot);
+    add(report.absolutePitch, m_options.pitchOffset + m_options.driftPitch * seconds);
+    add(report.relativeY, m_options.driftPitch * seconds);
     report.absoluteYaw = turned(report.absoluteYaw, m_options.drift * seconds);
     if (!m_first)
         m_first = report;
