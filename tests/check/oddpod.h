@@ -53,10 +53,12 @@ private:
     {
         m_bytes += m_client->readAll();
         const bool isPiece = m_bytes.size() < 71;
-        while (m_bytes.size() >= 4 && m_bytes.size() >= quint8(m_bytes[2])) {
-            QByteArray frame = m_bytes.left(quint8(m_bytes[2]));
-            m_bytes.remove(0, frame.size());
-            take(frame);
+        int at = m_bytes.indexOf("\xA8\xE5");
+        while (at >= 0 && m_bytes.size() >= at + 71 &&
+               m_bytes.size() >= at + quint8(m_bytes[at + 2])) {
+            take(m_bytes.mid(at, quint8(m_bytes[at + 2])));
+            m_bytes.remove(0, at + quint8(m_bytes[at + 2]));
+            at = m_bytes.indexOf("\xA8\xE5");
         }
         if (m_oddity.isDeafToPieces && isPiece)
             m_bytes.clear();
@@ -64,7 +66,7 @@ private:
 
     void take(const QByteArray &frame)
     {
-        QByteArray whole = frame.chopped(2);
+        QByteArray whole = frame.left(qMax(2, frame.size()) - 2);
         appendCrc(whole);
         if (whole != frame)
             m_sinceBroken.start();
