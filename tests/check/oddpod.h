@@ -53,12 +53,13 @@ private:
     {
         m_bytes += m_client->readAll();
         const bool isPiece = m_bytes.size() < 71;
-        int at = m_bytes.indexOf("\xA8\xE5");
-        while (at >= 0 && m_bytes.size() >= at + 71 &&
-               m_bytes.size() >= at + quint8(m_bytes[at + 2])) {
-            take(m_bytes.mid(at, quint8(m_bytes[at + 2])));
-            m_bytes.remove(0, at + quint8(m_bytes[at + 2]));
-            at = m_bytes.indexOf("\xA8\xE5");
+        for (int at = m_bytes.indexOf(kHeader); at >= 0 && m_bytes.size() >= at + 71;
+             at = m_bytes.indexOf(kHeader)) {
+            const int size = qMax<int>(71, quint8(m_bytes[at + 2]));
+            if (m_bytes.size() < at + size)
+                break;
+            take(m_bytes.mid(at, size));
+            m_bytes.remove(0, at + size);
         }
         if (m_oddity.isDeafToPieces && isPiece)
             m_bytes.clear();
@@ -66,7 +67,7 @@ private:
 
     void take(const QByteArray &frame)
     {
-        QByteArray whole = frame.left(qMax(2, frame.size()) - 2);
+        QByteArray whole = frame.chopped(2);
         appendCrc(whole);
         if (whole != frame)
             m_sinceBroken.start();
@@ -99,6 +100,8 @@ private:
         if (m_client && m_client->isOpen())
             m_client->write(answerWith(feedback));
     }
+
+    static constexpr const char *kHeader = "\xA8\xE5";
 
     Oddity m_oddity;
     QTcpServer m_server;
