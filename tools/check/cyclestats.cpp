@@ -13,8 +13,9 @@ namespace check {
 namespace {
 
 constexpr int kMostEvidence = 6;
-constexpr qint64 kPunctual = 2000; // microseconds
-constexpr int kLatest = 16;        // frames after its own that an answer may come
+constexpr qint64 kPunctual = 2000;    // microseconds
+constexpr int kLatest = 16;           // frames after its own that an answer may come
+constexpr double kUnnamedShare = 0.1; // of the answers; after them the others fall into place
 constexpr std::size_t kMostWaiting = 4096;
 
 quint8 codeOf(const wire::Record &record)
@@ -65,7 +66,8 @@ LocalText anything(const CycleStats &stats)
 /// One answer more or less, and each of the others belongs to another frame.
 LocalText named(const CycleStats &stats)
 {
-    const bool isKnown = stats.unnamed == 0 || (stats.lost() == 0 && stats.doubled == 0);
+    const bool isKnown =
+        stats.unnamed <= kUnnamedShare * stats.answers || (stats.lost() == 0 && stats.doubled == 0);
     return isKnown
                ? LocalText()
                : LocalText{QStringLiteral("应答不指明命令，且有丢失或重复，无法判断应答属于哪一帧"),

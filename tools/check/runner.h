@@ -79,6 +79,7 @@ private:
     Outcome asked(const Step &step);
     Outcome forget(char code);
     bool namesOther(const QByteArray &frame, char code);
+    Outcome prepare();
     Outcome send(const Step &step);
     Outcome answer(const Step &step);
     Outcome quiet(const Step &step);

@@ -13,6 +13,7 @@ constexpr qint64 kLastAnswers = 1000000; // microseconds in which the last answe
 constexpr qint64 kQuietTime = 120000;    // microseconds for what is still on its way
 constexpr qint64 kPieceGap = 2000;       // microseconds between the pieces of a split frame
 constexpr qint64 kSlowestBelieved = 2000000;
+constexpr qint64 kNextGap = 10000; // microseconds, so that a read of the pod ends between
 constexpr qint64 kForgetTime = 500000;
 constexpr double kMinute = 60e6;    // microseconds
 constexpr double kLeastShare = 0.5; // of the frames of a step that are answered
@@ -210,17 +211,24 @@ Outcome Runner::met(const Step &step) const
     return why.isEmpty() ? Outcome() : failed(why);
 }
 
+/// Lets what was asked before come to its end, and the pod forget the command whose answer is
+/// looked at next.
+Outcome Runner::prepare()
+{
+    settle();
+    if (m_awaited == '\0' || m_named != quint8(m_awaited))
+        return {};
+    const Outcome forgotten = forget(m_awaited);
+    settle();
+    return forgotten;
+}
+
 Outcome Runner::send(const Step &step)
 {
-    if (!step.isAtOnce) {
-        settle();
-        if (m_awaited != '\0' && m_named == quint8(m_awaited)) {
-            const Outcome forgotten = forget(m_awaited);
-            if (forgotten.judgement != Judgement::Passed)
-                return forgotten;
-            settle();
-        }
-    }
+    if (step.isAtOnce)
+        m_line.rest(m_line.now() + kNextGap);
+    else if (const Outcome ready = prepare(); ready.judgement != Judgement::Passed)
+        return ready;
     for (int i = 0; i < step.times && m_line.isUsable(); ++i) {
         for (int j = 0; j < step.writes.size(); ++j) {
             // No pause after the last one: its answer belongs to the next step.
