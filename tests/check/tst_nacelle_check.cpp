@@ -39,6 +39,19 @@ QMap<QString, QString> judgementsIn(const QString &path)
     return judgements;
 }
 
+/// A file with a long group that lights: nothing that --minutes alone may run.
+QString litFile(const QString &path)
+{
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly))
+        file.write(R"({"group": "lit", "long": true, "title": {"zh": "光", "en": "Light"},
+            "effects": ["lights"], "warning": {"zh": "光", "en": "It lights."},
+            "reason": {"zh": "光", "en": "light"},
+            "cases": [{"id": "on", "steps": [
+                {"ask": {"command": {"name": "light", "params": {"state": 1}}}}]}]})");
+    return path;
+}
+
 double figureIn(const QString &path, const QString &id)
 {
     for (const auto &each : jsonIn(path).value("cases").toArray())
@@ -144,6 +157,11 @@ void tst_nacelle_check::commandLine_data()
     QTest::newRow("no such file") << "tcp://h --cases nix.json" << 2 << QByteArray("nix.json");
     QTest::newRow("nowhere to write")
         << "tcp://127.0.0.1:1 --junit /nowhere/r.xml" << 1 << QByteArray("/nowhere/r.xml");
+    QTest::newRow("a folder for a report")
+        << "tcp://127.0.0.1:1 --report " + m_folder.path() << 1 << QByteArray(": a folder");
+    QTest::newRow("two into one") << "tcp://h --json r --junit ./r" << 2
+                                  << QByteArray("is written already");
+    QTest::newRow("nowhere at all") << "tcp://h --json=" << 2 << QByteArray("a file is needed");
     QTest::newRow("nobody there") << "tcp://127.0.0.1:1" << 3 << QByteArray("refused");
     QTest::newRow("no such port") << "serial:///dev/nix" << 3 << QByteArray("/dev/nix");
     QTest::newRow("help") << "--help" << 0 << QByteArray();
@@ -166,6 +184,16 @@ void tst_nacelle_check::nothingGoesOutUnasked()
 {
     const QByteArray list = ToolRun(kCheck, {"--dry-run"}).end().out;
     QVERIFY(list.contains("  100 x  A8E549")); // 2,000 cycles of 20 frames in turn
+    const QByteArray photo = ToolRun(kCheck, {"--dry-run", "--case", "payload.photo"}).end().out;
+    QVERIFY2(photo.contains("   1 x  A8E549") && photo.contains("<= 66 x  A8E548"), photo);
+    const QByteArray named =
+        ToolRun(kCheck, {"--dry-run", "--group", "link", "--motion"}).end().out;
+    QVERIFY(!named.contains("motion.angles"));
+    const QByteArray lit =
+        ToolRun(kCheck, {"--dry-run", "--minutes", "1", "--cases", litFile(file("lit.json"))})
+            .end()
+            .out;
+    QVERIFY2(lit.contains("endurance.loss") && !lit.contains("lit.on"), lit);
     PodProcess pod({"--tcp", "0"});
     QVERIFY(pod.awaitLine("listening"));
     const QString recording = file("usual.pcapng");
@@ -292,7 +320,7 @@ void tst_nacelle_check::badPods_data()
     QTest::newRow("slow to answer what is broken") << "--answer-broken --delay 350"
                                                    << "protocol.wrong_length"
                                                    << "failed";
-    QTest::newRow("answers the first frames only") << "--hang-after 9"
+    QTest::newRow("answers the first frames only") << "--hang-after 25"
                                                    << "link.answers,protocol.mode"
                                                    << "passed failed";
     QTest::newRow("accepts after a while") << "--accept-unknown --ack-after 100"
@@ -339,9 +367,19 @@ void tst_nacelle_check::filesOfCases()
     QVERIFY(ToolRun(kCheck, {"--export", m_folder.path()}).end().code == 0);
     QVERIFY(QFile::exists(file("link.json")));
     QCOMPARE(ToolRun(kCheck, {"--export", m_folder.path()}).end().code, 1);
-    QCOMPARE(
-        ToolRun(kCheck, {link, "--cases", file("link.json"), "--case", "link.version"}).end().code,
-        0);
+    const QString json = file("own.json");
+    QCOMPARE(ToolRun(kCheck,
+                     {link, "--cases", file("link.json"), "--case", "link.version", "--json", json})
+                 .end()
+                 .code,
+             0);
+    const QJsonObject own = jsonIn(json).value("case_files").toArray().at(0).toObject();
+    QCOMPARE(own.value("name").toString(), QString("link.json"));
+    const QByteArray sum = ToolRun("sha256sum", {file("link.json")}).end().out;
+    QCOMPARE(own.value("sha256").toString().toLatin1(), sum.left(64));
+    QCOMPARE(jsonIn(json).value("not_run").toString(),
+             QString("link.answers link.size link.checksum link.length link.noise link.loss "
+                     "link.doubling link.order timing protocol commands payload motion endurance"));
 }
 
 NACELLE_TEST_MAIN(tst_nacelle_check)

@@ -60,6 +60,9 @@ SessionResult sample()
     made.begin = QDateTime(QDate(2025, 11, 21), QTime(9, 30, 12), Qt::OffsetFromUTC, 8 * 3600);
     made.seconds = 754.4;
     made.versions = {true, 1, 22, 33, 44};
+    made.cycles = {{"link/cycle", 6, 2000}, {"endurance/endurance", 120000, 0}};
+    made.caseFiles = {{"soft.json", "0123456789abcdef0123456789abcdef"}};
+    made.notRun = QStringList{"payload", "link.order"};
     made.groups = {{"unused", {"空", "Unused"}}, {"link", {"链路", "Link"}}};
     made.cases = {caseOf("extra", "extra.range", Judgement::NotJudged), failedCase(),
                   caseOf("link", "link.begin", Judgement::Passed)};
@@ -206,6 +209,9 @@ void tst_writers::junit_data()
                "time=1.250 timestamp=2025-11-21T01:30:12",
                "property name=link value=udp:10.0.0.1:2000",
                "property name=tool value=nacelle-check 9.8.7",
+               "property name=cycles value=link/cycle 6 (2000), endurance/endurance 120000\n",
+               "property name=case_files value=soft.json (SHA-256 0123456789abcdef…)",
+               "property name=not_run value=payload, link.order",
                "property name=versions value=protocol 1, hardware 22, firmware 33, pod code 44",
                "testcase classname=nacelle-check.link name=link.begin time=1.250",
                "failure message=<late> & \"slow\"␁",
@@ -233,6 +239,10 @@ void tst_writers::junit()
     for (const QString &line : lines)
         QVERIFY2(all.contains(line), qPrintable(line + "\nisn't in\n" + all));
     QVERIFY(!all.contains("name=unused"));
+    SessionResult open = sample();
+    open.cases.remove(1);
+    QVERIFY(writeJunit(open, Language::English, pathOf("junit.xml"), error));
+    QVERIFY(contentOf(pathOf("junit.xml")).contains("\"verdict\" value=\"NOT PASSED"));
     if (!isMissing("xmllint"))
         QVERIFY(outputOf("xmllint", {pathOf("junit.xml")}).contains("</testsuites>"));
 }
@@ -249,6 +259,10 @@ void tst_writers::json_data()
     row("seconds", 754.4);
     row("versions.firmware", 33);
     row("ending", "whole");
+    row("cycles.0.cycles", 6);
+    row("cycles.0.usual", 2000);
+    row("case_files.0.sha256", "0123456789abcdef0123456789abcdef");
+    row("not_run", "payload link.order");
     row("verdict", "failed");
     row("verdict_text.zh", QStringLiteral("不通过"));
     row("counts.not_judged", 1);
@@ -303,6 +317,9 @@ void tst_writers::report_data()
                                             "2025-11-21 09:30:12",
                                             "12 min 34 s",
                                             "firmware 33",
+                                            "link/cycle 6 (2000), endurance/endurance 120000",
+                                            "soft.json (SHA-256 0123456789abcdef…)",
+                                            "payload, link.order",
                                             "3 cases: 1 passed, 1 failed, 1 not judged",
                                             "answer time: 61.25 ms (≤ 40)",
                                             "no range finder",

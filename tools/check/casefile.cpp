@@ -7,6 +7,7 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <array>
@@ -361,6 +362,8 @@ Case readCase(const QJsonValue &value, const Group &group, const LocalText &usua
     JsonEntry entry(value, place, error);
     Case made;
     made.id = group.id + QLatin1Char('.') + entry.text("id");
+    if (made.id.contains(QLatin1Char(',')))
+        entry.complain(QStringLiteral("\"id\": without commas"));
     const QString inside = place + QStringLiteral(" (%1)").arg(made.id);
     made.steps = readSteps(entry.array("steps"), inside, error);
     holdToNames(made.steps, entry);
@@ -387,6 +390,8 @@ Measure readMeasure(const QJsonValue &value, const QString &place, QString &erro
     Measure measure;
     measure.id = entry.text("id");
     measure.name = entry.localText("name");
+    if (measure.name.isEmpty())
+        entry.complain(QStringLiteral("a name is needed"));
     measure.frames = framesOf(entry.array("frames"), entry);
     measure.cycles = entry.count("cycles", 0);
     measure.every = entry.duration("every", kUsualPace);
@@ -446,11 +451,14 @@ void holdToOrder(const Group &group, JsonEntry &entry)
         if (step.kind != StepKind::Ask)
             entry.complain(QStringLiteral("\"after\" takes \"ask\" alone"));
     QStringList ids;
-    for (const Case &each : group.cases) {
-        if (ids.contains(each.id))
-            entry.complain(QStringLiteral("%1 stands there twice").arg(each.id));
+    for (const Case &each : group.cases)
         ids.append(each.id);
-    }
+    for (const Measure &each : group.measures)
+        ids.append(each.key);
+    ids.sort();
+    const auto twice = std::adjacent_find(ids.begin(), ids.end());
+    if (twice != ids.end())
+        entry.complain(QStringLiteral("%1 stands there twice").arg(*twice));
 }
 
 Group readWhole(const QJsonValue &value, const QString &file, QString &error)
@@ -459,6 +467,12 @@ Group readWhole(const QJsonValue &value, const QString &file, QString &error)
     Group group;
     group.id = entry.text("group");
     group.title = entry.localText("title");
+    if (group.title.isEmpty())
+        entry.complain(QStringLiteral("a title is needed"));
+    // The command line names groups with commas between them, cases with their group and a dot.
+    static const QRegularExpression plain(QStringLiteral("^[A-Za-z0-9_-]+$"));
+    if (!plain.match(group.id).hasMatch())
+        entry.complain(QStringLiteral("\"group\": letters, digits, - and _"));
     group.effects = readEffects(entry);
     group.isLong = entry.flag("long");
     group.warning = entry.localText("warning");

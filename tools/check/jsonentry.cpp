@@ -90,7 +90,9 @@ qint64 JsonEntry::duration(const char *key, qint64 usual)
     if (value.isUndefined())
         return usual;
     qint64 microseconds = 0;
-    if (!wire::readDuration(value.toString(), microseconds) || microseconds < 1000)
+    const QString text = value.toString();
+    const bool hasUnit = !text.isEmpty() && text.back().isLetter();
+    if (!hasUnit || !wire::readDuration(text, microseconds) || microseconds < 1000)
         complain(QStringLiteral("\"%1\": a time as 30ms or 2s is needed").arg(QLatin1String(key)));
     return microseconds;
 }

@@ -1,6 +1,7 @@
 #include "tools/check/judge.h"
 
 #include "protocol/modes.h"
+#include "tools/check/results.h"
 #include "tools/wire/compose.h"
 #include "tools/wire/decode.h"
 #include "tools/wire/framefields.h"
@@ -51,7 +52,7 @@ QString plain(double number)
 QString wantedOf(const Condition &condition, double value, const QMap<QString, double> &remembered)
 {
     if (value < condition.least - kSlack || value > condition.most + kSlack)
-        return limitText(condition.least, condition.most);
+        return shownLimit(limitText(condition.least, condition.most));
     if (condition.within < 0)
         return {};
     const double near =
@@ -63,18 +64,30 @@ QString wantedOf(const Condition &condition, double value, const QMap<QString, d
                : plain(near) + QStringLiteral(" ± ") + plain(condition.within);
 }
 
-QString wantedOf(const Condition &condition, const protocol::Field &field, const QByteArray &answer,
-                 const QMap<QString, double> &remembered)
+LocalText bitsText(const QString &digits)
+{
+    return {QStringLiteral("只含 %1 中的位").arg(digits),
+            QStringLiteral("no bits but those of %1").arg(digits)};
+}
+
+LocalText sameIn(const QString &text)
+{
+    return {text, text};
+}
+
+LocalText wantedOf(const Condition &condition, const protocol::Field &field,
+                   const QByteArray &answer, const QMap<QString, double> &remembered)
 {
     if (!condition.oneOf.isEmpty() &&
         !isOneOf(condition.oneOf, shownIn(field, answer), wire::isNumber(field.kind)))
-        return condition.oneOf.join(QStringLiteral(" / "));
+        return sameIn(condition.oneOf.join(QStringLiteral(" / ")));
     const char *at = answer.constData() + field.offset;
     if (!condition.bits.isEmpty() && !hasOnlyBits(condition.bits, at, field.size))
-        return QStringLiteral("& ") + QString::fromLatin1(condition.bits.toHex().toUpper());
+        return bitsText(QString::fromLatin1(condition.bits.toHex().toUpper()));
     double number = 0;
-    return numberIn(answer, condition.field, number) ? wantedOf(condition, number, remembered)
-                                                     : QString();
+    return numberIn(answer, condition.field, number)
+               ? sameIn(wantedOf(condition, number, remembered))
+               : LocalText();
 }
 
 } // namespace
@@ -118,14 +131,14 @@ LocalText unmet(const QVector<Condition> &conditions, const QByteArray &answer,
 {
     for (const Condition &condition : conditions) {
         const protocol::Field &field = *wire::fieldNamed(wire::FrameKind::Gcu, condition.field);
-        const QString wanted = wantedOf(condition, field, answer, remembered);
+        const LocalText wanted = wantedOf(condition, field, answer, remembered);
         if (wanted.isEmpty())
             continue;
         const QString shown = shownIn(field, answer);
         return {QStringLiteral("%1为 %2，要求 %3")
-                    .arg(wire::nameOf(field.key, wire::Language::Chinese), shown, wanted),
+                    .arg(wire::nameOf(field.key, wire::Language::Chinese), shown, wanted.zh),
                 QStringLiteral("%1 is %2, wanted %3")
-                    .arg(wire::nameOf(field.key, wire::Language::English), shown, wanted)};
+                    .arg(wire::nameOf(field.key, wire::Language::English), shown, wanted.en)};
     }
     return {};
 }

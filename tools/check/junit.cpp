@@ -17,8 +17,9 @@ QString secondsText(double seconds)
 class JunitWriter
 {
 public:
-    JunitWriter(const SessionResult &result, wire::Language language, QByteArray &out)
-        : m_result(result), m_language(language), m_xml(&out)
+    JunitWriter(const SessionResult &result, const LocalText &verdict, wire::Language language,
+                QByteArray &out)
+        : m_result(result), m_verdict(verdict), m_language(language), m_xml(&out)
     {
         m_xml.setAutoFormatting(true);
         m_xml.setAutoFormattingIndent(2);
@@ -78,9 +79,12 @@ private:
         putProperty("inspector", m_result.inspector);
         putProperty("begin", beginText(m_result));
         putProperty("versions", versionText(m_result.versions, m_language));
-        putProperty("verdict", verdictOf(m_result).in(m_language));
+        putProperty("verdict", m_verdict.in(m_language));
         putProperty("loss_reason", m_result.lossReason);
         putProperty("recording", m_result.recording);
+        putProperty("cycles", cyclesText(m_result));
+        putProperty("case_files", caseFilesText(m_result));
+        putProperty("not_run", m_result.notRun.join(QStringLiteral(", ")));
         m_xml.writeEndElement();
     }
 
@@ -146,6 +150,7 @@ private:
     }
 
     const SessionResult &m_result;
+    const LocalText m_verdict; ///< of the session as it was
     const wire::Language m_language;
     QXmlStreamWriter m_xml;
 };
@@ -175,7 +180,7 @@ bool writeJunit(const SessionResult &result, wire::Language language, const QStr
 {
     QByteArray xml;
     const SessionResult whole = withEnding(result);
-    JunitWriter(whole, language, xml).write();
+    JunitWriter(whole, verdictOf(result), language, xml).write();
     return writeWhole(path, xml, error);
 }
 

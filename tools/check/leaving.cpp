@@ -9,12 +9,6 @@ namespace {
 constexpr qint64 kLeaveTime = 2000000; // microseconds for each acknowledgement
 constexpr qint64 kLeavePace = 30000;   // microseconds from frame to frame, which every pod keeps up
 
-/// A second one would undo it, and without the first answer nobody knows what it did.
-bool isToggle(const Step &step)
-{
-    return (effectsOf(step) & kRecords) != 0;
-}
-
 CaseResult rowOf(const Group &group)
 {
     CaseResult row;
@@ -38,7 +32,7 @@ void Runner::leaveInOrder(const Group &group, SessionResult &result)
     bool isStopped = m_line.isStopped();
     for (const Step &step : group.after) {
         m_line.resume();
-        if (isToggle(step))
+        if (goesOutOnce(step)) // a second one would undo it
             continue;
         write(step.writes.front());
         m_line.rest(m_line.now() + kLeavePace);

@@ -12,6 +12,7 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace check {
@@ -97,10 +98,14 @@ bool canWrite(const Options &options, QString &error)
 {
     for (const QString &path : {options.report, options.junit, options.json, options.recording}) {
         const QFileInfo folder(QFileInfo(path).absolutePath());
-        if (path.isEmpty() || (folder.isDir() && folder.isWritable()))
+        if (path.isEmpty())
             continue;
-        error = path + QStringLiteral(": there is no such folder, or it can't be written to");
-        return false;
+        if (QFileInfo(path).isDir())
+            error = path + QStringLiteral(": a folder");
+        else if (!folder.isDir() || !folder.isWritable())
+            error = path + QStringLiteral(": there is no such folder, or it can't be written to");
+        if (!error.isEmpty())
+            return false;
     }
     return true;
 }
@@ -119,6 +124,29 @@ int writeFiles(const Options &options, const SessionResult &result)
     return code;
 }
 
+bool hasCase(const Group &group, const QString &id)
+{
+    return std::any_of(group.cases.begin(), group.cases.end(),
+                       [&id](const Case &each) { return each.id == id; });
+}
+
+/// Groups that don't run; of those that run in part, cases.
+QStringList notRun(const Options &options)
+{
+    QStringList left, groups;
+    for (const Group &group : options.plan.groups)
+        groups.append(group.id);
+    for (const Group &group : options.all) {
+        const int number = groups.indexOf(group.id);
+        if (number < 0)
+            left.append(group.id);
+        for (const Case &each : number < 0 ? QVector<Case>() : group.cases)
+            if (!hasCase(options.plan.groups[number], each.id))
+                left.append(each.id);
+    }
+    return left;
+}
+
 SessionResult begun(const Options &options)
 {
     SessionResult result;
@@ -127,6 +155,13 @@ SessionResult begun(const Options &options)
     result.device = options.device;
     result.inspector = options.inspector;
     result.recording = options.recording;
+    result.caseFiles = options.caseFiles;
+    result.notRun = notRun(options);
+    for (const Group &group : options.plan.measured)
+        for (const Measure &measure : group.measures)
+            if (usesMeasure(options.plan, measure))
+                result.cycles.append(
+                    {measure.key, cyclesOf(options.plan, measure), measure.cycles});
     result.begin = QDateTime::currentDateTime();
     return result;
 }
@@ -152,6 +187,10 @@ int check(const Options &options)
     Tape tape(options, line);
     const StopSignal stop;
     QObject::connect(&stop, &StopSignal::stopped, &line, &PodLine::stop);
+    if (line.kind() == wire::LinkAddress::TcpListen)
+        writeLine(stderr, options.language == wire::Language::Chinese
+                              ? QStringLiteral("等待吊舱连接……")
+                              : QStringLiteral("Waiting for the pod to connect ..."));
     if (!line.open())
         return line.isStopped() ? complain(QStringLiteral("broken off"))
                                 : complain(line.reason(), kExitNoLink);
@@ -182,6 +221,15 @@ int run()
     return kExitDone;
 }
 
+#ifndef Q_OS_WIN
+/// Without a session of the user's the toolkit says where it would keep what isn't kept here.
+void passOver(QtMsgType type, const QMessageLogContext &context, const QString &text)
+{
+    if (!text.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR")))
+        writeLine(stderr, qFormatLogMessage(type, context, text));
+}
+#endif
+
 std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
 {
     if (!wantsReport(argc, argv))
@@ -189,6 +237,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
 #ifndef Q_OS_WIN
     // Fonts are needed, a screen isn't.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    qInstallMessageHandler(passOver);
 #endif
     return std::make_unique<QGuiApplication>(argc, argv);
 }

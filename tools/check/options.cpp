@@ -2,7 +2,9 @@
 
 #include "tools/commandline/commandline.h"
 
+#include <QCryptographicHash>
 #include <QFile>
+#include <QFileInfo>
 #include <QLocale>
 
 #include <algorithm>
@@ -17,8 +19,8 @@ constexpr char kText[] =
     "does it take its commands? A line a case, and a report to sign.\n"
     "\n"
     "A link is tcp://host:2332, udp://host:2337?local=2338 or serial:///dev/ttyUSB0?baud=115200,\n"
-    "where the ports and the rate may be left out; tcp-listen://0.0.0.0:2332 waits for a pod that\n"
-    "connects by itself.\n"
+    "where the ports and the rate may be left out; tcp-listen://0.0.0.0:2332 waits a minute for a\n"
+    "pod that connects by itself.\n"
     "\n"
     "Without --group these run: link, timing, protocol, commands. They change no more than the\n"
     "settings of the picture. What moves the pod, zooms, lights or records is off until it is\n"
@@ -50,7 +52,7 @@ struct OptionRow
 constexpr OptionRow kOptionRows[] = {
     {"group", "names", "Run these groups, with commas between them."},
     {"case", "id", "Run only this case, or these with commas: link.answers."},
-    {"motion", "", "The pod may move: runs the group motion."},
+    {"motion", "", "The pod may move: without --group the group motion runs too."},
     {"minutes", "number", "Runs the group endurance for so long."},
     {"cycles", "number", "Cycles of host frame and answer that are measured: 2000."},
     {"cases", "file", "Read this file of cases too; a group of a known name replaces it."},
@@ -74,6 +76,24 @@ QString valueOf(const QCommandLineParser &parser, const char *name)
 bool isSet(const QCommandLineParser &parser, const char *name)
 {
     return parser.isSet(QLatin1String(name));
+}
+
+/// A file that is written twice would be the one alone that was written last.
+bool areApart(const QCommandLineParser &parser, QString &error)
+{
+    QStringList paths;
+    for (const char *name : {"report", "junit", "json", "record"}) {
+        const QString path = QFileInfo(valueOf(parser, name)).absoluteFilePath();
+        if (!isSet(parser, name))
+            continue;
+        if (valueOf(parser, name).isEmpty())
+            error = QStringLiteral("--%1: a file is needed").arg(QLatin1String(name));
+        else if (paths.contains(path))
+            error = QStringLiteral("--%1: %2 is written already")
+                        .arg(QLatin1String(name), valueOf(parser, name));
+        paths.append(path);
+    }
+    return error.isEmpty();
 }
 
 bool readCycles(const QCommandLineParser &parser, int &cycles, QString &error)
@@ -109,21 +129,28 @@ bool readLanguage(const QCommandLineParser &parser, wire::Language &language, QS
     return error.isEmpty();
 }
 
-bool readFile(const QString &path, QVector<Group> &groups, QString &error)
+bool readFile(const QString &path, Options &options, QString &error)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         error = path + QStringLiteral(": ") + file.errorString();
         return false;
     }
-    return readGroup(file.readAll(), path, groups, error);
+    const QByteArray bytes = file.readAll();
+    const QByteArray digest = QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
+    options.caseFiles.append({QFileInfo(path).fileName(), QString::fromLatin1(digest.toHex())});
+    return readGroup(bytes, path, options.all, error);
 }
 
-bool readAllGroups(const QCommandLineParser &parser, QVector<Group> &groups, QString &error)
+bool readAllGroups(const QCommandLineParser &parser, Options &options, QString &error)
 {
-    const QStringList files = shippedFiles() + parser.values(QStringLiteral("cases"));
-    return std::all_of(files.begin(), files.end(),
-                       [&](const QString &path) { return readFile(path, groups, error); });
+    const QStringList shipped = shippedFiles();
+    const QStringList files = shipped + parser.values(QStringLiteral("cases"));
+    const bool isGood = std::all_of(files.begin(), files.end(), [&](const QString &path) {
+        return readFile(path, options, error);
+    });
+    options.caseFiles.remove(0, qMin(options.caseFiles.size(), shipped.size()));
+    return isGood;
 }
 
 QStringList listed(const QCommandLineParser &parser, const char *name)
@@ -137,13 +164,12 @@ QStringList listed(const QCommandLineParser &parser, const char *name)
 /// Whether a group runs: named, or in want of nobody's leave.
 bool isWanted(const QCommandLineParser &parser, const Group &group, const QStringList &named)
 {
-    if (named.contains(group.id))
-        return true;
-    if (group.isLong && isSet(parser, "minutes"))
-        return true;
-    if ((group.effects & kMoves) != 0)
-        return isSet(parser, "motion");
-    return named.isEmpty() && group.effects == kStill && !group.isLong;
+    if (!named.isEmpty())
+        return named.contains(group.id) ||
+               (group.isLong && isSet(parser, "minutes") && group.effects == kStill);
+    const bool isLeft =
+        (group.effects & ~kMoves) == 0 && (group.effects == kStill || isSet(parser, "motion"));
+    return isLeft && (!group.isLong || isSet(parser, "minutes"));
 }
 
 QString unknownGroup(const QStringList &named, const QVector<Group> &groups)
@@ -253,8 +279,8 @@ std::optional<int> readOptions(Options &options)
     const bool isGood =
         readLanguage(parser, options.language, error) && readLink(parser, options, error) &&
         readCycles(parser, options.plan.cycles, error) &&
-        readMinutes(parser, options.plan.minutes, error) &&
-        readAllGroups(parser, options.all, error) && tieMeasures(options.all, error);
+        readMinutes(parser, options.plan.minutes, error) && readAllGroups(parser, options, error) &&
+        areApart(parser, error) && tieMeasures(options.all, error);
     if (!isGood || (!options.isList && !choose(parser, options, error)))
         return complainOfUsage(error);
     return {};

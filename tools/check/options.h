@@ -15,6 +15,7 @@ struct Options
     bool isList = false;
     wire::Language language = wire::Language::English;
     QVector<Group> all; ///< that there are, own ones included
+    QVector<CaseFile> caseFiles;
     Plan plan;
     QString device;
     QString inspector;

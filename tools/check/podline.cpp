@@ -7,6 +7,7 @@ namespace check {
 namespace {
 
 constexpr qint64 kOpenLimit = 5000000;
+constexpr qint64 kListenLimit = 60000000; // a pod that connects by itself is switched on now
 constexpr qint64 kLongestTimer = 3600000; // milliseconds
 
 } // namespace
@@ -48,7 +49,8 @@ bool PodLine::open()
 {
     m_link->open();
     if (!m_isOpen && !m_isLost) {
-        m_timer.start(int(kOpenLimit / 1000));
+        const bool isListening = kind() == wire::LinkAddress::TcpListen;
+        m_timer.start(int((isListening ? kListenLimit : kOpenLimit) / 1000));
         m_loop.exec();
     }
     if (!m_isOpen && m_reason.isEmpty())

@@ -118,6 +118,9 @@ private:
                   {say("用时", "Duration"), durationText(m_result.seconds)},
                   {say("检验员", "Inspector"), orDash(m_result.inspector)},
                   {say("录制文件", "Recording"), m_result.recording},
+                  {say("循环数", "Cycles"), cyclesText(m_result)},
+                  {say("自备项目文件", "Own case files"), caseFilesText(m_result)},
+                  {say("未运行", "Not run"), m_result.notRun.join(QStringLiteral(", "))},
                   {say("工具", "Tool"), m_result.tool}},
                  9.5);
     }
@@ -281,7 +284,7 @@ private:
         }
     }
 
-    void addFailure(const CaseResult &each)
+    void addFailureTitle(const CaseResult &each)
     {
         m_paper.leave(6);
         Table title;
@@ -294,6 +297,11 @@ private:
         row.staysWithNext = true;
         title.rows = {row};
         m_paper.addTable(title);
+    }
+
+    void addFailure(const CaseResult &each)
+    {
+        addFailureTitle(each);
         addFacts({{say("目的", "Reason"), say(each.reason)},
                   {say("原因", "Why it failed"), say(each.why)},
                   {say("测量值", "Measured"), figuresText(each)},

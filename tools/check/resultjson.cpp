@@ -10,6 +10,9 @@
 // One object:
 //   tool, link, device, inspector, recording   texts, empty for what wasn't given
 //   begin                   ISO 8601 with the offset from UTC;  seconds: a number
+//   cycles                  [{measure, cycles, usual}]: link/cycle, 6, 2000 by its file or 0
+//   case_files              [{name, sha256}], of the user's
+//   not_run                 a text: ids of groups, and of cases of those that ran in part
 //   versions                null, or {protocol, hardware, firmware, pod_code}
 //   ending                  "whole", "broken_off", "link_lost";  loss_reason: a text
 //   verdict                 "passed", "failed", "incomplete";  verdict_text: {zh, en}
@@ -109,6 +112,7 @@ private:
         all.add("recording", m_result.recording.toUtf8());
         all.add("begin", beginText(m_result).toUtf8());
         putNumber(all, "seconds", m_result.seconds);
+        putScope(all);
         all.key("versions");
         if (!m_result.versions.areKnown) {
             m_out.put("null");
@@ -119,6 +123,21 @@ private:
             .add("hardware", m_result.versions.hardware);
         versions.add("firmware", m_result.versions.firmware)
             .add("pod_code", m_result.versions.podCode);
+    }
+
+    void putScope(Members &all)
+    {
+        putList(all, "cycles", m_result.cycles, [this](const CycleCount &each) {
+            Members members(m_out);
+            members.add("measure", each.measure.toUtf8());
+            putNumber(members, "cycles", double(each.cycles));
+            putNumber(members, "usual", each.usual);
+        });
+        putList(all, "case_files", m_result.caseFiles, [this](const CaseFile &file) {
+            Members members(m_out);
+            members.add("name", file.name.toUtf8()).add("sha256", file.sha256.toUtf8());
+        });
+        all.add("not_run", m_result.notRun.join(QLatin1Char(' ')).toUtf8());
     }
 
     void putVerdict(Members &all)

@@ -17,6 +17,12 @@ LocalText wordOf(Judgement judgement)
     return {QStringLiteral("未判定"), QStringLiteral("not judged")};
 }
 
+QString shownLimit(QString limit)
+{
+    limit.replace(QLatin1String("<="), QStringLiteral("≤"));
+    return limit.replace(QLatin1String(">="), QStringLiteral("≥"));
+}
+
 int SessionResult::count(Judgement judgement) const
 {
     return int(std::count_if(cases.begin(), cases.end(), [judgement](const CaseResult &result) {

@@ -6,6 +6,7 @@
 
 #include <QDateTime>
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 // What a session has found: all that terminal, JUnit, JSON and the printed report show.
@@ -27,6 +28,9 @@ struct Figure
     QString limit; ///< "<= 40", ">= 1", "29 … 31", or nothing
 };
 
+/// A limit as it is shown: "≤ 40".
+QString shownLimit(QString limit);
+
 struct CaseResult
 {
     QString id; ///< link.answers
@@ -42,6 +46,21 @@ struct CaseResult
     /// Of a failed case the frames, or bytes between frames, that show it, in the order of their
     /// times.
     QVector<wire::Record> evidence;
+};
+
+/// A file of the user's that groups were read from.
+struct CaseFile
+{
+    QString name;
+    QString sha256; ///< digits
+};
+
+/// How long a run of cycles was to be.
+struct CycleCount
+{
+    QString measure; ///< with its group: link/cycle
+    qint64 cycles = 0;
+    int usual = 0; ///< by its file; 0 for the length that the user gives
 };
 
 struct GroupTitle
@@ -83,6 +102,9 @@ struct SessionResult
     Ending ending = Ending::Whole;
     QString lossReason; ///< of a lost link
     QString recording;  ///< the file, or nothing
+    QVector<CycleCount> cycles;
+    QVector<CaseFile> caseFiles; ///< beside those that come with the tool
+    QStringList notRun;          ///< groups, and cases of those that ran in part
     QVector<GroupTitle> groups;
     QVector<CaseResult> cases;
     QVector<Series> series;

@@ -25,6 +25,12 @@ QVector<QByteArray> framesBetween();
 
 /// The cycles of a measure in a plan.
 qint64 cyclesOf(const Plan &plan, const Measure &measure);
+/// Whether a case of the plan asks for a number of it.
+bool usesMeasure(const Plan &plan, const Measure &measure);
+/// What takes photos or toggles goes out once in a step; the frames after it are these, without a
+/// command.
+bool goesOutOnce(const Step &step);
+QByteArray idleFrame();
 
 /// Gets what happens while it does.
 class Watcher

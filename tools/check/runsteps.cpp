@@ -28,11 +28,6 @@ Outcome notJudged(const LocalText &why)
     return {Judgement::NotJudged, why, {}};
 }
 
-QByteArray idleFrame()
-{
-    return wire::composePairs(wire::FrameKind::Host, {}).record.bytes;
-}
-
 /// The command of a host frame; 0 for none.
 char codeOf(const QByteArray &frame)
 {
@@ -96,6 +91,16 @@ QVector<QByteArray> framesBetween()
     return frames;
 }
 
+QByteArray idleFrame()
+{
+    return wire::composePairs(wire::FrameKind::Host, {}).record.bytes;
+}
+
+bool goesOutOnce(const Step &step)
+{
+    return (effectsOf(step) & kRecords) != 0;
+}
+
 Outcome Runner::runStep(const Step &step)
 {
     static constexpr Outcome (Runner::*kSteps[])(const Step &) = {
@@ -111,10 +116,9 @@ void Runner::write(const QByteArray &bytes)
     m_sent = m_line.send(bytes);
 }
 
-/// What takes photos or toggles goes out once; the frames after it carry no command.
 bool Runner::sendUntil(const Step &step, const PodLine::Take &take)
 {
-    const bool isOnce = (effectsOf(step) & kRecords) != 0;
+    const bool isOnce = goesOutOnce(step);
     const qint64 begin = m_line.now();
     const qint64 end = begin + step.time;
     for (qint64 next = begin; m_line.isUsable() && m_line.now() < end;) {
@@ -289,7 +293,7 @@ Outcome Runner::hold(const Step &step)
         m_line.listen(m_line.now() + kQuietTime + m_slowest, take);
     if (why.isEmpty() && answers < kLeastShare * m_sentInStep)
         why = LocalText{QStringLiteral("%1 帧中只有 %2 帧得到应答"),
-                        QStringLiteral("of %1 frames %2 were answered")}
+                        QStringLiteral("%1 frames were sent, %2 answers came")}
                   .arg(QString::number(m_sentInStep), QString::number(answers));
     return why.isEmpty() ? Outcome() : failed(why);
 }
@@ -356,11 +360,23 @@ Outcome Runner::judged(const FigureRow &row, const CycleStats &stats, const Step
     if (isWithin)
         return {};
     const LocalText name = nameOf(row);
-    const QString shown = QString::number(value, 'g', 6);
-    Outcome outcome = failed({QStringLiteral("%1 %2，要求 %3").arg(name.zh, shown, limit),
-                              QStringLiteral("%1: %2, wanted %3").arg(name.en, shown, limit)});
+    const QString unit = *row.unit ? QLatin1Char(' ') + QLatin1String(row.unit) : QString();
+    const QString shown = QString::number(value, 'g', 6) + unit;
+    const QString wanted = shownLimit(limit) + unit;
+    Outcome outcome = failed({QStringLiteral("%1 %2，要求 %3").arg(name.zh, shown, wanted),
+                              QStringLiteral("%1: %2, wanted %3").arg(name.en, shown, wanted)});
     outcome.evidence = stats.evidence[int(row.amiss)];
     return outcome;
+}
+
+bool usesMeasure(const Plan &plan, const Measure &measure)
+{
+    for (const Group &group : plan.groups)
+        for (const Case &each : group.cases)
+            for (const Step &step : each.steps)
+                if (step.kind == StepKind::Measure && step.name == measure.key)
+                    return true;
+    return false;
 }
 
 qint64 cyclesOf(const Plan &plan, const Measure &measure)

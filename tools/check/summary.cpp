@@ -78,10 +78,27 @@ QString measuredText(const Figure &figure)
 {
     if (figure.limit.isEmpty())
         return valueText(figure);
-    QString limit = figure.limit;
-    limit.replace(QLatin1String("<="), QStringLiteral("≤"));
-    limit.replace(QLatin1String(">="), QStringLiteral("≥"));
-    return QStringLiteral("%1 (%2)").arg(valueText(figure), limit);
+    return QStringLiteral("%1 (%2)").arg(valueText(figure), shownLimit(figure.limit));
+}
+
+QString cyclesText(const SessionResult &result)
+{
+    QStringList texts;
+    for (const CycleCount &each : result.cycles) {
+        const bool isUsual = each.usual == 0 || each.usual == each.cycles;
+        texts.append(QStringLiteral("%1 %2").arg(each.measure).arg(each.cycles) +
+                     (isUsual ? QString() : QStringLiteral(" (%1)").arg(each.usual)));
+    }
+    return texts.join(QStringLiteral(", "));
+}
+
+QString caseFilesText(const SessionResult &result)
+{
+    constexpr int kDigits = 16; // enough to tell files apart; JSON has them all
+    QStringList texts;
+    for (const CaseFile &each : result.caseFiles)
+        texts.append(QStringLiteral("%1 (SHA-256 %2…)").arg(each.name, each.sha256.left(kDigits)));
+    return texts.join(QStringLiteral(", "));
 }
 
 QString versionText(const Versions &versions, wire::Language language)

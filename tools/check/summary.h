@@ -21,6 +21,10 @@ QString measuredText(const Figure &figure);
 
 /// "protocol 1, hardware 2 …" in a language; a dash where the pod has said nothing.
 QString versionText(const Versions &versions, wire::Language language);
+/// "link/cycle 6 (2000)": each run of cycles, with what its file says where that is something else.
+QString cyclesText(const SessionResult &result);
+/// "own.json (SHA-256 0123456789abcdef…)" for each file of the user's.
+QString caseFilesText(const SessionResult &result);
 /// "59.4 s", "12 min 5 s".
 QString durationText(double seconds);
 /// With the offset from UTC.

@@ -15,7 +15,7 @@ namespace check {
 
 namespace {
 
-constexpr int kIdWidth = 27;
+constexpr int kIdWidth = 29;
 constexpr qint64 kProgressAfter = 1000; // milliseconds
 constexpr qint64 kProgressPause = 250;
 constexpr const char *kColours[] = {"\x1b[32m", "\x1b[1;31m", "\x1b[33m"};
@@ -76,21 +76,40 @@ void listFrame(const QByteArray &bytes, const QString &times)
             .arg(QString::fromLatin1(bytes.toHex().toUpper())));
 }
 
-/// How often a step sends: once, so many times, or again and again for its time.
+/// How often a step sends a frame that goes out again and again: at most so often.
+qint64 mostOf(const Step &step)
+{
+    return (step.time + step.every - 1) / step.every;
+}
+
+bool isRepeated(const Step &step)
+{
+    return step.kind == StepKind::Ask || step.kind == StepKind::Hold ||
+           step.kind == StepKind::Reach;
+}
+
+QString atMost(qint64 times)
+{
+    return QStringLiteral("<= %1 x").arg(times);
+}
+
+/// Once, so many times, or again and again for its time.
 QString timesOf(const Step &step)
 {
-    const bool isRepeated =
-        step.kind == StepKind::Ask || step.kind == StepKind::Hold || step.kind == StepKind::Reach;
-    return isRepeated ? QStringLiteral("<= %1 x").arg((step.time + step.every - 1) / step.every)
-                      : QStringLiteral("%1 x").arg(step.times);
+    return isRepeated(step) && !goesOutOnce(step) ? atMost(mostOf(step))
+                                                  : QStringLiteral("%1 x").arg(step.times);
 }
 
 void listSteps(const QVector<Step> &steps)
 {
-    for (const Step &step : steps)
+    for (const Step &step : steps) {
+        if (step.kind == StepKind::Answer)
+            continue;
         for (const QByteArray &bytes : step.writes)
-            if (step.kind != StepKind::Answer)
-                listFrame(bytes, timesOf(step));
+            listFrame(bytes, timesOf(step));
+        if (isRepeated(step) && goesOutOnce(step))
+            listFrame(idleFrame(), atMost(mostOf(step) - 1));
+    }
 }
 
 /// How often each frame of a measure goes out.
@@ -98,16 +117,6 @@ QString timesOf(const Plan &plan, const Measure &measure)
 {
     const qint64 all = cyclesOf(plan, measure);
     return QStringLiteral("%1 x").arg((all + measure.frames.size() - 1) / measure.frames.size());
-}
-
-bool usesMeasure(const Plan &plan, const Measure &measure)
-{
-    for (const Group &group : plan.groups)
-        for (const Case &each : group.cases)
-            for (const Step &step : each.steps)
-                if (step.kind == StepKind::Measure && step.name == measure.key)
-                    return true;
-    return false;
 }
 
 /// What goes out beside the frames of the cases, wherever one asks for a command.
