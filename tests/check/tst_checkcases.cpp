@@ -122,6 +122,8 @@ void tst_checkcases::mistakesInFiles_data()
         {"no time", fileWith(R"([{"ask": {}, "within": "soon"}])"), "a time as 30ms or 2s"},
         {"a number without a unit", fileWith(R"([{"ask": {}, "within": "5"}])"),
          "a time as 30ms or 2s"},
+        {"a key twice", fileWith(R"([{"ask": {"fields": {}, "fields": {}}}])"),
+         "\"fields\" stands there twice"},
         {"no title",
          fileWith(R"([{"ask": {}}])").replace(R"("title": {"zh": "组", "en": "group"},)", ""),
          "a title is needed"},

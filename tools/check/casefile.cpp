@@ -52,6 +52,19 @@ QVector<QByteArray> framesOf(const QJsonArray &list, JsonEntry &entry)
     return frames;
 }
 
+/// A number, or the name of one that is remembered.
+void readNear(JsonEntry &entry, Condition &condition)
+{
+    const QString near = entry.words("near").value(0);
+    bool isNumber = false;
+    condition.near = near.toDouble(&isNumber);
+    condition.remembered = isNumber ? QString() : near;
+    condition.within = entry.number("within", -1);
+    if (condition.within < 0)
+        entry.complain(QStringLiteral("\"near\" takes \"within\", 0 or more"));
+    condition.turns = entry.flag("turns");
+}
+
 Condition readCondition(const QString &field, const QJsonValue &value, const QString &place,
                         QString &error)
 {
@@ -67,16 +80,8 @@ Condition readCondition(const QString &field, const QJsonValue &value, const QSt
     condition.most = entry.number("most", kNoLimit);
     if (entry.has("bits") && !wire::readDigits(entry.text("bits").toLatin1(), condition.bits))
         entry.complain(QStringLiteral("\"bits\": hexadecimal digits are needed"));
-    if (!entry.has("near"))
-        return condition;
-    const QString near = entry.words("near").value(0);
-    bool isNumber = false;
-    condition.near = near.toDouble(&isNumber);
-    condition.remembered = isNumber ? QString() : near;
-    condition.within = entry.number("within", -1);
-    if (condition.within < 0)
-        entry.complain(QStringLiteral("\"near\" takes \"within\", 0 or more"));
-    condition.turns = entry.flag("turns");
+    if (entry.has("near"))
+        readNear(entry, condition);
     return condition;
 }
 
@@ -356,6 +361,16 @@ bool isMeasured(const Step &step)
     return step.kind == StepKind::Measure;
 }
 
+int readAttempts(JsonEntry &entry, const QVector<Step> &steps)
+{
+    const int attempts = entry.count("attempts", 1);
+    if (attempts < 1 || attempts > kMostAttempts)
+        entry.complain(QStringLiteral("\"attempts\": 1 to %1").arg(kMostAttempts));
+    if (attempts > 1 && std::any_of(steps.begin(), steps.end(), isMeasured))
+        entry.complain(QStringLiteral("\"attempts\": what is measured once stays as it is"));
+    return attempts;
+}
+
 Case readCase(const QJsonValue &value, const Group &group, const LocalText &usualReason,
               const QString &place, QString &error)
 {
@@ -371,11 +386,7 @@ Case readCase(const QJsonValue &value, const Group &group, const LocalText &usua
     made.name = entry.has("name") ? entry.localText("name") : commandName(made.steps);
     made.reason = entry.has("reason") ? entry.localText("reason") : usualReason;
     made.isEssential = entry.flag("essential");
-    made.attempts = entry.count("attempts", 1);
-    if (made.attempts < 1 || made.attempts > kMostAttempts)
-        entry.complain(QStringLiteral("\"attempts\": 1 to %1").arg(kMostAttempts));
-    if (made.attempts > 1 && std::any_of(made.steps.begin(), made.steps.end(), isMeasured))
-        entry.complain(QStringLiteral("\"attempts\": what is measured once stays as it is"));
+    made.attempts = readAttempts(entry, made.steps);
     made.links = readLinks(entry);
     if (made.name.isEmpty() || made.reason.isEmpty())
         entry.complain(QStringLiteral("a name and a reason are needed"));
@@ -461,21 +472,29 @@ void holdToOrder(const Group &group, JsonEntry &entry)
         entry.complain(QStringLiteral("%1 stands there twice").arg(*twice));
 }
 
-Group readWhole(const QJsonValue &value, const QString &file, QString &error)
+/// What a group says of itself.
+void readHead(JsonEntry &entry, Group &group)
 {
-    JsonEntry entry(value, file, error);
-    Group group;
     group.id = entry.text("group");
     group.title = entry.localText("title");
-    if (group.title.isEmpty())
-        entry.complain(QStringLiteral("a title is needed"));
+    group.effects = readEffects(entry);
+    group.isLong = entry.flag("long");
+    group.warning = entry.localText("warning");
     // The command line names groups with commas between them, cases with their group and a dot.
     static const QRegularExpression plain(QStringLiteral("^[A-Za-z0-9_-]+$"));
     if (!plain.match(group.id).hasMatch())
         entry.complain(QStringLiteral("\"group\": letters, digits, - and _"));
-    group.effects = readEffects(entry);
-    group.isLong = entry.flag("long");
-    group.warning = entry.localText("warning");
+    if (group.title.isEmpty())
+        entry.complain(QStringLiteral("a title is needed"));
+    if (group.effects != kStill && group.warning.isEmpty())
+        entry.complain(QStringLiteral("a group that does something has to warn of it"));
+}
+
+Group readWhole(const QJsonValue &value, const QString &file, QString &error)
+{
+    JsonEntry entry(value, file, error);
+    Group group;
+    readHead(entry, group);
     const LocalText reason = entry.localText("reason");
     for (const auto &each : entry.array("measures")) {
         group.measures.append(readMeasure(each, file + QStringLiteral(": measures"), error));
@@ -486,8 +505,6 @@ Group readWhole(const QJsonValue &value, const QString &file, QString &error)
             readCase(each, group, reason,
                      file + QStringLiteral(": cases[%1]").arg(group.cases.size() + 1), error));
     group.after = readSteps(entry.array("after"), file + QStringLiteral(": after"), error);
-    if (group.effects != kStill && group.warning.isEmpty())
-        entry.complain(QStringLiteral("a group that does something has to warn of it"));
     holdToOrder(group, entry);
     return group;
 }
@@ -532,6 +549,8 @@ bool readGroup(const QByteArray &json, const QString &file, QVector<Group> &grou
         return false;
     }
     error.clear();
+    if (const QString key = doubledKey(json); !key.isEmpty())
+        error = QStringLiteral("%1: \"%2\" stands there twice").arg(file, key);
     const Group group = readWhole(document.object(), file, error);
     holdToEffects(group, file, error);
     if (!error.isEmpty())

@@ -4,9 +4,32 @@
 
 #include <QJsonArray>
 
+#include <cctype>
 #include <cmath>
 
 namespace check {
+
+namespace {
+
+/// Where the text that begins with the quote at `at` has its other one.
+int endOfText(const QByteArray &json, int at)
+{
+    int end = at + 1;
+    while (end < json.size() && json[end] != '"')
+        end += json[end] == '\\' ? 2 : 1;
+    return end;
+}
+
+/// Whether it is one, by what follows its end.
+bool isKey(const QByteArray &json, int end)
+{
+    int next = end + 1;
+    while (next < json.size() && std::isspace(quint8(json[next])))
+        ++next;
+    return next < json.size() && json[next] == ':';
+}
+
+} // namespace
 
 JsonEntry::JsonEntry(const QJsonValue &value, const QString &place, QString &error)
     : m_object(value.toObject()), m_place(place), m_error(error)
@@ -123,6 +146,29 @@ QJsonArray JsonEntry::array(const char *key)
     if (!value.isUndefined() && !value.isArray())
         complain(QStringLiteral("\"%1\": a list [ … ] is needed").arg(QLatin1String(key)));
     return value.toArray();
+}
+
+QString doubledKey(const QByteArray &json)
+{
+    QVector<QStringList> open; // the keys so far of each object or list around
+    for (int at = 0; at < json.size(); ++at) {
+        const char c = json[at];
+        if (c == '{' || c == '[')
+            open.append(QStringList());
+        else if ((c == '}' || c == ']') && !open.isEmpty())
+            open.removeLast();
+        if (c != '"')
+            continue;
+        const int end = endOfText(json, at);
+        const QString text = QString::fromUtf8(json.mid(at + 1, end - at - 1));
+        at = end;
+        if (open.isEmpty() || !isKey(json, end))
+            continue;
+        if (open.last().contains(text))
+            return text;
+        open.last().append(text);
+    }
+    return {};
 }
 
 QString wordOf(const QJsonValue &value)

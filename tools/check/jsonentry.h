@@ -45,6 +45,10 @@ private:
     QStringList m_taken;
 };
 
+/// A key that stands twice in one object of a text that is JSON, or nothing: a parser keeps one of
+/// the two and says nothing.
+QString doubledKey(const QByteArray &json);
+
 /// A number as it is written, a text as it is.
 QString wordOf(const QJsonValue &value);
 

@@ -65,12 +65,9 @@ CaseResult Runner::left(const Group &group, bool &isStopped)
         }
         if (!m_line.isUsable())
             outcome = unanswered();
-        if (outcome.judgement == Judgement::Passed)
-            continue;
-        row.judgement = outcome.judgement;
-        row.why = outcome.why;
-        row.evidence = outcome.evidence;
-        break;
+        take(outcome, row);
+        if (outcome.judgement != Judgement::Passed)
+            break;
     }
     return row;
 }

@@ -204,13 +204,20 @@ void keepCases(const QStringList &ids, QVector<Group> &groups)
                  groups.end());
 }
 
-bool choose(const QCommandLineParser &parser, Options &options, QString &error)
+/// By themselves, or by their cases.
+QStringList namedGroups(const QCommandLineParser &parser, const QStringList &cases)
 {
-    const QStringList cases = listed(parser, "case");
     QStringList named = listed(parser, "group");
     if (named.isEmpty())
         for (const QString &id : cases)
             named.append(id.section(QLatin1Char('.'), 0, 0));
+    return named;
+}
+
+bool choose(const QCommandLineParser &parser, Options &options, QString &error)
+{
+    const QStringList cases = listed(parser, "case");
+    const QStringList named = namedGroups(parser, cases);
     const QString unknown = unknownGroup(named, options.all);
     if (!unknown.isEmpty())
         error = QStringLiteral("there is no group \"%1\"").arg(unknown);

@@ -231,6 +231,15 @@ void Paper::addRow(const Table &table, const Row &row, int head)
     }
 }
 
+void Paper::drawLines(QPainter &painter, const Lines &lines, QPointF place)
+{
+    for (const Line &each : lines) {
+        const QTextLine line = each.layout->lineAt(each.number);
+        line.draw(&painter, {place.x(), place.y() + each.baseline - line.ascent()});
+        place.ry() += each.height;
+    }
+}
+
 Paper::Draw Paper::drawingOf(const QVector<Lines> &cells, const QVector<qreal> &widths,
                              const Row &row, const Table &table, bool isLast) const
 {
@@ -247,12 +256,7 @@ Paper::Draw Paper::drawingOf(const QVector<Lines> &cells, const QVector<qreal> &
                              QColor(bar));
         qreal x = area.left() + units(kPadX) + room;
         for (int i = 0; i < cells.size(); ++i) {
-            qreal y = area.top() + padding;
-            for (const Line &each : cells[i]) {
-                const QTextLine line = each.layout->lineAt(each.number);
-                line.draw(&painter, {x, y + each.baseline - line.ascent()});
-                y += each.height;
-            }
+            drawLines(painter, cells[i], {x, area.top() + padding});
             x += widths[i];
         }
         painter.setPen(QPen(QColor(ink::kRule), units(kRuleWidth)));

@@ -129,6 +129,7 @@ private:
     void addRow(const Table &table, const Row &row, int head);
     Row headOf(const Table &table) const;
     QVector<Lines> takeLines(QVector<Lines> &cells) const;
+    static void drawLines(QPainter &painter, const Lines &lines, QPointF place);
     Draw drawingOf(const QVector<Lines> &cells, const QVector<qreal> &widths, const Row &row,
                    const Table &table, bool isLast) const;
     qreal chainHeight(int first) const;

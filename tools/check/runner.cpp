@@ -115,6 +115,13 @@ Outcome Runner::attempts(const Case &each, int &count)
     return outcome;
 }
 
+void take(const Outcome &outcome, CaseResult &result)
+{
+    result.judgement = outcome.judgement;
+    result.why = outcome.why;
+    result.evidence = outcome.evidence;
+}
+
 CaseResult Runner::runCase(const Case &each)
 {
     CaseResult result;
@@ -129,9 +136,7 @@ CaseResult Runner::runCase(const Case &each)
     const bool isRun = outcome.judgement == Judgement::Passed;
     if (isRun)
         outcome = attempts(each, result.attempts);
-    result.judgement = outcome.judgement;
-    result.why = outcome.why;
-    result.evidence = outcome.evidence;
+    take(outcome, result);
     result.figures = m_figures;
     result.seconds = double(timer.nsecsElapsed()) * 1e-9;
     m_figures.clear();

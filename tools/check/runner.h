@@ -55,6 +55,9 @@ struct Outcome
     QVector<wire::Record> evidence;
 };
 
+/// Makes it that of the case.
+void take(const Outcome &outcome, CaseResult &result);
+
 /// Why nothing can be said of a pod that also sends without being asked.
 Outcome talks();
 

@@ -15,8 +15,9 @@ constexpr qint64 kPieceGap = 2000;       // microseconds between the pieces of a
 constexpr qint64 kSlowestBelieved = 2000000;
 constexpr qint64 kNextGap = 10000; // microseconds, so that a read of the pod ends between
 constexpr qint64 kForgetTime = 500000;
-constexpr double kMinute = 60e6;    // microseconds
-constexpr double kLeastShare = 0.5; // of the frames of a step that are answered
+constexpr double kMillisecond = 1000; // microseconds
+constexpr double kMinute = 60e6;      // microseconds
+constexpr double kLeastShare = 0.5;   // of the frames of a step that are answered
 
 QString seconds(qint64 microseconds)
 {
@@ -76,6 +77,13 @@ LocalText notAcknowledged(Acknowledged acknowledged, qint64 time)
     }
     return {QStringLiteral("%1 内命令未得到确认").arg(seconds(time)),
             QStringLiteral("the command isn't acknowledged within %1").arg(seconds(time))};
+}
+
+/// Microseconds; 0 where nobody knows.
+qint64 slowestOf(const CycleStats &stats)
+{
+    const FigureRow &row = *figureRow(QStringLiteral("answer_worst"));
+    return row.whyNot(stats).isEmpty() ? qint64(row.of(stats) * kMillisecond) : 0;
 }
 
 } // namespace
@@ -409,8 +417,7 @@ void Runner::makeStats(const Measure &measure, CycleStats &stats)
         take(record);
         return stats.lost() <= 0;
     });
-    for (const int time : qAsConst(stats.answerTimes.micros))
-        m_slowest = qBound<qint64>(m_slowest, time, kSlowestBelieved);
+    m_slowest = qBound(m_slowest, slowestOf(stats), kSlowestBelieved);
 }
 
 } // namespace check
