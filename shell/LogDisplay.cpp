@@ -122,8 +122,11 @@ void LogDisplay::makeRoom(QTextCursor &edit, int blocks)
     const int excess = document()->blockCount() + blocks - maximumBlockCount();
     if (maximumBlockCount() <= 0 || excess <= 0)
         return;
-    if (m_lostBlocks == 0)
-        m_topLine = verticalScrollBar()->value() - firstVisibleBlock().firstLineNumber();
+    if (m_lostBlocks == 0) {
+        m_place = verticalScrollBar()->value();
+        m_topLine = m_place - firstVisibleBlock().firstLineNumber();
+        m_offset = contentOffset();
+    }
     m_lostBlocks += excess;
     edit.setPosition(0);
     edit.setPosition(document()->findBlockByNumber(excess).position(), QTextCursor::KeepAnchor);
@@ -139,7 +142,8 @@ void LogDisplay::followLostBlocks()
     if (lost == 0)
         return;
     const int number = firstVisibleBlock().blockNumber() - lost;
-    if (number < 0) {
+    // Where the cursor is shown, the toolkit itself may have scrolled to it, by the new numbers.
+    if (number < 0 || verticalScrollBar()->value() != m_place) {
         viewport()->update();
         return;
     }
@@ -147,6 +151,10 @@ void LogDisplay::followLostBlocks()
     verticalScrollBar()->setValue(document()->findBlockByNumber(number).firstLineNumber() +
                                   m_topLine);
     viewport()->setAttribute(Qt::WA_UpdatesDisabled, false);
+    // The bar may stand elsewhere than the view, and what scrolling has left over of a pixel where
+    // lines aren't of whole ones is lost.
+    if (firstVisibleBlock().blockNumber() != number || contentOffset() != m_offset)
+        viewport()->update();
 }
 
 void LogDisplay::append(const QString &text)

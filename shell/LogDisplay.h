@@ -38,6 +38,8 @@ private:
     QTimer m_turn;              ///< until the view may follow again
     QElapsedTimer m_lastSettle; ///< invalid until the first
     int m_lostBlocks = 0;       ///< off the top since the view last followed
+    int m_place = 0;            ///< of the view before that, as its bar has it
     int m_topLine = 0;          ///< of the view's first block, which the view began with then
+    QPointF m_offset;           ///< of the text in the view, then
     QTextCursor m_longLine;     ///< whose layout is kept; a block alone would outlive its text
 };
