@@ -95,6 +95,7 @@ public:
     {
         window.resize(1920, 1080);
         window.show();
+        chooseLanguage(true); // whatever the saved file says
         turnEventLoop(kLayoutMs);
     }
 

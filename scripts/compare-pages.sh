@@ -11,7 +11,7 @@ if [[ $# -lt 1 || $# -gt 2 ]]; then
     sed -n 's/^# Usage: /usage: /p' "$0" >&2
     exit 2
 fi
-scripts/install-deps.sh build fonts screen pictures
+scripts/install-deps.sh build fonts screen drive
 
 out=$PWD/build/pages
 

@@ -277,6 +277,7 @@ void tst_checkcases::cycles_data()
         {"a wrong checksum", "s24 crc s75 a75 s80 a80", {0, 0, 0, 1, 0, 0, 5}},
         {"a wrong checksum, doubled", "s24 c24 c24 s75 a75", {0, 0, 0, 2, 0, 0, 5}},
         {"lost, then a wrong checksum", "s80 a80 s24 s75 c75 s80 a80", {1, 0, 0, 1, 0, 0, 5}},
+        {"a wrong checksum in another order", "s24 s75 c75 a24", {0, 0, 1, 1, 0, 0, 15}},
         {"a wrong length", "s24 a24 s75 long s80 a80", {0, 0, 0, 0, 1, 0, 5}},
         {"noise", "s24 noise a24 s75 noise a75", {0, 0, 0, 0, 0, 6, 10}},
         {"no feedback", "s24 a s75 a s80 a s07 a", {0, 0, 0, 0, 0, 0, 5}},

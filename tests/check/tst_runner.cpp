@@ -87,6 +87,7 @@ class tst_runner : public QObject
 private slots:
     void stopsAtOnce();
     void anotherStop();
+    void leavesTheRest();
     void lostInTheMiddle();
     void connectsAgain();
     void judges_data();
@@ -136,6 +137,19 @@ void tst_runner::anotherStop()
     QVERIFY2(session.pod.got.startsWith("10 12 03 24 "), session.pod.got);
     QCOMPARE(session.judgements(), QString("g.c not judged, g.after not judged"));
     QCOMPARE(session.result.ending, Ending::BrokenOff);
+}
+
+/// One step that the pod doesn't take keeps none of the others back; what toggles goes out once.
+void tst_runner::leavesTheRest()
+{
+    Oddity oddity;
+    oddity.ignored = QByteArray::fromHex("12");
+    QByteArray file = fileWith(R"([{"ask": {"command": {"name": "lock"}}}])", kMoving);
+    file.replace(R"({"name": "recentre"})", R"({"name": "record"})");
+    Session session(oddity, file);
+    session.run();
+    QCOMPARE(session.judgements(), QString("g.c passed, g.after failed"));
+    QCOMPARE(session.pod.got.count("21 "), 1);
 }
 
 void tst_runner::lostInTheMiddle()

@@ -50,26 +50,33 @@ void Runner::leaveInOrder(const Group &group, SessionResult &result)
     result.cases.append(row);
 }
 
-/// Whether the pod has taken what it was left with: the first step that it hasn't taken.
+/// Whether the pod has taken what it was left with. Of steps that it hasn't taken the first is
+/// shown; those after it are asked all the same.
 CaseResult Runner::left(const Group &group, bool &isStopped)
 {
     CaseResult row = rowOf(group);
-    for (Step step : group.after) {
-        step.time = qMin(step.time, kLeaveTime) + m_slowest;
-        Outcome outcome = ask(step);
-        if (m_line.isStopped() && !isStopped) {
-            isStopped = true;
-            m_watcher.leaves();
-            m_line.resume();
-            outcome = ask(step);
-        }
+    for (const Step &step : group.after) {
+        const Outcome outcome = leave(step, isStopped);
+        if (row.judgement == Judgement::Passed)
+            take(outcome, row);
         if (!m_line.isUsable())
-            outcome = unanswered();
-        take(outcome, row);
-        if (outcome.judgement != Judgement::Passed)
             break;
     }
     return row;
+}
+
+/// Asks for one of them, once more where the first wish to stop comes meanwhile.
+Outcome Runner::leave(Step step, bool &isStopped)
+{
+    step.time = qMin(step.time, kLeaveTime) + m_slowest;
+    Outcome outcome = ask(step);
+    if (m_line.isStopped() && !isStopped) {
+        isStopped = true;
+        m_watcher.leaves();
+        m_line.resume();
+        outcome = ask(step);
+    }
+    return m_line.isUsable() ? outcome : unanswered();
 }
 
 /// Why nobody knows what the pod was left with.

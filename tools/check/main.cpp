@@ -12,7 +12,6 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 
-#include <algorithm>
 #include <cstdio>
 
 namespace check {
@@ -124,25 +123,24 @@ int writeFiles(const Options &options, const SessionResult &result)
     return code;
 }
 
-bool hasCase(const Group &group, const QString &id)
+QStringList casesNotRun(const Group &group, const Plan &plan)
 {
-    return std::any_of(group.cases.begin(), group.cases.end(),
-                       [&id](const Case &each) { return each.id == id; });
+    QStringList cases;
+    for (const Case &each : group.cases)
+        cases.append(each.id);
+    for (const Group &other : plan.groups)
+        for (const Case &each : other.cases)
+            cases.removeAll(each.id);
+    return cases;
 }
 
 /// Groups that don't run; of those that run in part, cases.
 QStringList notRun(const Options &options)
 {
-    QStringList left, groups;
-    for (const Group &group : options.plan.groups)
-        groups.append(group.id);
+    QStringList left;
     for (const Group &group : options.all) {
-        const int number = groups.indexOf(group.id);
-        if (number < 0)
-            left.append(group.id);
-        for (const Case &each : number < 0 ? QVector<Case>() : group.cases)
-            if (!hasCase(options.plan.groups[number], each.id))
-                left.append(each.id);
+        const QStringList cases = casesNotRun(group, options.plan);
+        left += cases.size() == group.cases.size() ? QStringList{group.id} : cases;
     }
     return left;
 }

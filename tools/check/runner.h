@@ -73,6 +73,7 @@ private:
     void runGroup(const Group &group, SessionResult &result);
     void leaveInOrder(const Group &group, SessionResult &result);
     CaseResult left(const Group &group, bool &isStopped);
+    Outcome leave(Step step, bool &isStopped);
     Outcome unanswered() const;
     CaseResult runCase(const Case &each);
     Outcome attempt(const Case &each);
