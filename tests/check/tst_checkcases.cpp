@@ -311,6 +311,12 @@ void tst_checkcases::detailsOfCycles()
     QCOMPARE(stats.periods.moments, QVector<int>({15}));
     QCOMPARE(stats.evidence[int(Amiss::Doubled)].size(), 1);
     QCOMPARE(stats.evidence[int(Amiss::Checksum)].value(0).bytes.size(), 71);
+    stats = statsOf("s24 a24 s75 s80 s07 a07 a80" + QByteArray(" s24 a24 s80 a80").repeated(9), 0);
+    QStringList records;
+    for (const Amiss amiss : {Amiss::Lost, Amiss::Late})
+        for (const wire::Record &record : stats.evidence[int(amiss)])
+            records << record.bytes.left(1).toHex() + ' ' + record.bytes.mid(69, 1).toHex();
+    QCOMPARE(records, QStringList({"a8 75", "a8 80", "8a 80"}));
     stats = statsOf("s24 a24 s75 a75 s80 a80", 5000); // sent every 10 ms
     QCOMPARE(figureRow("period_worst")->whyNot(stats).en,
              QString("this computer was too seldom on time with its frames"));

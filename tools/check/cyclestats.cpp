@@ -98,13 +98,15 @@ LocalText periodsTimed(const CycleStats &stats)
 
 void CycleStats::takeSent(const wire::Record &frame)
 {
-    const Asked asked{sent, codeOf(frame), frame.time};
+    const Asked asked{sent, codeOf(frame), frame};
     m_begin = sent == 0 ? frame.time : m_begin;
     m_codes.set(asked.code);
     m_waiting.push_back(asked);
     ++sent;
-    if (m_waiting.size() > kMostWaiting) // a pod that fell silent
+    if (m_waiting.size() > kMostWaiting) { // a pod that fell silent
+        keep(Amiss::Lost, m_waiting.front().frame);
         m_waiting.erase(m_waiting.begin());
+    }
 }
 
 void CycleStats::takeReceived(const wire::Record &record)
@@ -136,7 +138,7 @@ CycleStats::Match CycleStats::match(quint8 code) const
     const auto found = std::find_if(m_waiting.begin(), m_waiting.end(), isOfCode);
     const Match waiting{Place::Waiting, std::size_t(found - m_waiting.begin())};
     const bool isWaiting = found != m_waiting.end();
-    if (isWaiting && (waiting.at == 0 || found->time > m_heardTime))
+    if (isWaiting && (waiting.at == 0 || found->frame.time > m_heardTime))
         return waiting;
     if (m_heardCode == int(code))
         return {Place::Twice};
@@ -157,6 +159,9 @@ CycleStats::Asked CycleStats::takeWaiting(std::size_t at)
     m_newest = asked.number;
     // What comes later still is lost.
     const auto isOver = [this](const Asked &each) { return each.number + kLatest < m_newest; };
+    for (const Asked &each : m_passed)
+        if (isOver(each))
+            keep(Amiss::Lost, each.frame);
     m_passed.erase(std::remove_if(m_passed.begin(), m_passed.end(), isOver), m_passed.end());
     return asked;
 }
@@ -190,20 +195,25 @@ void CycleStats::takeGood(const wire::Record &record)
     if (found.place == Place::Passed) {
         ++reordered;
         keep(Amiss::Reordered, record);
-        settle(takePassed(found.at), record.time);
+        settle(takePassed(found.at), record);
     } else if (found.place == Place::Waiting || (!isKnown && !m_waiting.empty())) { // by its turn
         unnamed += isKnown ? 0 : 1;
-        settle(takeWaiting(found.at), record.time);
+        settle(takeWaiting(found.at), record);
     } else {
         ++doubled;
         keep(Amiss::Doubled, record);
     }
 }
 
-void CycleStats::settle(const Asked &asked, qint64 time)
+void CycleStats::settle(const Asked &asked, const wire::Record &answer)
 {
     ++answers;
-    answerTimes.add(boundedTime(time - asked.time), momentOf(time));
+    const qint64 time = answer.time, took = time - asked.frame.time;
+    answerTimes.add(boundedTime(took), momentOf(time));
+    if (took > m_longest) {
+        m_longest = took;
+        evidence[int(Amiss::Late)] = {asked.frame, answer};
+    }
     if (m_last.number >= 0 && asked.number == m_last.number + 1)
         addPeriod(asked, time);
     m_last = asked;
@@ -213,7 +223,7 @@ void CycleStats::settle(const Asked &asked, qint64 time)
 /// A busy computer mustn't fail a pod.
 void CycleStats::addPeriod(const Asked &asked, qint64 time)
 {
-    const qint64 sentApart = asked.time - m_last.time;
+    const qint64 sentApart = asked.frame.time - m_last.frame.time;
     if (every == 0 || std::abs(sentApart - every) <= kPunctual)
         periods.add(boundedTime(time - m_lastTime), momentOf(time));
     else
@@ -246,9 +256,9 @@ constexpr std::array<FigureRow, 15> kFigureRows{{
      [](S s) { return double(s.sent); }},
     {"answers", "应答帧数", "answers", "", true, Amiss::Nothing, framesSent,
      [](S s) { return double(s.answers); }},
-    {"lost", "丢失的应答", "answers lost", "", true, Amiss::Nothing, framesSent,
+    {"lost", "丢失的应答", "answers lost", "", true, Amiss::Lost, framesSent,
      [](S s) { return double(s.lost()); }},
-    {"lost_percent", "应答丢失率", "answers lost", "%", true, Amiss::Nothing, framesSent,
+    {"lost_percent", "应答丢失率", "answers lost", "%", true, Amiss::Lost, framesSent,
      [](S s) { return percent(s.lost(), s.sent); }},
     {"doubled", "重复的应答", "answers doubled", "", true, Amiss::Doubled, received,
      [](S s) { return double(s.doubled); }},
@@ -260,12 +270,12 @@ constexpr std::array<FigureRow, 15> kFigureRows{{
      [](S s) { return double(s.badLength); }},
     {"noise_bytes", "帧间杂散字节", "bytes between frames", "B", false, Amiss::Noise, anything,
      [](S s) { return double(s.noiseBytes); }},
-    {"answer_median", "应答时间中位数", "answer time, median", "ms", true, Amiss::Nothing,
+    {"answer_median", "应答时间中位数", "answer time, median", "ms", true, Amiss::Late,
      answersTimed, [](S s) { return milliseconds(s.answerTimes, 0.5); }},
-    {"answer_p99", "应答时间99百分位", "answer time, 99th percentile", "ms", true, Amiss::Nothing,
+    {"answer_p99", "应答时间99百分位", "answer time, 99th percentile", "ms", true, Amiss::Late,
      answersTimed, [](S s) { return milliseconds(s.answerTimes, 0.99); }},
-    {"answer_worst", "应答时间最大值", "answer time, worst", "ms", true, Amiss::Nothing,
-     answersTimed, [](S s) { return milliseconds(s.answerTimes, 1); }},
+    {"answer_worst", "应答时间最大值", "answer time, worst", "ms", true, Amiss::Late, answersTimed,
+     [](S s) { return milliseconds(s.answerTimes, 1); }},
     {"period_median", "应答周期中位数", "period of answers, median", "ms", true, Amiss::Nothing,
      periodsTimed, [](S s) { return milliseconds(s.periods, 0.5); }},
     {"period_p99", "应答周期99百分位", "period of answers, 99th percentile", "ms", true,

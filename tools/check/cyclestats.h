@@ -12,8 +12,8 @@
 namespace check {
 
 /// What may be amiss with a record of a run.
-enum class Amiss : quint8 { Nothing, Doubled, Reordered, Checksum, Length, Noise };
-constexpr int kAmissKinds = 6;
+enum class Amiss : quint8 { Nothing, Lost, Late, Doubled, Reordered, Checksum, Length, Noise };
+constexpr int kAmissKinds = 8;
 
 /// What a run of cycles comes to, counted as the frames go. Which frame an answer belongs to is
 /// found by the command that it acknowledges, in the order of sending; an answer that names none of
@@ -40,7 +40,9 @@ public:
     /// late for itself there are none.
     Times periods;
     int missedPeriods = 0; ///< since this side wasn't on time
-    /// The first records of each kind that weren't as they should be.
+    /// The first records of each kind that weren't as they should be; of what is lost the frames
+    /// without an answer, as soon as none is awaited any more; of what is late the frame whose
+    /// answer took longest, and that answer.
     QVector<wire::Record> evidence[kAmissKinds];
 
     int lost() const;
@@ -50,7 +52,7 @@ private:
     {
         int number;
         quint8 code;
-        qint64 time;
+        wire::Record frame;
     };
     enum class Place : quint8 { Waiting, Passed, Twice, Nowhere };
     struct Match
@@ -63,7 +65,7 @@ private:
     void takeBroken(const wire::Record &record);
     Asked takeWaiting(std::size_t at);
     Asked takePassed(std::size_t at);
-    void settle(const Asked &asked, qint64 time);
+    void settle(const Asked &asked, const wire::Record &answer);
     void addPeriod(const Asked &asked, qint64 time);
     int momentOf(qint64 time) const;
     void keep(Amiss amiss, const wire::Record &record);
@@ -72,12 +74,13 @@ private:
     std::vector<Asked> m_passed;  ///< overtaken by answers to later ones; some come after all
     std::bitset<256> m_codes;     ///< sent so far
     int m_broken = 0;             ///< answered by a broken frame
-    Asked m_last{-1, 0, 0};       ///< answered
+    Asked m_last{-1, 0, {}};      ///< answered
     qint64 m_lastTime = 0;        ///< of the answer to it
     int m_newest = -1;            ///< number of the newest frame that was answered
     int m_heardCode = -1;         ///< of the newest frame that came, a broken one included
     qint64 m_heardTime = 0;
-    qint64 m_begin = 0; ///< when the first frame was sent
+    qint64 m_longest = -1; ///< time of an answer
+    qint64 m_begin = 0;    ///< when the first frame was sent
 };
 
 /// A number of a run that cases can ask for.
