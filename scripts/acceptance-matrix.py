@@ -4,8 +4,9 @@
   scripts/acceptance-matrix.py [--bin FOLDER]           writes docs/acceptance-matrix.md
   scripts/acceptance-matrix.py --check [--bin FOLDER]   holds it against what comes out now
 
---check leaves out the cases of timing, whose limits a busy machine may miss. Every case has to be
-failed by a fault, and none by a pod without one. Ends with 0 when that is so.
+--check leaves out the cases of timing, whose limits a busy machine may miss, and looks once more at
+a fault that comes out otherwise than the document has it. Every case has to be failed by a fault,
+and none by a pod without one. Ends with 0 when that is so.
 """
 
 import argparse
@@ -101,6 +102,27 @@ def measured(folder):
         return list(pool.map(lambda options: judged(folder, options), FAULTS))
 
 
+def documented():
+    """The faults that each case fails for, as the document has it."""
+    rows_there = re.findall(r"^\| `([^`]+)` \| (.*) \|$", DOCUMENT.read_text(encoding="utf-8"), re.M)
+    return {case: set(re.findall("`([^`]*)`", faults)) for case, faults in rows_there}
+
+
+def agrees(fault, result, known, without):
+    looked_at = {case: judgement for case, judgement in result.items()
+                 if not case.startswith(without)}
+    return all((judgement == "failed") == (fault in known.get(case, ()))
+               for case, judgement in looked_at.items()) and (
+                   fault != "" or "not_judged" not in looked_at.values())
+
+
+def looked_at_again(folder, results, without):
+    """The runs are many at once, and a busy machine can join or lose what a pod sends."""
+    known = documented()
+    return [result if agrees(fault, result, known, without) else judged(folder, fault)
+            for fault, result in zip(FAULTS, results)]
+
+
 def failed(results, case):
     return [fault for fault, result in zip(FAULTS, results) if result.get(case) == "failed"]
 
@@ -142,6 +164,8 @@ def main():
     arguments = parser.parse_args()
     results = measured(arguments.bin)
     timed = ("timing", "endurance.answer") if arguments.check else ()
+    if arguments.check:
+        results = looked_at_again(arguments.bin, results, timed)
     wrong = [text for text in mistakes(results) if not text.startswith(timed)] if timed else list(
         mistakes(results))
     if not arguments.check:
