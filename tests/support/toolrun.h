@@ -44,7 +44,7 @@ public:
 
     Ended stop(int signal = SIGTERM)
     {
-        send(signal);
+        stopProcess(m_process, signal);
         return end();
     }
 
