@@ -1,23 +1,16 @@
 #pragma once
 
-#include <QLabel>
+#include "foundation/CellLabel.h"
 
 /// Hexadecimal text of a field. That of a feedback area may be 100 KB long, of which a row of the
-/// form shows a hundredth: such a text is neither measured nor painted beyond what is to be seen.
-class HexLabel : public QLabel
+/// form shows a hundredth: such a text isn't painted beyond what is to be seen.
+class HexLabel : public CellLabel
 {
     Q_OBJECT
 
 public:
-    using QLabel::QLabel;
-
-    QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
-    int heightForWidth(int width) const override;
+    using CellLabel::CellLabel;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-
-private:
-    bool isLong() const;
 };

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QLabel>
+
+/// A label in a cell whose size its form sets, whatever the text: it isn't measured, which takes up
+/// to three layouts of each text.
+class CellLabel : public QLabel
+{
+public:
+    using QLabel::QLabel;
+
+    QSize sizeHint() const override { return {0, 0}; }
+    QSize minimumSizeHint() const override { return {0, 0}; }
+    bool hasHeightForWidth() const override { return false; }
+
+protected:
+    bool event(QEvent *event) override;
+};
