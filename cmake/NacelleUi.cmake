@@ -4,7 +4,7 @@ include(cmake/VideoLibraries.cmake)
 add_library(nacelle_ui STATIC
     foundation/About.cpp foundation/About.h foundation/About.ui
     foundation/CellLabel.cpp foundation/CellLabel.h
-    foundation/FormRow.h
+    foundation/FormPanel.h foundation/FormRow.h
     foundation/FramelessWidget.cpp foundation/FramelessWidget.h
     foundation/digitfont.h
     foundation/PopFrame.cpp foundation/PopFrame.h foundation/PopFrame.ui

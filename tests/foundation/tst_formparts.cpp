@@ -1,11 +1,12 @@
 #include "foundation/CellLabel.h"
+#include "foundation/FormPanel.h"
 #include "foundation/FormRow.h"
 #include "tests/support/strictmain.h"
 
 #include <QBoxLayout>
 
-/// In a row it looks as a plain label does in a plain widget, wherever its look comes from.
-class tst_CellLabel : public QObject
+/// Each part looks as a plain widget does, wherever its look comes from.
+class tst_formparts : public QObject
 {
     Q_OBJECT
 
@@ -13,6 +14,7 @@ private slots:
     void looksPlain_data();
     void looksPlain();
     void leavesTheSizeToItsForm();
+    void aPanelIsPaintedAlone();
 };
 
 namespace {
@@ -40,9 +42,40 @@ QImage picture(const QString &sheet, Order order)
     return window.grab().toImage();
 }
 
+class PaintedWindow : public QWidget
+{
+public:
+    int paints = 0;
+
+protected:
+    void paintEvent(QPaintEvent *) override { ++paints; }
+};
+
+template <typename Panel>
+QImage panelPicture(int &paintsOfTheWindow)
+{
+    PaintedWindow window;
+    window.setStyleSheet("QWidget#panel{background-color:#283142;border-left:3px solid red;}");
+    auto *panel = new Panel(&window);
+    panel->setObjectName("panel");
+    panel->setGeometry(0, 0, 100, 40);
+    auto *label = new QLabel(panel);
+    label->setGeometry(10, 10, 80, 20);
+    window.setFixedSize(100, 50);
+    window.show();
+    if (!QTest::qWaitFor([&window] { return window.paints > 0; }))
+        return {};
+    QTest::qWait(100);
+    window.paints = 0;
+    label->setText("changed");
+    QTest::qWait(100);
+    paintsOfTheWindow = window.paints;
+    return window.grab().toImage();
+}
+
 } // namespace
 
-void tst_CellLabel::looksPlain_data()
+void tst_formparts::looksPlain_data()
 {
     QTest::addColumn<QString>("sheet");
     QTest::newRow("no sheet") << QString();
@@ -52,7 +85,7 @@ void tst_CellLabel::looksPlain_data()
     QTest::newRow("another font") << "QWidget{font-size:17px;} QLabel{margin:4px;}";
 }
 
-void tst_CellLabel::looksPlain()
+void tst_formparts::looksPlain()
 {
     QFETCH(QString, sheet);
     for (const Order order : {Inside, PutInside, SheetLast}) {
@@ -62,7 +95,7 @@ void tst_CellLabel::looksPlain()
     }
 }
 
-void tst_CellLabel::leavesTheSizeToItsForm()
+void tst_formparts::leavesTheSizeToItsForm()
 {
     QWidget row;
     QHBoxLayout layout(&row);
@@ -77,5 +110,14 @@ void tst_CellLabel::leavesTheSizeToItsForm()
     QVERIFY(!layout.hasHeightForWidth());
 }
 
-NACELLE_TEST_MAIN(tst_CellLabel)
-#include "tst_CellLabel.moc"
+void tst_formparts::aPanelIsPaintedAlone()
+{
+    int plainPaints = 0, panelPaints = 0;
+    const QImage plain = panelPicture<QWidget>(plainPaints);
+    QCOMPARE(panelPicture<FormPanel>(panelPaints), plain);
+    QCOMPARE(plainPaints, 1);
+    QCOMPARE(panelPaints, 0);
+}
+
+NACELLE_TEST_MAIN(tst_formparts)
+#include "tst_formparts.moc"
