@@ -2,8 +2,9 @@
 
 #include <QEvent>
 
-/// A label that isn't shown either isn't polished yet, so that the style would work out all of its
-/// rules for the width of a frame, and forget them again at polishing; or it's being given up.
+/// A hidden label isn't polished yet, or is being given up. In the first case the style would work
+/// out all its rules for the width of a frame and forget them at polishing. So no sheet must change
+/// while its form is hidden.
 bool CellLabel::event(QEvent *event)
 {
     return (event->type() == QEvent::StyleChange && !isVisible()) || QLabel::event(event);

@@ -2,8 +2,8 @@
 
 #include <QLabel>
 
-/// A label in a cell whose size its form sets, whatever the text: it isn't measured, which takes up
-/// to three layouts of each text.
+/// A label in a cell whose size its form sets, whatever the text. It isn't measured: that would lay
+/// each text out up to three times.
 class CellLabel : public QLabel
 {
 public:

@@ -3,7 +3,8 @@
 #include <QEvent>
 #include <QWidget>
 
-/// A row of a form, which holds its cells and draws nothing: no style looks for its rules.
+/// A row of a form, which holds its cells and draws nothing: when it's first shown, no style looks
+/// for its rules.
 class FormRow : public QWidget
 {
 public:

@@ -14,12 +14,13 @@ private slots:
     void looksPlain_data();
     void looksPlain();
     void leavesTheSizeToItsForm();
+    void aPanelIsPaintedAlone_data();
     void aPanelIsPaintedAlone();
 };
 
 namespace {
 
-/// When the row comes into the window that has the sheet, and when the sheet comes.
+/// The row is made inside the styled window, is put into it later, or is there before the sheet.
 enum Order { Inside, PutInside, SheetLast };
 
 template <typename Label, typename Row>
@@ -42,35 +43,47 @@ QImage picture(const QString &sheet, Order order)
     return window.grab().toImage();
 }
 
-class PaintedWindow : public QWidget
+template <typename Base>
+class Painted : public Base
 {
 public:
+    using Base::Base;
     int paints = 0;
 
 protected:
-    void paintEvent(QPaintEvent *) override { ++paints; }
+    void paintEvent(QPaintEvent *event) override
+    {
+        ++paints;
+        Base::paintEvent(event);
+    }
+};
+
+struct Seen
+{
+    QImage picture;
+    int paintsBelow = -1; ///< of the window, at a change of one label on the panel
 };
 
 template <typename Panel>
-QImage panelPicture(int &paintsOfTheWindow)
+Seen seenOf(const QString &rule)
 {
-    PaintedWindow window;
-    window.setStyleSheet("QWidget#panel{background-color:#283142;border-left:3px solid red;}");
+    Painted<QWidget> window;
+    window.setStyleSheet("#panel{" + rule + "}");
     auto *panel = new Panel(&window);
     panel->setObjectName("panel");
     panel->setGeometry(0, 0, 100, 40);
-    auto *label = new QLabel(panel);
+    auto *label = new Painted<QLabel>(panel);
     label->setGeometry(10, 10, 80, 20);
     window.setFixedSize(100, 50);
     window.show();
-    if (!QTest::qWaitFor([&window] { return window.paints > 0; }))
+    if (!QTest::qWaitFor([&] { return window.paints > 0 && label->paints > 0; }))
         return {};
-    QTest::qWait(100);
-    window.paints = 0;
+    window.paints = label->paints = 0;
     label->setText("changed");
-    QTest::qWait(100);
-    paintsOfTheWindow = window.paints;
-    return window.grab().toImage();
+    if (!QTest::qWaitFor([label] { return label->paints > 0; }))
+        return {};
+    const int paintsBelow = window.paints;
+    return {window.grab().toImage(), paintsBelow};
 }
 
 } // namespace
@@ -97,26 +110,38 @@ void tst_formparts::looksPlain()
 
 void tst_formparts::leavesTheSizeToItsForm()
 {
-    QWidget row;
+    QWidget window;
+    window.resize(400, 100);
+    QWidget row(&window);
     QHBoxLayout layout(&row);
     layout.setContentsMargins(0, 0, 0, 0);
     CellLabel label(QStringLiteral("a text that is longer than its cell is wide"));
     label.setWordWrap(true);
     layout.addWidget(&label);
     row.setFixedSize(40, 20);
-    row.show();
+    window.show();
     QCOMPARE(label.size(), QSize(40, 20));
     QCOMPARE(layout.minimumSize(), QSize(0, 0));
     QVERIFY(!layout.hasHeightForWidth());
 }
 
+void tst_formparts::aPanelIsPaintedAlone_data()
+{
+    QTest::addColumn<QString>("rule");
+    QTest::addColumn<int>("paintsBelow");
+    QTest::newRow("filled") << "background-color:#283142;border-left:3px solid red;" << 0;
+    QTest::newRow("half seen through") << "background-color:rgba(40,49,66,128);" << 1;
+    QTest::newRow("none") << "" << 1;
+}
+
 void tst_formparts::aPanelIsPaintedAlone()
 {
-    int plainPaints = 0, panelPaints = 0;
-    const QImage plain = panelPicture<QWidget>(plainPaints);
-    QCOMPARE(panelPicture<FormPanel>(panelPaints), plain);
-    QCOMPARE(plainPaints, 1);
-    QCOMPARE(panelPaints, 0);
+    QFETCH(QString, rule);
+    const Seen plain = seenOf<QWidget>(rule);
+    const Seen panel = seenOf<FormPanel>(rule);
+    QCOMPARE(panel.picture, plain.picture);
+    QCOMPARE(plain.paintsBelow, 1);
+    QTEST(panel.paintsBelow, "paintsBelow");
 }
 
 NACELLE_TEST_MAIN(tst_formparts)

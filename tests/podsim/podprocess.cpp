@@ -11,8 +11,8 @@ constexpr int kLimitMs = 20000;
 constexpr int kStopWaitMs = 10000;
 
 // On Windows a program that has only begun may lose the message. ThreadSanitizer keeps a signal
-// that comes on the way into poll() until the program does something else, which one that only
-// waits never does. Elsewhere the first one has to do.
+// that comes on the way into poll() until the program does something else; a program that only
+// waits never gets it. Elsewhere the first one has to do.
 #if defined(Q_OS_WIN) || defined(__SANITIZE_THREAD__)
 constexpr int kStopTries = 3;
 #else

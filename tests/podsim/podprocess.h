@@ -6,7 +6,7 @@
 
 /// Asks a program to end as the system does it; where there are no signals, like a closed console.
 void sendSignal(QProcess &process, int signal);
-/// The same, and waits a while for the end.
+/// The same, as often as it may take, and waits a while for the end.
 void stopProcess(QProcess &process, int signal);
 
 /// The real program, run by a test. Waiting ends with what is awaited; the limit is there to end a
