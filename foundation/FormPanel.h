@@ -6,8 +6,8 @@
 #include <QStyleOption>
 #include <QWidget>
 
-/// A part of a form that is filled by its own background, and says so. Otherwise a
-/// change of one button repaints all that lies below the panel, the window included.
+/// A part of a form that is filled by its own background, and says so. Otherwise a change of one
+/// button repaints all that lies below the panel, the window included.
 class FormPanel : public QWidget
 {
 public:
