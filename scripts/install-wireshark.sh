@@ -2,7 +2,7 @@
 # Installs dissector and profiles for Wireshark for the user who calls this: those beside this script,
 # as in a package, or else those that are built now. An upgrade renews what its user hasn't changed.
 set -euo pipefail
-cd "$(dirname "${BASH_SOURCE[0]}")"
+cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
 
 source=.
 if [[ ! -e nacelle.lua ]]; then

@@ -24,13 +24,14 @@ def user0(packets):
     return out
 
 
-def ethernet(packets):
-    """A pcap of Ethernet packets. `packets`: (seconds, bytes)."""
+def ethernet(packets, lost=0):
+    """A pcap of Ethernet packets. `packets`: (seconds, bytes), of each the last `lost` cut off."""
     out = struct.pack("<IHHiIII", 0xA1B2C3D4, 2, 4, 0, 0, 0x40000, 1)
     for seconds, data in packets:
         micros = round(seconds * 1e6)
-        out += struct.pack("<IIII", micros // 1000000, micros % 1000000, len(data), len(data))
-        out += data
+        size = len(data) - lost
+        out += struct.pack("<IIII", micros // 1000000, micros % 1000000, size, len(data))
+        out += data[:size]
     return out
 
 

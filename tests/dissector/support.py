@@ -63,10 +63,11 @@ class Frame:
         return {name[len(prefix):] for name in self.fields if name.startswith(prefix)}
 
 
-def frames(capture, *options, language="en"):
+def frames(capture, *options, language="en", profiles=None):
     """All trees of a capture, those of noise too, and the number of packets."""
     chosen = "nacelle.language:" + LANGUAGE[language]
-    text = tshark(capture, "-2", "-T", "pdml", "-o", chosen, *options)
+    text = tshark(capture, "-2", "-T", "pdml", "-o", chosen, *options,
+                  profiles=profiles)
     found = []
     assert "Lua Error" not in text, text[text.index("Lua Error"):][:200]
     packets = xml.fromstring(text).findall("packet")

@@ -8,7 +8,7 @@ import tempfile
 import unittest
 
 import support
-from captures import gcu, host, user0
+from captures import Link, ethernet, gcu, host, user0
 
 REPOSITORY = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 PARTS = os.path.join(REPOSITORY, "tools", "dissector")
@@ -56,12 +56,22 @@ class Help(unittest.TestCase):
 class Profiles(unittest.TestCase):
     LINES = [("NacelleBench", "Photo,Empty command"), ("云台报文工作台", "拍照,空命令")]
 
+    BUILT = os.path.join(os.path.dirname(support.DISSECTOR), "profiles")
+
     def test_language(self):
-        built = os.path.join(os.path.dirname(support.DISSECTOR), "profiles")
         for name, commands in self.LINES:
             text = support.tshark(user0([(0, 2, host(b"\x20\x01") + host(b"\x00"))]), "-C", name,
-                                  profiles=built)
+                                  profiles=self.BUILT)
             self.assertIn(" %s " % commands, text)
+
+
+    def test_lost_segment(self):
+        """A capture that lacks one still shows the frames after it."""
+        link = Link()
+        segments = [(i, link.segment(True, host(b"\x00", i))) for i in range(9)]
+        del segments[3]
+        found, _ = support.frames(ethernet(segments), "-C", "NacelleBench", profiles=self.BUILT)
+        self.assertEqual([frame.show("host.gnss_ms") for frame in found], list("01245678"))
 
 
 class Installer(unittest.TestCase):

@@ -118,6 +118,7 @@ class Faults(unittest.TestCase):
         ("unknown command", host(b"\x77\x01", 7), {"unknown"}),
         ("unknown feedback", gcu(b"\x77\x01", 7), {"unknown", "unasked"}),
         ("short command", host(b"\x1A\x01\x88\x13", 7), {"area"}),
+        ("no command", host(b"", 7), {"area"}),
         ("fixed byte", host(b"\x20\x02", 7), {"fixed"}),
         ("unasked", gcu(b"\x21\x00", 7), {"unasked"}),
         ("noise", b"\x01\xA8\xA8\x55\x8A", {"noise"}),
@@ -143,6 +144,20 @@ class Faults(unittest.TestCase):
         parts = [noise + frame[:60], frame[60:] + host(PHOTO, 2)]
         found, _ = support.frames(ethernet([(0, link.segment(True, part)) for part in parts]))
         self.assertEqual(serials(found)[-2:], [("host", 1, True), ("host", 2, True)])
+
+    def test_noise_after_a_wrong_length(self):
+        for serial, size in [(7, 0), (7, 72), (7, 74), (7, 75), (10232, 74)]:
+            data = host(PHOTO, serial, size) + b"\x01\x02\x03" + host(b"\x00", 1)
+            found, _ = support.frames(user0([(0, 2, data)]))
+            self.assertEqual([frame.size for frame in found], [73, 3, 72], (serial, size))
+            self.assertEqual(found[0].experts(), {"length"})
+
+    def test_cut_by_the_capture(self):
+        whole = datagram(True, host(PHOTO))
+        for lost, title in [(1, "Photo"), (2, "Photo"), (3, "Photo"), (5, "incomplete")]:
+            found, _ = support.frames(ethernet([(0, whole)], lost))
+            self.assertEqual(found[0].experts(), {"cut"}, lost)
+            self.assertTrue(found[0].title.endswith("Host: " + title), found[0].title)
 
     def test_right_checksum_is_named(self):
         frame = host(PHOTO)
@@ -216,6 +231,9 @@ class Exchange(unittest.TestCase):
         capture = next(self.captures())
         shown = support.tshark(capture, "-o", "nacelle.language:中文", "-T", "fields", "-e",
                                "nacelle.direction", "-e", "_ws.col.Info").splitlines()
+        noise = support.tshark(user0([(0, 1, b"\x01")]), "-T", "fields", "-e", "nacelle.direction",
+                               "-e", "_ws.col.Source")
+        self.assertEqual(noise, "1\tGCU\n")
         self.assertEqual(shown[2:4], ["0\t上位机: 拍照", "1\tGCU: 指向跟随模式, 拍照 成功"])
 
     def test_preferences(self):

@@ -41,7 +41,7 @@ end
 local function said_size(s, at)
     local low, high = byte(s, at + 2, at + 3)
     local said = high and low + 256 * high
-    if said and said >= frame_at(s, at).smallest and said <= proto.prefs.largest then
+    if said and said >= SMALLEST and said <= proto.prefs.largest then
         return said
     end
 end
@@ -75,31 +75,47 @@ local function begun_inside(s, at, stop)
     end)
 end
 
+-- Whether a frame may end in front of `follows`: at another header, or at the end of all.
+local function may_end(s, follows, may_be_last)
+    return follows > #s and may_be_last or frame_at(s, follows)
+end
+
 -- The size at which what begins at `at` is a frame with a right checksum, whatever its length field
 -- says: there the checksum over all, its own bytes included, is 0, and a header follows, or nothing
--- where `may_be_last`. A checksum that ends in 00 is 0 one byte early, too.
+-- where `may_be_last`. Failing that, nil and the size in front of noise. A checksum that ends in 00 is
+-- 0 one byte early, too.
 local function size_by_checksum(s, at, most, may_be_last)
     local high, low = 0, 0
+    local first, second
     for size = 1, most do
         local index = XOR[high][byte(s, at + size - 1)]
         high, low = XOR[low][CRC_HIGH[index]], CRC_LOW[index]
-        local follows = at + size
-        local is_end = follows > #s and may_be_last or frame_at(s, follows)
-        if high == 0 and low == 0 and size >= SMALLEST and is_end then
-            return size
+        if high == 0 and low == 0 and size >= SMALLEST then
+            if may_end(s, at + size, may_be_last) then
+                return size
+            end
+            first = first or size
+            second = size == first + 1 and size or second
         end
     end
+    return nil, second or first
 end
 
 -- The size of a frame whose length field or checksum is wrong; nil where nothing tells.
 local function broken_size(s, at, said, may_be_last)
     local there = #s - at + 1
-    local size = size_by_checksum(s, at, min(there, proto.prefs.largest), may_be_last)
+    local size, in_front_of_noise =
+        size_by_checksum(s, at, min(there, proto.prefs.largest), may_be_last)
     if size then
         return size
     end
     local stop = said and min(at + said, #s + 1) or #s + 1
     local inner = right_inside(s, at, stop)
+    local said_is_right = said and may_end(s, at + said, may_be_last)
+    if in_front_of_noise and may_be_last and not said_is_right
+        and not (inner and inner < at + in_front_of_noise) then
+        return in_front_of_noise
+    end
     return inner and inner - at
 end
 

@@ -20,7 +20,8 @@ local function result_of(frame)
 end
 
 -- UDP commands leave from ever new ports, so that addresses alone tell who talks to whom. A capture
--- without addresses is one conversation.
+-- without addresses is one conversation. TCP's number of the connection can't be had: the first pass has
+-- no tree. So the next one by the same ports goes on in the conversation.
 local function conversation_of(pinfo)
     local key = "capture"
     if is_networked(pinfo) then

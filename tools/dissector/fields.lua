@@ -28,6 +28,9 @@ local TEXTS = {
     repeat_of = { en = "Repeats the command of", zh = "重复的命令所在" },
     should = { en = "Checksum wrong, should be 0x%04X", zh = "校验错误，应为 0x%04X" },
     length = { en = "Length field says %d, the frame has %d bytes", zh = "包长度为 %d，实际 %d 字节" },
+    cut = { en = "The capture holds %d of %d bytes", zh = "记录只含 %d 字节，应有 %d 字节" },
+    incomplete = { en = "incomplete", zh = "不完整" },
+    empty = { en = "Command area is empty", zh = "命令区为空" },
     unknown = { en = "Unknown command 0x%02X", zh = "未知命令 0x%02X" },
     area = { en = "Area of %d bytes, the command has %d", zh = "命令区 %d 字节，该命令应为 %d 字节" },
     other_fixed = { en = "Fixed byte is 0x%02X, should be 0x%02X", zh = "固定字节为 0x%02X，应为 0x%02X" },
@@ -40,6 +43,7 @@ local function expert_of(id, name, group, severity)
 end
 expert_of("checksum", "Checksum wrong", expert.group.CHECKSUM, expert.severity.ERROR)
 expert_of("length", "Length disagrees", expert.group.MALFORMED, expert.severity.ERROR)
+expert_of("cut", "Cut off by the capture", expert.group.UNDECODED, expert.severity.NOTE)
 expert_of("unknown", "Unknown command", expert.group.UNDECODED, expert.severity.WARN)
 expert_of("area", "Command of another size", expert.group.PROTOCOL, expert.severity.WARN)
 expert_of("fixed", "Another fixed byte", expert.group.PROTOCOL, expert.severity.WARN)
@@ -81,6 +85,8 @@ local function number_field(view, id, row, names)
         made.field = add_field("double", id, name, note)
         made.read = row.kind:sub(1, 1) == "u" and TvbRange.le_uint or TvbRange.le_int
         made.raw = add_field(MAKERS[row.kind], id .. ".raw", TEXTS.raw[language])
+    elseif row.id == "crc" then
+        made.field = add_field("uint16", id, name, base.HEX, nil, nil, note)
     elseif row.kind == "bytes" then
         made.field = add_field("bytes", id, name, base.SPACE, note)
     else
@@ -97,9 +103,7 @@ local function frame_fields(view, frame)
         rows[i] = number_field(view, frame.id .. "." .. row.id, row, names or nil)
     end
     local crc = rows[#rows]
-    local id = frame.id .. ".crc"
-    crc.field = add_field("uint16", id, frame.rows[#rows].name[view.language], base.HEX)
-    crc.status = add_field("uint8", id .. ".status", TEXTS.status[view.language], base.DEC,
+    crc.status = add_field("uint8", frame.id .. ".crc.status", TEXTS.status[view.language], base.DEC,
         value_names(STATUS, view.language))
     return rows
 end

@@ -28,12 +28,10 @@ local PORT_TYPE_TCP, PORT_TYPE_UDP = 2, 3
 -- The two frames, by their first two bytes.
 local HOST_HEADER, GCU_HEADER = "\168\229", "\138\94"
 local FRAMES = {
-    [HOST_HEADER] = { id = "host", rows = HOST_ROWS, smallest = 72,
-        name = { en = "Host", zh = "上位机" } },
-    [GCU_HEADER] = { id = "gcu", rows = GCU_ROWS, smallest = 71,
-        name = { en = "GCU", zh = "GCU" } },
+    [HOST_HEADER] = { id = "host", rows = HOST_ROWS, name = { en = "Host", zh = "上位机" } },
+    [GCU_HEADER] = { id = "gcu", rows = GCU_ROWS, name = { en = "GCU", zh = "GCU" } },
 }
-local SMALLEST = 71
+local SMALLEST = 71 -- with an empty area, which the bench can send, too
 
 proto.prefs.language = Pref.enum("Language", 1, "Language of names; filters are the same in both",
     { { 1, "English", 1 }, { 2, "中文", 2 } }, false)

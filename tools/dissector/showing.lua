@@ -81,7 +81,7 @@ local function show_command(tree, frame, view)
     if row then
         at = show_params(tree, frame, view, row, at)
         local there = frame.area_end - AREA_AT
-        if there ~= row.size then
+        if there ~= row.size and frame.has_crc then
             complain(tree, view, "area", "area", there, row.size)
         end
     end
@@ -100,6 +100,9 @@ end
 local function show_area(tree, frame, view, row)
     local size = frame.area_end - AREA_AT
     if size <= 0 then
+        if frame.id == "host" and frame.has_crc then
+            complain(tree, view, "area", "empty")
+        end
         return
     end
     local item = tree:add(row.field, frame.tvb(frame.at + AREA_AT, size))
@@ -130,7 +133,9 @@ local function show_mode(tree, frame, view)
 end
 
 local function show_length(item, frame, view)
-    if frame.said ~= frame.size then
+    if frame.is_cut then
+        complain(item, view, "cut", "cut", frame.size, frame.said)
+    elseif frame.said ~= frame.size then
         complain(item, view, "length", "length", frame.said, frame.size)
     end
 end
@@ -209,6 +214,8 @@ local function summary(frame, view)
     end
     if frame.code then
         words[#words + 1] = view.commands[frame.code] or unknown_name(frame.code)
+    elseif not frame.has_crc then
+        words[#words + 1] = TEXTS.incomplete[language]
     else
         words[#words + 1] = WORDS.none[language]
     end
@@ -216,6 +223,14 @@ local function summary(frame, view)
         words[#words + 1] = RESULTS[result_of(frame)][language]
     end
     return table.concat(words, " ")
+end
+
+-- Where the command or the feedback ends: in front of the checksum, also of one that was cut off.
+local function area_end_of(size, said, has_crc)
+    if has_crc then
+        return size - CRC_SIZE
+    end
+    return said >= SMALLEST and min(size, said - CRC_SIZE) or size
 end
 
 local function read_frame(tvb, s, at, size, kind, known_right)
@@ -226,18 +241,19 @@ local function read_frame(tvb, s, at, size, kind, known_right)
     -- A frame that was cut off ends without a checksum.
     local right = known_right or size >= SMALLEST and is_right(bytes, 1, size)
     local has_crc = right or size >= SMALLEST and said <= size
-    local area_end = has_crc and size - CRC_SIZE or size
+    local area_end = area_end_of(size, said, has_crc)
+    local is_last = at + size > #s
     return { tvb = tvb, at = at - 1, size = size, bytes = bytes, id = kind.id, name = kind.name,
         identity = (size * 256 + first) * 256 + last, said = said, is_right = right,
         has_crc = has_crc, area_end = area_end, is_shown = false,
+        is_cut = is_last and said > size and tvb:reported_len() > #s,
         code = area_end > AREA_AT and byte(bytes, AREA_AT + 1) or nil,
         mode = kind.id == "gcu" and byte(bytes, 6) or nil }
 end
 
--- Of a capture without addresses: who sends which frame is certain.
-local function tell_ends(pinfo, frame, language)
+-- Of a capture without addresses: who sends is certain.
+local function tell_ends(pinfo, is_host, language)
     local names = { FRAMES[HOST_HEADER].name[language], FRAMES[GCU_HEADER].name[language] }
-    local is_host = frame.id == "host"
     pinfo.cols.src = names[is_host and 1 or 2]
     pinfo.cols.dst = names[is_host and 2 or 1]
 end
@@ -249,7 +265,7 @@ local function is_odd(frame, record)
     end
     local row = COMMANDS[frame.code]
     if not row or frame.id == "gcu" then
-        return not row and frame.code ~= nil
+        return not row and (frame.code ~= nil or frame.id == "host")
     end
     return frame.area_end - AREA_AT ~= row.size
         or row.fixed and row.fixed ~= byte(frame.bytes, AREA_AT + 2)
@@ -264,7 +280,7 @@ local function tell(pinfo, frame, record, language, text)
     if record == records[pinfo.number] or record == UNRECORDED and told == 1 then
         pinfo.cols.info = text
         if not is_networked(pinfo) then
-            tell_ends(pinfo, frame, language)
+            tell_ends(pinfo, frame.id == "host", language)
         end
     else
         pinfo.cols.info:append("; " .. text)
@@ -272,9 +288,13 @@ local function tell(pinfo, frame, record, language, text)
 end
 
 -- Which way it went, where the capture says so.
+local function direction_of(pinfo)
+    return DIRECTIONS[pinfo.p2p_dir] and not is_networked(pinfo) and pinfo.p2p_dir
+end
+
 local function show_direction(pinfo, tree, view)
-    local direction = pinfo.p2p_dir
-    if DIRECTIONS[direction] and not is_networked(pinfo) then
+    local direction = direction_of(pinfo)
+    if direction then
         tree:add(view.direction, direction):set_generated()
     end
 end
@@ -296,8 +316,13 @@ local function show_noise(tvb, pinfo, tree, view, at, size)
     local range = tvb(at - 1, size)
     if shown_packet ~= pinfo.number then
         pinfo.cols.info = TEXTS.noise[view.language]
+        local direction = direction_of(pinfo)
+        if direction then
+            tell_ends(pinfo, direction == 0, view.language)
+        end
     end
     local item = tree:add(proto, range):append_text(", " .. TEXTS.noise[view.language])
+    show_direction(pinfo, item, view)
     complain(item:add(view.noise, range), view, "noise", "noise")
 end
 
