@@ -1,18 +1,19 @@
 #!/usr/bin/env bash
-# Renews the pictures of Wireshark in the help: a run of two seconds, in the profile of each language,
-# with the answer to its command unfolded. The run is made here, so that its times are always the same.
+# Renews the pictures of Wireshark in the help: a run of two seconds with the simulated pod, in the
+# profile of each language, with the answer to its command unfolded.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 if [[ ${1:-} != inside ]]; then
     scripts/install-deps.sh build fonts screen drive pictures
-    scripts/build.sh release nacelle-wire dissector
+    scripts/build.sh release nacelle-wire podsim dissector
     SCREEN_SIZE=1240x860 exec scripts/virtual-screen.sh "$0" inside
 fi
 
 work=$(mktemp -d)
 clean_up() {
-    kill %% 2>/dev/null || true
+    # shellcheck disable=SC2046 # a number each
+    kill $(jobs -p) 2>/dev/null || true
     wait
     rm -rf "$work"
 }
@@ -21,27 +22,33 @@ export HOME=$work XDG_CONFIG_HOME=$work/config XDG_DATA_HOME=$work/data
 settings=$XDG_CONFIG_HOME/wireshark
 build/release/wireshark/install-wireshark.sh
 
-# frame SECONDS tx|rx WORD...: a record of it.
-frame() {
-    printf '(%s) %s %s\n' "$1" "$2" "$(build/release/bin/nacelle-wire compose "${@:3}")"
-}
-# at MICROSECONDS: as seconds.
-at() {
-    printf '%d.%06d' $(($1 / 1000000)) $(($1 % 1000000))
-}
+wire=build/release/bin/nacelle-wire
+host=(flags=5 carrier_pitch=-2.25 carrier_yaw=270.5 longitude=116.3912757 latitude=38.0300822
+    altitude=41.123)
+idle=$("$wire" compose "${host[@]}")
+command=$("$wire" compose "${host[@]}" command=point_move x0=1200 y0=300)
 for step in {0..66}; do
-    host=(tx flags=5 carrier_pitch=-2.25 carrier_yaw=270.5)
-    gcu=(rx --frame gcu mode=follow relative_x=14.42 relative_y=-3.39 absolute_yaw=270.49
-        target_longitude=116.3912757 target_latitude=38.0300822 target_altitude=41.123
-        zoom_camera1=1.5 zoom_camera2=1)
-    if [[ $step -eq 33 ]]; then
-        host+=(command=point_move x0=1200 y0=300)
-        gcu+=(feedback=point_move result=success)
-    fi
-    frame "$(at $((step * 30000 + step * 7 % 11 * 40)))" "${host[@]}"
-    frame "$(at $((step * 30000 + step * 5 % 13 * 30 + 6400)))" "${gcu[@]}"
-done >"$work/session.line"
-build/release/bin/nacelle-wire convert "$work/session.line" -o "$work/session.pcapng"
+    [[ $step -eq 33 ]] && frame=$command || frame=$idle
+    printf '(%d.%03d) tx %s\n' $((step * 30 / 1000)) $((step * 30 % 1000)) "$frame"
+done >"$work/run.log"
+
+# wait_for WORD FILE
+wait_for() {
+    until grep -q "$1" "$2"; do
+        sleep 0.1
+    done
+}
+build/release/bin/podsim --tcp 23321 --delay 6 --jitter 2 >"$work/pod.log" &
+wait_for 23321 "$work/pod.log"
+"$wire" record -o "$work/session.pcapng" --bridge tcp-listen://127.0.0.1:23320 \
+    tcp://127.0.0.1:23321 &
+recorder=$!
+until "$wire" replay "$work/run.log" tcp://127.0.0.1:23320; do
+    sleep 0.1
+done
+sleep 1
+kill -INT "$recorder"
+wait "$recorder"
 
 # take LANGUAGE PROFILE NAME: Wireshark in that language, with that profile.
 take() {
@@ -54,7 +61,7 @@ END
     cat >"$settings/profiles/$2/recent" <<'END'
 gui.geometry_main_upper_pane: 140
 gui.geometry_main_lower_pane: 480
-column.width: %m, 45, %t, 80, %s, 75, %d, 85, "%Cus:nacelle.gcu.mode", 105,
+column.width: %m, 45, %t, 80, %s, 65, %d, 80, %p, 80, "%Cus:nacelle.gcu.mode", 105,
     "%Cus:nacelle.command.code or nacelle.feedback.code", 110,
     "%Cus:nacelle.feedback.result", 80, "%Cus:nacelle.response_time", 115,
     "%Cus:nacelle.period", 95, %i, 300
