@@ -63,14 +63,14 @@ cp resources/svg/pod.svg "$icons/nacellebench.svg"
 sed "s/@VERSION@/$version/; s/@DAY@/$release_day/" "$own/nacellebench.1" >"$man/nacellebench.1"
 while read -r program _ text; do
     [[ $program != NacelleBench ]] || continue
-    help2man --no-info --name "$text" --version-string "$version" --source NacelleBench \
+    help2man --locale=C.UTF-8 --no-info --name "$text" --version-string "$version" --source NacelleBench \
         "$folder/$program" >"$man/$program.1"
     ln -s nacellebench "$completions/$program"
 done < <(grep -v '^#' packaging/programs)
 # The tool with verbs has a page for each of them.
 wire=$folder/nacelle-wire
 while read -r verb text; do
-    help2man --no-info --name "$text" --help-option "$verb --help" --version-string "$version" \
+    help2man --locale=C.UTF-8 --no-info --name "$text" --help-option "$verb --help" --version-string "$version" \
         --source NacelleBench "$wire" >"$man/nacelle-wire-$verb.1"
 done < <("$wire" --help | sed -n 's/^  \([a-z]*\)  *\([a-z].*\)/\1 \2/p')
 tools=$(programs_of own shared | grep -v NacelleBench | paste -s -d ' ')
