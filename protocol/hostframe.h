@@ -14,6 +14,18 @@ constexpr int kFlagsOffset = 11;
 constexpr int kControlValidBit = 2;
 constexpr int kInertialValidBit = 0;
 
+/// A bit of the flags: its name's key, and its id in the tools.
+struct FlagBit
+{
+    int bit;
+    const char *id;
+    const char *key;
+};
+constexpr std::array<FlagBit, 2> kFlagBits = {{
+    {kInertialValidBit, "inertial_valid", "载机惯导数据有效"},
+    {kControlValidBit, "control_valid", "控制量有效"},
+}};
+
 /// A host frame taken apart, its scaled fields raw as on the wire.
 struct HostFrame
 {

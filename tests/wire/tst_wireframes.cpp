@@ -355,8 +355,11 @@ void tst_wireframes::takenApart()
     lineFormat()->add(record, text);
     QCOMPARE(text.bytes(), QByteArray("(-1.500000) rx 8A5E\n"));
     const QString shownText = QString::fromUtf8(shown(*textFormat(Language::Chinese), answer()));
-    for (const char *part : {"GCU返回数据, 73 B", "跟踪模式", "拍照失败", "388.06 deg", "通过"})
+    for (const char *part :
+         {"GCU返回数据, 73 B", "跟踪模式", "拍照失败", "388.06 deg", "-1.16223e+06 m", "通过"})
         QVERIFY2(shownText.contains(part), part);
+    const QByteArray host = QByteArray::fromHex(made(FrameKind::Host, "flags=5"));
+    QVERIFY(shown(*textFormat(Language::English), host).contains("INS valid, Inputs valid"));
     TextBuffer titles;
     csvFormat()->begin(titles);
     QCOMPARE(shown(*csvFormat(), answer()).count(','), titles.bytes().count(','));

@@ -88,18 +88,8 @@ QStringList fieldLines(const QString &of, const Rows &rows, const Explanations &
     return lines;
 }
 
-struct FlagBit
-{
-    int bit;
-    const char *id;
-    const char *key;
-};
-
-constexpr FlagBit kFlagBits[] = {
-    {kInertialValidBit, "inertial_valid", "载机惯导数据有效"},
-    {kControlValidBit, "control_valid", "控制量有效"},
-};
-static_assert(idsAreDistinct(kFlagBits, std::size(kFlagBits)), "a flag lacks an id, or shares one");
+static_assert(idsAreDistinct(kFlagBits.data(), kFlagBits.size()),
+              "a flag lacks an id, or shares one");
 
 QStringList flagLines(const Explanations &notes)
 {

@@ -136,21 +136,15 @@ public:
 
     QString text(const char *key) const { return nameOf(key, m_language); }
 
-    ShownField shown(const protocol::Field &field, const QByteArray &bytes) const
+    /// A value has the digits that the workbench's form has.
+    ShownField shown(const protocol::Field &field, const QByteArray &frame, const Span &span) const
     {
-        const bool isValue =
-            !bytes.isEmpty() && isNumber(field.kind) && field.kind != FieldKind::Mode;
-        ShownField shown{
-            text(byteLabel(field).toUtf8().constData()), text(field.key), {}, {}, bytes};
-        if (!isValue) {
-            shown.value = words(field, bytes);
-            return shown;
-        }
-        TextBuffer value;
-        putValue(field, bytes.constData(), value);
-        shown.value = QString::fromUtf8(value.bytes());
-        shown.unit = QLatin1String(field.unit);
-        return shown;
+        const QByteArray bytes = frame.mid(span.offset, span.size);
+        QString value = words(field, bytes);
+        if (value.isEmpty() && *field.valueObject)
+            value = fieldText(field, frame);
+        return {text(byteLabel(field).toUtf8().constData()), text(field.key), value,
+                QLatin1String(field.unit), bytes};
     }
 
 private:
@@ -160,6 +154,8 @@ private:
             return text(m_verdict == Verdict::Ok ? "通过" : "不通过");
         if (field.kind == FieldKind::Mode)
             return modeOf(quint8(bytes[0])) ? text(modeOf(quint8(bytes[0]))->name) : QString();
+        if (field.kind == FieldKind::Flags)
+            return flags(quint8(bytes[0]));
         if (field.kind != FieldKind::Command && field.kind != FieldKind::Feedback)
             return {};
         if (bytes.isEmpty())
@@ -168,6 +164,16 @@ private:
         const QString name = row ? text(row->name) : QString();
         const bool hasResult = field.kind == FieldKind::Feedback && bytes.size() > 1;
         return hasResult ? name + result(quint8(bytes[1])) : name;
+    }
+
+    /// The boxes that are checked in the form.
+    QString flags(quint8 byte) const
+    {
+        QStringList checked;
+        for (const FlagBit &flag : kFlagBits)
+            if (byte & (1 << flag.bit))
+                checked << text(flag.key);
+        return checked.join(QLatin1String(", "));
     }
 
     QString result(quint8 code) const
@@ -250,7 +256,7 @@ QVector<ShownField> shownFields(const QByteArray &frame, Language language)
     for (const protocol::Field &field : fieldsOf(kind)) {
         const Span span = spanOf(field, kind, frame.constData(), frame.size());
         if (span.size > 0 || field.kind == FieldKind::Feedback)
-            shown.append(words.shown(field, frame.mid(span.offset, span.size)));
+            shown.append(words.shown(field, frame, span));
     }
     return shown;
 }
