@@ -5,7 +5,48 @@
 
 #include <memory>
 
+#include <cstdlib>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
 namespace {
+
+/// A serial line that takes no more than its buffers hold until it is read.
+class Line
+{
+public:
+    Line() : m_far(posix_openpt(O_RDWR | O_NOCTTY))
+    {
+        grantpt(m_far);
+        unlockpt(m_far);
+        m_near =
+            ::open(ptsname(m_far), O_RDWR | O_NOCTTY); // else what lies there ends with the port
+    }
+    ~Line()
+    {
+        ::close(m_near);
+        ::close(m_far);
+    }
+
+    QString link() const { return QStringLiteral("serial://") + ptsname(m_far); }
+
+    /// So many bytes, or what comes until nothing more does.
+    QByteArray read(int count) const
+    {
+        QByteArray bytes;
+        pollfd far = {m_far, POLLIN, 0};
+        while (bytes.size() < count && ::poll(&far, 1, kLimitMs) > 0) {
+            char piece[4096];
+            bytes.append(piece, int(qMax<ssize_t>(0, ::read(m_far, piece, sizeof piece))));
+        }
+        return bytes;
+    }
+
+private:
+    int m_far, m_near;
+};
 
 Ended shell(const QString &command)
 {
@@ -25,6 +66,8 @@ class tst_wiresystem : public QObject
 private slots:
     void init() { m_folder = std::make_unique<QTemporaryDir>(); }
     void losesASerialPort();
+    void waitsForASlowLine_data();
+    void waitsForASlowLine();
     void saysThatTheDiskIsFull();
 
 private:
@@ -51,6 +94,27 @@ void tst_wiresystem::losesASerialPort()
     const Ended lost = first.end();
     QCOMPARE(lost.code, 1);
     QVERIFY2(lost.error.contains(link.toUtf8()), lost.error);
+}
+
+void tst_wiresystem::waitsForASlowLine_data()
+{
+    QTest::addColumn<QStringList>("words");
+    QTest::newRow("send") << QStringList{"send"};
+    QTest::newRow("replay") << QStringList{"replay", "--at-once", "-"};
+}
+
+/// A burst that the line can't take at once arrives whole, and its port isn't lost.
+void tst_wiresystem::waitsForASlowLine()
+{
+    QFETCH(QStringList, words);
+    constexpr int kFrames = 3000; // more than a pseudo-terminal holds
+    const QByteArray frame = command("photo").trimmed();
+    const Line line;
+    Wire wire(words << line.link(), ("(1.5) tx " + frame + '\n').repeated(kFrames));
+    QVERIFY(!wire.hasEnded(300)); // until the line is full
+    QCOMPARE(line.read(kFrames * 73), QByteArray::fromHex(frame).repeated(kFrames));
+    const Ended ended = wire.end();
+    QVERIFY2(ended.code == 0, ended.error);
 }
 
 void tst_wiresystem::saysThatTheDiskIsFull()

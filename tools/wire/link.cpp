@@ -253,9 +253,8 @@ public:
 
     bool send(const QByteArray &bytes) override
     {
-        const bool isTaken = m_port.isOpen() && m_port.write(bytes) == bytes.size();
-        m_port.flush();
-        return isTaken;
+        // No flush: it writes whether or not the line has room, and a full one counts as lost then.
+        return m_port.isOpen() && m_port.write(bytes) == bytes.size();
     }
 
     qint64 unsent() const override { return m_port.bytesToWrite(); }
