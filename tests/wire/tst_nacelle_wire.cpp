@@ -63,6 +63,7 @@ void tst_nacelle_wire::refusesItsCommandLine_data()
                               "send",
                               "send pod A8E5",
                               "send --every x tcp://pod A8E5",
+                              "send --count 0 tcp://pod A8E5",
                               "dump",
                               "dump --for 0 tcp://pod",
                               "record tcp://pod",
@@ -199,7 +200,7 @@ void tst_nacelle_wire::sendsFromFreshPorts()
     QUdpSocket pod;
     QVERIFY(pod.bind(QHostAddress::LocalHost));
     const QString link = QStringLiteral("udp://127.0.0.1:%1?local=0").arg(pod.localPort());
-    QCOMPARE(run({"send", "--count", "8", "--every", "1ms", link}, command("photo")).code, 0);
+    QCOMPARE(run({"send", "--count", "8", link}, command("photo")).code, 0);
     QSet<quint16> ports;
     for (int i = 0; i < 8; ++i) {
         QVERIFY(pod.hasPendingDatagrams() || pod.waitForReadyRead(kLimitMs));

@@ -18,6 +18,9 @@ constexpr char kText[] =
     "port\n"
     "and answers are received on the local one, as with the bench.\n"
     "\n"
+    "With --count, --for or --until-answer they are sent again every 30 ms unless --every says\n"
+    "otherwise.\n"
+    "\n"
     "With --until-answer the last of them is sent until the pod answers its command, and the "
     "answer\n"
     "is written; an empty command is answered by any frame with a right checksum. It ends with\n"
@@ -41,7 +44,8 @@ constexpr int kMostFrames = 100000;
 void addOptions(QCommandLineParser &parser)
 {
     parser.addOption({QStringLiteral("every"),
-                      QStringLiteral("Send again and again with this pause."),
+                      QStringLiteral("Send again and again with this pause; 30ms where another "
+                                     "option has them sent again."),
                       QStringLiteral("time")});
     parser.addOption(
         {QStringLiteral("count"), QStringLiteral("Send each so often."), QStringLiteral("number")});
@@ -57,7 +61,7 @@ struct Wanted
 {
     LinkAddress address;
     QVector<QByteArray> frames;
-    qint64 every = 0;
+    qint64 every = 0; ///< microseconds, 0 for one round alone
     qint64 time = 0;
     qint64 timeout = kUsualTimeout;
     int count = 0;
@@ -89,14 +93,17 @@ bool readFrames(const QStringList &words, QVector<QByteArray> &frames, QString &
 bool readWanted(const QCommandLineParser &parser, const QStringList &words, Wanted &wanted,
                 QString &error)
 {
+    const bool isCounted = parser.isSet(QStringLiteral("count"));
     wanted.isAnswered = parser.isSet(QStringLiteral("until-answer"));
+    if (isCounted || wanted.isAnswered || parser.isSet(QStringLiteral("for")))
+        wanted.every = kUsualPause;
     if (words.isEmpty())
         error = QStringLiteral("a link is needed");
     return !words.isEmpty() && readLinkAddress(words.first(), wanted.address, error) &&
            readDurationOption(parser, "every", wanted.every, error) &&
            readDurationOption(parser, "for", wanted.time, error) &&
            readDurationOption(parser, "timeout", wanted.timeout, error) &&
-           readCountOption(parser, "count", 0, wanted.count, error);
+           readCountOption(parser, "count", isCounted ? 1 : 0, wanted.count, error);
 }
 
 /// Sends what is wanted and looks at what comes back.
@@ -117,8 +124,6 @@ public:
     }
 
 private:
-    bool isRepeated() const { return m_wanted.every > 0 || m_wanted.isAnswered; }
-
     void begin()
     {
         if (m_wanted.isAnswered)
@@ -126,8 +131,8 @@ private:
         if (m_wanted.time > 0)
             m_run.limit(m_wanted.time, m_wanted.isAnswered ? kExitNoAnswer : kExitDone);
         sendRound();
-        if (isRepeated() && !m_isDone)
-            m_timer.repeat(m_wanted.every > 0 ? m_wanted.every : kUsualPause);
+        if (m_wanted.every > 0 && !m_isDone)
+            m_timer.repeat(m_wanted.every);
     }
 
     void sendRound()
@@ -141,7 +146,7 @@ private:
                 return m_run.endForNobody(m_link);
         }
         ++m_rounds;
-        const int most = m_wanted.count > 0 ? m_wanted.count : isRepeated() ? 0 : 1;
+        const int most = m_wanted.count > 0 ? m_wanted.count : m_wanted.every > 0 ? 0 : 1;
         if (most == 0 || m_rounds < most)
             return;
         m_timer.stop();
