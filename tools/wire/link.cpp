@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kConnectLimitMs = 3000;
 constexpr qint64 kReadSize = 64 * 1024;
+const QString kNoSuchHost = QStringLiteral("no such host");
 
 void makeQuick(QTcpSocket *socket)
 {
@@ -116,7 +117,10 @@ public:
 
     void open() override
     {
-        if (!m_server.listen(resolved(m_address.host), m_address.port))
+        const QHostAddress address = resolved(m_address.host);
+        if (address.isNull()) // the server would listen on all interfaces
+            emit closed(failure(kNoSuchHost));
+        else if (!m_server.listen(address, m_address.port))
             emit closed(failure(m_server.errorString()));
     }
 
@@ -185,7 +189,7 @@ public:
     {
         m_host = resolved(m_address.host);
         if (m_host.isNull())
-            emit closed(failure(QStringLiteral("no such host")));
+            emit closed(failure(kNoSuchHost));
         else if (!m_socket.bind(QHostAddress::AnyIPv4, m_address.local))
             emit closed(
                 failure(QStringLiteral("port %1: ").arg(m_address.local) + m_socket.errorString()));
