@@ -418,6 +418,12 @@ void tst_nacelle_wire::failsOnFiles()
     QCOMPARE(run({"decode", m_folder->path()}).code, 1);
     QCOMPARE(run({"replay", path("none"), "tcp://127.0.0.1:1"}).code, 1);
     QCOMPARE(run({"record", "-o", path("no/such/file"), "tcp-listen://127.0.0.1:0"}).code, 1);
+    // A link that isn't there empties no file.
+    QFile kept(path("kept.log"));
+    QVERIFY(kept.open(QIODevice::WriteOnly) && kept.write("night") == 5 && kept.flush());
+    for (const char *verb : {"record", "dump"})
+        QCOMPARE(run({verb, "-o", kept.fileName(), tcpTo(freePort())}).code, 1);
+    QCOMPARE(kept.size(), 5);
     for (const char *link : {"tcp-listen://no.such.host.invalid:0", "udp://no.such.host.invalid"})
         QVERIFY(run({"dump", "--for", "1s", link}).error.contains("no such host"));
     const quint16 port = freePort(true);

@@ -122,6 +122,8 @@ public:
             emit closed(failure(kNoSuchHost));
         else if (!m_server.listen(address, m_address.port))
             emit closed(failure(m_server.errorString()));
+        else
+            emit ready();
     }
 
     bool send(const QByteArray &bytes) override

@@ -51,6 +51,8 @@ public:
     const LinkAddress &address() const { return m_address; }
 
 signals:
+    /// It is open, or listens; before `opened`.
+    void ready();
     void opened();
     void received(const QByteArray &bytes);
     /// What waited to go out has become less.
@@ -63,7 +65,10 @@ signals:
     void closed(const QString &reason);
 
 protected:
-    explicit Link(const LinkAddress &address) : m_address(address) {}
+    explicit Link(const LinkAddress &address) : m_address(address)
+    {
+        connect(this, &Link::opened, this, &Link::ready);
+    }
     QString failure(const QString &reason) const { return m_address.text + ": " + reason; }
     /// Hands on what has come.
     virtual void read() = 0;

@@ -5,7 +5,18 @@ namespace wire {
 namespace {
 
 constexpr int kReopenMs = 1000;
-constexpr int kExitLost = 1;
+constexpr int kExitFailure = 1;
+
+/// Calls `call` at the link's first signal of that kind.
+template <typename Signal, typename Call>
+void once(Link *link, Signal signal, QObject *context, Call call)
+{
+    const auto connection = std::make_shared<QMetaObject::Connection>();
+    *connection = QObject::connect(link, signal, context, [connection, call] {
+        QObject::disconnect(*connection);
+        call();
+    });
+}
 
 } // namespace
 
@@ -16,16 +27,19 @@ Link &LinkRun::add(const LinkAddress &address, Link *first)
     connect(link, &Link::closed, this,
             [this, link](const QString &reason) { takeLoss(link, reason); });
     connect(link, &Link::noticed, this, m_says);
-    if (!first) {
+    if (first)
+        once(first, &Link::opened, link, [link] { link->open(); });
+    else
         m_openedFirst.push_back(link);
-        return *link;
-    }
-    const auto once = std::make_shared<QMetaObject::Connection>();
-    *once = connect(first, &Link::opened, link, [link, once] {
-        disconnect(*once);
-        link->open();
-    });
     return *link;
+}
+
+void LinkRun::beginWith(Link &link, const std::function<bool()> &begin)
+{
+    once(&link, &Link::ready, this, [this, begin] {
+        if (!begin())
+            end(kExitFailure);
+    });
 }
 
 void LinkRun::limit(qint64 microseconds, int code)
@@ -45,7 +59,7 @@ void LinkRun::endForNobody(const Link &link)
 {
     if (!m_isEnded)
         m_says(link.address().text + QStringLiteral(": nobody takes the frames"));
-    end(kExitLost);
+    end(kExitFailure);
 }
 
 int LinkRun::run()
@@ -66,7 +80,7 @@ void LinkRun::takeLoss(Link *link, const QString &reason)
 {
     m_says(reason);
     if (!m_reconnects)
-        return end(kExitLost);
+        return end(kExitFailure);
     QTimer::singleShot(kReopenMs, link, [link] { link->open(); });
 }
 

@@ -28,6 +28,9 @@ public:
     /// Adds a link. It is opened by `run`, or with `first`, once that one is up: what a bench sends
     /// before there is a pod would be lost.
     Link &add(const LinkAddress &address, Link *first = nullptr);
+    /// Calls `begin` when the link is ready for the first time; the run ends as failed where it
+    /// gives false. An output is opened there: no link, no reason to empty a file.
+    void beginWith(Link &link, const std::function<bool()> &begin);
     /// Ends the run with that code after so many microseconds.
     void limit(qint64 microseconds, int code);
     void end(int code);

@@ -1,5 +1,7 @@
 #include "tools/wire/output.h"
 
+#include <QFileInfo>
+
 #ifdef Q_OS_WIN
 #include <fcntl.h>
 #include <io.h>
@@ -20,6 +22,13 @@ bool Output::open(const QString &path)
 #endif
     m_file.setFileName(isStdout ? QString() : path);
     return (isStdout ? m_file.open(1, mode) : m_file.open(mode)) || fail();
+}
+
+bool Output::hasFolder(const QString &path)
+{
+    if (!path.isEmpty() && !QFileInfo(QFileInfo(path).path()).isDir())
+        m_error = path + QStringLiteral(": there is no such folder");
+    return m_error.isEmpty();
 }
 
 bool Output::fail()

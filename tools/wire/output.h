@@ -15,6 +15,9 @@ public:
     /// Standard output for "-" and an empty path. False with `error` set where it can't be opened.
     bool open(const QString &path);
 
+    /// Whether there is a folder for the file, which stays as it is; false with `error` set.
+    bool hasFolder(const QString &path);
+
     /// What is put here goes out with the next `flush`, or when it has become much.
     TextBuffer &buffer() { return m_buffer; }
     /// Hands over what has become much; false after a failure.

@@ -26,6 +26,7 @@ class Recorder
 public:
     Recorder(const QString &path, const FrameFormat &format, const Rotation &rotation);
 
+    bool hasFolder() { return m_output.hasFolder(m_path); }
     bool open();
     /// False after a failure, of which `error` speaks.
     bool take(const Record &record);

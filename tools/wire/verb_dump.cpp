@@ -85,7 +85,8 @@ bool readWanted(const QCommandLineParser &parser, const QStringList &words, Want
            readDurationOption(parser, "for", wanted.time, error);
 }
 
-int dump(LinkRun &run, Wanted &wanted, const FrameFormat &format, Output &output)
+int dump(LinkRun &run, Wanted &wanted, const FrameFormat &format, const QString &path,
+         Output &output)
 {
     const WireClock clock;
     int count = 0;
@@ -97,6 +98,12 @@ int dump(LinkRun &run, Wanted &wanted, const FrameFormat &format, Output &output
             run.end(kExitDone);
     });
     Link &link = run.add(wanted.address);
+    run.beginWith(link, [&] {
+        if (!output.open(path))
+            return false;
+        format.begin(output.buffer());
+        return output.flush();
+    });
     QObject::connect(&link, &Link::opened, &run, [&tap] { tap.begin(); });
     QObject::connect(&link, &Link::received, &run, [&](const QByteArray &bytes) {
         tap.push(bytes);
@@ -117,16 +124,16 @@ int run(const QCommandLineParser &parser, const QStringList &words)
     if (!readWanted(parser, words, wanted, error))
         return complainOfUsage(error);
     Output output;
-    if (!output.open(parser.value(QStringLiteral("output"))))
+    const QString path = parser.value(QStringLiteral("output"));
+    if (!output.hasFolder(path))
         return complain(output.error());
     const auto format = formatOf(parser, wanted.language);
-    format->begin(output.buffer());
     LinkRun links(parser.isSet(QStringLiteral("reconnect")),
                   [](const QString &text) { complain(text); });
     const StopSignal stop;
     QObject::connect(&stop, &StopSignal::stopped, &links,
                      [&] { links.end(wanted.count > 0 ? kExitStopped : kExitDone); });
-    const int code = dump(links, wanted, *format, output);
+    const int code = dump(links, wanted, *format, path, output);
     return output.close() ? code : complain(output.error());
 }
 

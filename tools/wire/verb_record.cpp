@@ -124,7 +124,10 @@ public:
         if (m_bench)
             tie(*m_bench, &m_pod, m_fromBench);
         QObject::connect(&m_timer, &QTimer::timeout, &run, [this] { flush(); });
-        m_timer.start(kFlushMs);
+        run.beginWith(m_pod, [this] {
+            m_timer.start(kFlushMs);
+            return m_recorder.open();
+        });
     }
 
     void finish()
@@ -189,7 +192,7 @@ private:
 
 int record(const QCommandLineParser &parser, const Wanted &wanted, Recorder &recorder)
 {
-    if (!recorder.open())
+    if (!recorder.hasFolder())
         return complain(recorder.error());
     LinkRun links(parser.isSet(QStringLiteral("reconnect")),
                   [](const QString &text) { complain(text); });
