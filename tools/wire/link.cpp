@@ -42,7 +42,10 @@ public:
     {
         m_limit.setSingleShot(true);
         m_socket.setProxy(QNetworkProxy::NoProxy);
-        connect(&m_limit, &QTimer::timeout, this, [this] { fail(QStringLiteral("no answer")); });
+        connect(&m_limit, &QTimer::timeout, this, [this] {
+            fail(QStringLiteral("can't be connected, no answer within %1 s")
+                     .arg(kConnectLimitMs / 1000));
+        });
         connect(&m_socket, &QTcpSocket::connected, this, [this] {
             m_limit.stop();
             makeQuick(&m_socket);

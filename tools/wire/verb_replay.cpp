@@ -197,7 +197,7 @@ int play(const Wanted &wanted, const std::shared_ptr<Loop> &loop, bool isMeasure
     tie(link, player, links);
     QObject::connect(&feed, &RecordFeed::ready, &player, &Player::resume);
     const int code = links.run();
-    if (isMeasured)
+    if (isMeasured && player.count() > 0)
         sayLateness(player);
     if (feed.isEnded() && !loop->isWhole())
         return kExitFailure;
