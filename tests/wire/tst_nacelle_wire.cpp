@@ -374,7 +374,7 @@ void tst_nacelle_wire::reconnects()
     const Ended ended = dump.end();
     QCOMPARE(ended.code, 0);
     QCOMPARE(ended.out, (frame.toHex().toUpper() + '\n').repeated(2));
-    QVERIFY(ended.error.contains("closed"));
+    QVERIFY2(ended.error.contains("closed") && ended.error.count("open again") == 1, ended.error);
     // The loss of a link is said once, in whatever it comes about.
     Wire sender({"send", "--every", "1ms", tcpTo(pod.serverPort())},
                 (frame.toHex() + '\n').repeated(20000));

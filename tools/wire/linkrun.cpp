@@ -1,11 +1,18 @@
 #include "tools/wire/linkrun.h"
 
+#include <QTime>
+
 namespace wire {
 
 namespace {
 
 constexpr int kReopenMs = 1000;
 constexpr int kExitFailure = 1;
+
+QString timeOfDay()
+{
+    return QTime::currentTime().toString(QStringLiteral("[HH:mm:ss] "));
+}
 
 /// Calls `call` at the link's first signal of that kind.
 template <typename Signal, typename Call>
@@ -26,6 +33,7 @@ Link &LinkRun::add(const LinkAddress &address, Link *first)
     Link *link = m_links.back().get();
     connect(link, &Link::closed, this,
             [this, link](const QString &reason) { takeLoss(link, reason); });
+    connect(link, &Link::ready, this, [this, link] { takeReturn(link); });
     connect(link, &Link::noticed, this, m_says);
     if (first)
         once(first, &Link::opened, link, [link] { link->open(); });
@@ -78,10 +86,21 @@ int LinkRun::run()
 
 void LinkRun::takeLoss(Link *link, const QString &reason)
 {
-    m_says(reason);
-    if (!m_reconnects)
+    if (!m_reconnects) {
+        m_says(reason);
         return end(kExitFailure);
+    }
+    QString &said = m_losses[link]; // else a night without the pod would have a line a second
+    if (said != reason)
+        m_says(timeOfDay() + reason);
+    said = reason;
     QTimer::singleShot(kReopenMs, link, [link] { link->open(); });
+}
+
+void LinkRun::takeReturn(Link *link)
+{
+    if (m_losses.erase(link) > 0)
+        m_says(timeOfDay() + link->address().text + QStringLiteral(": open again"));
 }
 
 void FrameTap::push(const QByteArray &bytes)

@@ -10,6 +10,7 @@
 #include <QTimer>
 
 #include <functional>
+#include <map>
 #include <vector>
 
 namespace wire {
@@ -42,11 +43,13 @@ public:
 
 private:
     void takeLoss(Link *link, const QString &reason);
+    void takeReturn(Link *link);
 
     bool m_reconnects;
     std::function<void(const QString &)> m_says;
     std::vector<std::unique_ptr<Link>> m_links;
     std::vector<Link *> m_openedFirst;
+    std::map<Link *, QString> m_losses; ///< why it isn't there, of each that is tried again
     QEventLoop m_loop;
     FarTimer m_limit;
     bool m_isEnded = false;
