@@ -22,6 +22,7 @@ private slots:
     void endsByTheAnswer();
     void endsUnanswered_data();
     void endsUnanswered();
+    void saysWhatIsNotTaken();
     void sendsFromFreshPorts();
     void bridgesAndReplays();
     void recordsWhatReachesThePod();
@@ -192,6 +193,17 @@ void tst_nacelle_wire::endsUnanswered()
         QVERIFY(client->waitForReadyRead(kLimitMs));
     const Ended ended = isStopped ? wire.stop(SIGINT) : wire.end();
     QVERIFY2(ended.code == code, ended.error);
+}
+
+/// A pod that has stopped to read gets a part, perhaps of a frame.
+void tst_nacelle_wire::saysWhatIsNotTaken()
+{
+    QTcpServer pod; // never takes the connection, so that nothing reads
+    QVERIFY(pod.listen(QHostAddress::LocalHost));
+    const Ended ended = run({"send", "--for", "50ms", tcpTo(pod.serverPort())},
+                            command("photo").repeated(100000)); // more than all buffers on the way
+    QCOMPARE(ended.code, 1);
+    QVERIFY2(ended.error.contains("bytes weren't taken"), ended.error);
 }
 
 /// As the bench sends: a pod that looked at the port would see as many ports as datagrams.

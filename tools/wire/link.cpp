@@ -1,5 +1,6 @@
 #include "tools/wire/link.h"
 
+#include <QDeadlineTimer>
 #include <QHostInfo>
 #include <QNetworkProxy>
 #include <QSerialPort>
@@ -13,6 +14,7 @@ namespace wire {
 namespace {
 
 constexpr int kConnectLimitMs = 3000;
+constexpr int kPartingLimitMs = 3000; // who is stopped isn't to hang on a peer that doesn't read
 constexpr qint64 kReadSize = 64 * 1024;
 const QString kNoSuchHost = QStringLiteral("no such host");
 
@@ -21,6 +23,20 @@ void makeQuick(QTcpSocket *socket)
     // Else a frame waits until the one before it is acknowledged.
     socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     socket->setReadBufferSize(kReadSize);
+}
+
+/// Disconnects once all has gone out: the bytes that haven't.
+qint64 part(QTcpSocket &socket)
+{
+    qint64 left = socket.bytesToWrite();
+    // Counted: of a connection that breaks the buffer is empty too.
+    const auto counted = QObject::connect(&socket, &QTcpSocket::bytesWritten, &socket,
+                                          [&left](qint64 count) { left -= count; });
+    socket.disconnectFromHost();
+    if (socket.state() == QAbstractSocket::ClosingState)
+        socket.waitForDisconnected(kPartingLimitMs);
+    QObject::disconnect(counted);
+    return left;
 }
 
 QHostAddress resolved(const QString &host)
@@ -72,12 +88,10 @@ public:
 
     qint64 unsent() const override { return m_socket.bytesToWrite(); }
 
-    void close() override
+    qint64 close() override
     {
         m_isGone = true;
-        m_socket.disconnectFromHost();
-        if (m_socket.state() == QAbstractSocket::ClosingState)
-            m_socket.waitForDisconnected(kConnectLimitMs);
+        return part(m_socket);
     }
 
 private:
@@ -136,14 +150,10 @@ public:
 
     qint64 unsent() const override { return m_client ? m_client->bytesToWrite() : 0; }
 
-    void close() override
+    qint64 close() override
     {
         m_server.close();
-        if (!m_client)
-            return;
-        m_client->disconnectFromHost();
-        if (m_client && m_client->state() == QAbstractSocket::ClosingState)
-            m_client->waitForDisconnected(kConnectLimitMs);
+        return m_client ? part(*m_client) : 0;
     }
 
 private:
@@ -171,8 +181,8 @@ private:
             read(); // what came last
             m_client = nullptr;
             socket->deleteLater();
-            emit written(); // what waited for it is gone
             emit left();
+            emit written(); // what waited for it is gone
         });
         emit opened();
     }
@@ -207,7 +217,11 @@ public:
         return QUdpSocket().writeDatagram(bytes, m_host, m_address.port) == bytes.size();
     }
 
-    void close() override { m_socket.close(); }
+    qint64 close() override
+    {
+        m_socket.close();
+        return 0;
+    }
 
 private:
     void read() override
@@ -268,12 +282,15 @@ public:
 
     qint64 unsent() const override { return m_port.bytesToWrite(); }
 
-    void close() override
+    qint64 close() override
     {
+        const QDeadlineTimer limit(kPartingLimitMs);
         while (m_port.isOpen() && m_port.bytesToWrite() > 0 &&
-               m_port.waitForBytesWritten(kConnectLimitMs)) {
+               m_port.waitForBytesWritten(int(limit.remainingTime()))) {
         }
+        const qint64 left = m_port.bytesToWrite();
         m_port.close();
+        return left;
     }
 
 private:

@@ -46,8 +46,8 @@ public:
     /// Reads no more for a while, so that its other end has to wait as far as the link knows how
     /// to; or goes on.
     void hold(bool isHeld);
-    /// Ends it once all has gone out.
-    virtual void close() = 0;
+    /// Ends it once all has gone out, or after a few seconds: how many bytes weren't taken.
+    virtual qint64 close() = 0;
     const LinkAddress &address() const { return m_address; }
 
 signals:

@@ -63,6 +63,17 @@ void LinkRun::end(int code)
     m_loop.quit();
 }
 
+void LinkRun::endWhenSent(Link &link)
+{
+    const auto endIfSent = [this, &link] {
+        if (link.unsent() == 0)
+            end(0);
+    };
+    connect(&link, &Link::left, this, [this, &link] { endForNobody(link); });
+    connect(&link, &Link::written, this, endIfSent);
+    endIfSent();
+}
+
 void LinkRun::endForNobody(const Link &link)
 {
     if (!m_isEnded)
@@ -79,9 +90,18 @@ int LinkRun::run()
         m_loop.exec();
     for (const auto &link : m_links) {
         link->disconnect(this);
-        link->close();
+        close(*link);
     }
     return m_code;
+}
+
+void LinkRun::close(Link &link)
+{
+    const qint64 left = link.close();
+    if (left == 0)
+        return;
+    m_says(link.address().text + QStringLiteral(": %1 bytes weren't taken").arg(left));
+    m_code = m_code == 0 ? kExitFailure : m_code;
 }
 
 void LinkRun::takeLoss(Link *link, const QString &reason)

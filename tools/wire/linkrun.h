@@ -35,15 +35,19 @@ public:
     /// Ends the run with that code after so many microseconds.
     void limit(qint64 microseconds, int code);
     void end(int code);
+    /// Ends it as done once the link has taken all; as for nobody if its client leaves before.
+    void endWhenSent(Link &link);
     /// Ends it since the link takes no frame; says so, unless its loss has been said.
     void endForNobody(const Link &link);
     bool isEnded() const { return m_isEnded; }
-    /// Turns the loop until `end`: its code. Then the links are closed.
+    /// Turns the loop until `end`, and closes the links: the code, a failure's in place of that of
+    /// what is done if one of them didn't take all.
     int run();
 
 private:
     void takeLoss(Link *link, const QString &reason);
     void takeReturn(Link *link);
+    void close(Link &link);
 
     bool m_reconnects;
     std::function<void(const QString &)> m_says;

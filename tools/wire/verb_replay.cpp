@@ -175,8 +175,7 @@ void tie(Link &link, Player &player, LinkRun &links)
     });
     QObject::connect(&link, &Link::written, &player, &Player::resume);
     QObject::connect(
-        &player, &Player::finished, &links, [&links] { links.end(kExitDone); },
-        Qt::QueuedConnection);
+        &player, &Player::finished, &links, [&] { links.endWhenSent(link); }, Qt::QueuedConnection);
 }
 
 int play(const Wanted &wanted, const std::shared_ptr<Loop> &loop, bool isMeasured)

@@ -118,7 +118,6 @@ public:
         QObject::connect(&m_link, &Link::opened, &run, [this] { begin(); });
         QObject::connect(&m_link, &Link::received, &run,
                          [this](const QByteArray &bytes) { m_tap.push(bytes); });
-        QObject::connect(&m_link, &Link::written, &run, [this] { endWhenSent(); });
         QObject::connect(&m_timer, &FarTimer::timeout, &run, [this] { sendRound(); });
         QObject::connect(&m_patience, &FarTimer::timeout, &run, [&run] { run.end(kExitNoAnswer); });
     }
@@ -151,13 +150,8 @@ private:
             return;
         m_timer.stop();
         m_isDone = true;
-        endWhenSent();
-    }
-
-    void endWhenSent()
-    {
-        if (m_isDone && !m_wanted.isAnswered && m_link.unsent() == 0)
-            m_run.end(kExitDone);
+        if (!m_wanted.isAnswered)
+            m_run.endWhenSent(m_link);
     }
 
     void take(const Record &record)
