@@ -239,6 +239,24 @@ private:
     QHostAddress m_host;
 };
 
+/// The system's words for what befell a port, with what they come to: alone they speak of locks and
+/// of control calls.
+QString serialFailure(QSerialPort::SerialPortError error, const QString &words)
+{
+    switch (error) {
+    case QSerialPort::PermissionError:
+        return QStringLiteral("in use by another program, or not permitted: ") + words;
+    case QSerialPort::DeviceNotFoundError:
+        return QStringLiteral("there is no such port: ") + words;
+    case QSerialPort::ResourceError:
+    case QSerialPort::ReadError:
+    case QSerialPort::WriteError:
+        return QStringLiteral("the port is gone: ") + words;
+    default:
+        return words;
+    }
+}
+
 class SerialLink : public Link
 {
 public:
@@ -255,7 +273,7 @@ public:
                                         error == QSerialPort::WriteError;
                     // Later: the port reports from within its own reading.
                     if (isLost && m_port.isOpen())
-                        QTimer::singleShot(0, this, &SerialLink::lose);
+                        QTimer::singleShot(0, this, [this, reason = reason()] { lose(reason); });
                 });
     }
 
@@ -271,7 +289,7 @@ public:
         if (m_port.open(QIODevice::ReadWrite))
             emit opened();
         else
-            emit closed(failure(m_port.errorString()));
+            emit closed(reason());
     }
 
     bool send(const QByteArray &bytes) override
@@ -285,10 +303,9 @@ public:
     qint64 close() override
     {
         const QDeadlineTimer limit(kPartingLimitMs);
-        while (m_port.isOpen() && m_port.bytesToWrite() > 0 &&
-               m_port.waitForBytesWritten(int(limit.remainingTime()))) {
+        while (unsent() > 0 && m_port.waitForBytesWritten(int(limit.remainingTime()))) {
         }
-        const qint64 left = m_port.bytesToWrite();
+        const qint64 left = unsent();
         m_port.close();
         return left;
     }
@@ -301,13 +318,14 @@ private:
             emit received(bytes);
     }
 
-    void lose()
+    QString reason() const { return failure(serialFailure(m_port.error(), m_port.errorString())); }
+
+    void lose(const QString &reason)
     {
         if (!m_port.isOpen())
             return;
-        const QString reason = m_port.errorString();
         m_port.close();
-        emit closed(failure(reason));
+        emit closed(reason);
     }
 
     QSerialPort m_port;
