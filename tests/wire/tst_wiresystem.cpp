@@ -17,12 +17,12 @@ namespace {
 class Line
 {
 public:
-    Line() : m_far(posix_openpt(O_RDWR | O_NOCTTY))
+    Line() : m_far(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC))
     {
         grantpt(m_far);
         unlockpt(m_far);
-        m_near =
-            ::open(ptsname(m_far), O_RDWR | O_NOCTTY); // else what lies there ends with the port
+        m_near = ::open(ptsname(m_far),
+                        O_RDWR | O_NOCTTY | O_CLOEXEC); // else what lies there ends with the port
     }
     ~Line()
     {
@@ -30,7 +30,7 @@ public:
         ::close(m_far);
     }
 
-    QString link() const { return QStringLiteral("serial://") + ptsname(m_far); }
+    QString port() const { return ptsname(m_far); }
 
     /// So many bytes, or what comes until nothing more does.
     QByteArray read(int count) const
@@ -66,6 +66,7 @@ class tst_wiresystem : public QObject
 private slots:
     void init() { m_folder = std::make_unique<QTemporaryDir>(); }
     void losesASerialPort();
+    void goesOnWithAPortThatIsBack();
     void waitsForASlowLine_data();
     void waitsForASlowLine();
     void saysThatTheDiskIsFull();
@@ -97,6 +98,38 @@ void tst_wiresystem::losesASerialPort()
     QVERIFY2(lost.error.contains(link.toUtf8() + ": the port is gone: "), lost.error);
 }
 
+/// A bench that waits for a full line doesn't wait for ever once the port is lost.
+void tst_wiresystem::goesOnWithAPortThatIsBack()
+{
+    auto line = std::make_unique<Line>();
+    QVERIFY(QFile::link(line->port(), path("port")));
+    const quint16 port = freePort();
+    Wire bridge({"record", "-o", path("run.hex"), "--reconnect", "--bridge",
+                 QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port),
+                 "serial://" + path("port")});
+    QTcpSocket bench;
+    QVERIFY(joins(bench, port));
+    bench.write(QByteArray(12 << 20, '\x11')); // more than all buffers on the way
+    while (bench.bytesToWrite() > 0 && bench.waitForBytesWritten(500)) {
+    }
+    QVERIFY(bench.bytesToWrite() > 0);
+    line.reset();
+    QVERIFY(QFile::remove(path("port")) && bridge.says("the port is gone"));
+    while (bench.bytesToWrite() > 0)
+        QVERIFY(bench.waitForBytesWritten(kLimitMs));
+    line = std::make_unique<Line>();
+    QVERIFY(QFile::link(line->port(), path("port")) && bridge.says("open again"));
+    const QByteArray lock = QByteArray::fromHex(command("lock"));
+    bench.write(lock);
+    QVERIFY(bench.waitForBytesWritten(kLimitMs));
+    QByteArray came, piece; // before it perhaps what was still on the way
+    do
+        came += piece = line->read(1);
+    while (!piece.isEmpty() && !came.endsWith(lock));
+    QVERIFY(came.endsWith(lock));
+    QCOMPARE(bridge.stop().code, 0);
+}
+
 void tst_wiresystem::waitsForASlowLine_data()
 {
     QTest::addColumn<QStringList>("words");
@@ -111,7 +144,7 @@ void tst_wiresystem::waitsForASlowLine()
     constexpr int kFrames = 3000; // more than a pseudo-terminal holds
     const QByteArray frame = command("photo").trimmed();
     const Line line;
-    Wire wire(words << line.link(), ("(1.5) tx " + frame + '\n').repeated(kFrames));
+    Wire wire(words << "serial://" + line.port(), ("(1.5) tx " + frame + '\n').repeated(kFrames));
     QVERIFY(!wire.hasEnded(300)); // until the line is full
     QCOMPARE(line.read(kFrames * 73), QByteArray::fromHex(frame).repeated(kFrames));
     const Ended ended = wire.end();

@@ -298,7 +298,8 @@ public:
         return m_port.isOpen() && m_port.write(bytes) == bytes.size();
     }
 
-    qint64 unsent() const override { return m_port.bytesToWrite(); }
+    // The buffer of a closed port keeps its bytes until the next opening.
+    qint64 unsent() const override { return m_port.isOpen() ? m_port.bytesToWrite() : 0; }
 
     qint64 close() override
     {
