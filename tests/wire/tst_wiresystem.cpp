@@ -70,6 +70,7 @@ private slots:
     void waitsForASlowLine_data();
     void waitsForASlowLine();
     void saysThatTheDiskIsFull();
+    void endsWithItsReader();
 
 private:
     QString path(const char *name) const { return m_folder->filePath(QLatin1String(name)); }
@@ -167,6 +168,20 @@ void tst_wiresystem::saysThatTheDiskIsFull()
         QString("ulimit -f 4; trap '' XFSZ; '%1' fields -o '%2'").arg(WIRE_PATH, path("cut")));
     QCOMPARE(cut.code, 1);
     QVERIFY2(cut.error.contains("File too large"), cut.error);
+}
+
+/// Without a word, and with the code of what SIGPIPE ends.
+void tst_wiresystem::endsWithItsReader()
+{
+    for (const char *words : {"dump", "record -o -"}) {
+        const quint16 port = freePort(true);
+        ToolRun run("sh",
+                    {"-c", QString("{ '%1' %2 'udp://127.0.0.1:1?local=%3'; echo $? >&2; } | true")
+                               .arg(WIRE_PATH, words, QString::number(port))});
+        while (!run.hasEnded(50))
+            QUdpSocket().writeDatagram("noise", QHostAddress::LocalHost, port);
+        QCOMPARE(run.end().error, QByteArray("141\n"));
+    }
 }
 
 NACELLE_TEST_MAIN(tst_wiresystem)

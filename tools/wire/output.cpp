@@ -2,6 +2,8 @@
 
 #include <QFileInfo>
 
+#include <cerrno>
+
 #ifdef Q_OS_WIN
 #include <fcntl.h>
 #include <io.h>
@@ -43,8 +45,10 @@ bool Output::flush()
     qint64 count = 0;
     for (int at = 0; m_error.isEmpty() && at < m_buffer.size(); at += int(count)) {
         count = m_file.write(m_buffer.data() + at, m_buffer.size() - at);
-        if (count <= 0)
+        if (count <= 0) {
+            m_isUnread = errno == EPIPE;
             return fail();
+        }
         m_written += count;
     }
     m_buffer.clear();

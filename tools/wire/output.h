@@ -7,6 +7,10 @@
 
 namespace wire {
 
+/// The code where nobody reads the output any more, as a shell has it for SIGPIPE, by which the
+/// verbs end that know no stop signal.
+constexpr int kExitUnread = 141;
+
 /// A file or standard output, written in large pieces. What went wrong is kept and said once; after
 /// it nothing more is written.
 class Output
@@ -26,6 +30,9 @@ public:
     /// The file is whole and closed, or not.
     bool close();
 
+    /// After a failure: whether its reader has gone, as `head` does; that wants no word.
+    bool isUnread() const { return m_isUnread; }
+
     qint64 written() const { return m_written; }
     const QString &error() const { return m_error; }
 
@@ -39,6 +46,7 @@ private:
     TextBuffer m_buffer;
     qint64 m_written = 0;
     QString m_error;
+    bool m_isUnread = false;
 };
 
 } // namespace wire

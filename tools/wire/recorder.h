@@ -34,6 +34,7 @@ public:
     bool flush();
     bool close() { return m_output.close(); }
     const QString &error() const { return m_output.error(); }
+    bool isUnread() const { return m_output.isUnread(); }
     qint64 count() const { return m_count; }
 
 private:

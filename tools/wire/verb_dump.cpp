@@ -134,7 +134,9 @@ int run(const QCommandLineParser &parser, const QStringList &words)
     QObject::connect(&stop, &StopSignal::stopped, &links,
                      [&] { links.end(wanted.count > 0 ? kExitStopped : kExitDone); });
     const int code = dump(links, wanted, *format, path, output);
-    return output.close() ? code : complain(output.error());
+    if (output.close())
+        return code;
+    return output.isUnread() ? kExitUnread : complain(output.error());
 }
 
 } // namespace

@@ -204,7 +204,7 @@ int record(const QCommandLineParser &parser, const Wanted &wanted, Recorder &rec
     const int code = links.run();
     session.finish();
     if (!recorder.close())
-        return complain(recorder.error());
+        return recorder.isUnread() ? kExitUnread : complain(recorder.error());
     complain(QStringLiteral("%1 frames recorded").arg(recorder.count()));
     return code;
 }

@@ -202,7 +202,9 @@ int run(const QCommandLineParser &parser, const QStringList &words)
     int code = links.run();
     if (code == kExitNoAnswer)
         code = complain(QStringLiteral("no answer from ") + wanted.address.text, kExitNoAnswer);
-    return output.close() ? code : complain(output.error());
+    if (output.close())
+        return code;
+    return output.isUnread() ? kExitUnread : complain(output.error());
 }
 
 } // namespace
