@@ -67,9 +67,15 @@ void tst_nacelle_wire::refusesItsCommandLine_data()
                               "send --count 0 tcp://pod A8E5",
                               "dump",
                               "dump --for 0 tcp://pod",
+                              "dump --json --hex tcp://pod",
+                              "dump --date 2025-11-21 tcp://pod",
+                              "dump -o x.pcapng tcp://pod",
                               "record tcp://pod",
                               "record -o x --rotate-size 1 --keep -1 tcp://pod",
                               "record -o x --keep 1 tcp://pod",
+                              "record -o x --rotate-size 0 tcp://pod",
+                              "record -o x --rotate-time 999ms tcp://pod",
+                              "record -o x.pcap tcp://pod",
                               "record -o - --rotate-time 1h tcp://pod",
                               "replay x",
                               "replay --speed 0 x tcp://pod",
@@ -359,7 +365,7 @@ void tst_nacelle_wire::rotates()
     }
     PodProcess pod({"--tcp", "0"});
     const quint16 port = freePort();
-    Wire recorder({"record", "-o", path("night.pcapng"), "--rotate-time", "500ms", "--keep", "2",
+    Wire recorder({"record", "-o", path("night.pcapng"), "--rotate-time", "1s", "--keep", "2",
                    "--bridge", QStringLiteral("tcp-listen://127.0.0.1:%1").arg(port),
                    tcpTo(pod.port("tcp"))});
     QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path("night-123459.pcapng")), kLimitMs);

@@ -165,9 +165,14 @@ std::unique_ptr<FrameFormat> readForm(const QString &name, const QString &path, 
                                       const Origin &origin, QString &error)
 {
     QString form = name;
-    for (const char *each : {"pcapng", "log", "hex"})
-        if (name.isEmpty() && path.endsWith(QLatin1Char('.') + QLatin1String(each)))
+    for (const char *each : {"pcapng", "pcap", "log", "hex"})
+        if (name.isEmpty() &&
+            path.endsWith(QLatin1Char('.') + QLatin1String(each), Qt::CaseInsensitive))
             form = QLatin1String(each);
+    if (name.isEmpty() && form == QLatin1String("pcap")) {
+        error = path + QStringLiteral(": only pcapng is written");
+        return nullptr;
+    }
     if (form == QLatin1String("pcapng"))
         return pcapngFormat(origin);
     if (form == QLatin1String("log"))

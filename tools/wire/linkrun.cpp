@@ -123,6 +123,21 @@ void LinkRun::takeReturn(Link *link)
         m_says(timeOfDay() + link->address().text + QStringLiteral(": open again"));
 }
 
+void addListenOptions(QCommandLineParser &parser)
+{
+    parser.addOption(
+        {QStringLiteral("for"), QStringLiteral("End after this time."), QStringLiteral("time")});
+    parser.addOption(
+        {QStringLiteral("reconnect"), QStringLiteral("Open a lost link again, every second.")});
+    parser.addOption(
+        {QStringLiteral("as-bench"), QStringLiteral("Cut what is received as the bench does.")});
+}
+
+Cut cutOf(const QCommandLineParser &parser)
+{
+    return parser.isSet(QStringLiteral("as-bench")) ? Cut::AsBench : Cut::Searching;
+}
+
 void FrameTap::push(const QByteArray &bytes)
 {
     m_cutter.push(bytes.constData(), bytes.size(), m_clock.now());

@@ -6,6 +6,7 @@
 #include "tools/wire/streamcutter.h"
 #include "tools/wire/wireclock.h"
 
+#include <QCommandLineParser>
 #include <QEventLoop>
 #include <QTimer>
 
@@ -59,6 +60,11 @@ private:
     bool m_isEnded = false;
     int m_code = 0;
 };
+
+/// Options of the verbs that listen until they are ended: --for, --reconnect and --as-bench.
+void addListenOptions(QCommandLineParser &parser);
+/// What the last one says.
+Cut cutOf(const QCommandLineParser &parser);
 
 /// Makes records of what a link receives, and hands them on.
 class FrameTap

@@ -5,6 +5,8 @@
 #include "tools/wire/linkrun.h"
 #include "tools/wire/verbs.h"
 
+#include <QFileInfo>
+
 namespace wire {
 
 namespace {
@@ -41,12 +43,8 @@ void addOptions(QCommandLineParser &parser)
     parser.addOption({QStringLiteral("hex"), QStringLiteral("The digits alone.")});
     parser.addOption({QStringLiteral("count"), QStringLiteral("End after so many frames."),
                       QStringLiteral("number")});
-    parser.addOption(
-        {QStringLiteral("for"), QStringLiteral("End after this time."), QStringLiteral("time")});
-    parser.addOption(
-        {QStringLiteral("reconnect"), QStringLiteral("Open a lost link again, every second.")});
+    addListenOptions(parser);
     addLanguageOption(parser);
-    addReadOptions(parser);
     addFilterOptions(parser);
     addOutputOption(parser);
 }
@@ -62,10 +60,23 @@ std::unique_ptr<FrameFormat> formatOf(const QCommandLineParser &parser, Language
     return parser.isSet(QStringLiteral("text")) ? textFormat(language) : lineFormat();
 }
 
+bool checkForm(const QCommandLineParser &parser, QString &error)
+{
+    const QString path = parser.value(QStringLiteral("output"));
+    int forms = 0;
+    for (const char *form : {"json", "csv", "text", "hex"})
+        forms += parser.isSet(QLatin1String(form));
+    if (forms > 1)
+        error = QStringLiteral("one of --json, --csv, --text and --hex");
+    else if (QFileInfo(path).suffix().startsWith(QLatin1String("pcap"), Qt::CaseInsensitive))
+        error = path + QStringLiteral(": `record` writes pcapng");
+    return error.isEmpty();
+}
+
 struct Wanted
 {
     LinkAddress address;
-    ReadOptions options;
+    Cut cut = Cut::Searching;
     Filter filter;
     Language language = Language::English;
     int count = 0;
@@ -75,10 +86,11 @@ struct Wanted
 bool readWanted(const QCommandLineParser &parser, const QStringList &words, Wanted &wanted,
                 QString &error)
 {
+    wanted.cut = cutOf(parser);
     if (words.size() != 1)
         error = QStringLiteral("one link is needed");
-    return words.size() == 1 && readLinkAddress(words.first(), wanted.address, error) &&
-           readReadOptions(parser, wanted.options, error) &&
+    return error.isEmpty() && checkForm(parser, error) &&
+           readLinkAddress(words.first(), wanted.address, error) &&
            readFilter(parser, wanted.filter, error) &&
            readLanguage(parser, wanted.language, error) &&
            readCountOption(parser, "count", 0, wanted.count, error) &&
@@ -90,7 +102,7 @@ int dump(LinkRun &run, Wanted &wanted, const FrameFormat &format, const QString 
 {
     const WireClock clock;
     int count = 0;
-    FrameTap tap(wanted.options.cut, Direction::Unknown, clock, [&](const Record &record) {
+    FrameTap tap(wanted.cut, Direction::Unknown, clock, [&](const Record &record) {
         if (!wanted.filter.takes(record) || (wanted.count > 0 && count == wanted.count))
             return;
         format.add(record, output.buffer());

@@ -38,15 +38,16 @@ constexpr char kText[] =
     "Ends with 1 when a link is lost or can't be opened, or the file can't be written.";
 
 constexpr int kFlushMs = 1000;
+constexpr qint64 kMegabyte = 1000000;
 
 void addOptions(QCommandLineParser &parser)
 {
     parser.addOption(
         {QStringLiteral("bridge"), QStringLiteral("The bench's side."), QStringLiteral("link")});
     parser.addOption(
-        {QStringLiteral("for"), QStringLiteral("End after this time."), QStringLiteral("time")});
-    parser.addOption(
-        {QStringLiteral("reconnect"), QStringLiteral("Open a lost link again, every second.")});
+        {{QStringLiteral("o"), QStringLiteral("output")},
+         QStringLiteral("Write to this file, which has to be named; - is standard output."),
+         QStringLiteral("file")});
     parser.addOption({QStringLiteral("rotate-size"),
                       QStringLiteral("Begin another file after so many megabytes."),
                       QStringLiteral("MB")});
@@ -60,10 +61,8 @@ void addOptions(QCommandLineParser &parser)
          QStringLiteral("number")});
     parser.addOption({QStringLiteral("as"), QStringLiteral("pcapng, line, log or hex."),
                       QStringLiteral("form")});
-    parser.addOption(
-        {QStringLiteral("as-bench"), QStringLiteral("Cut what is received as the bench does.")});
+    addListenOptions(parser);
     addLanguageOption(parser);
-    addOutputOption(parser);
 }
 
 struct Wanted
@@ -78,7 +77,13 @@ struct Wanted
 
 bool checkRotation(const QCommandLineParser &parser, const Rotation &rotation, QString &error)
 {
-    if (rotation.isWanted() && parser.value(QStringLiteral("output")) == QLatin1String("-"))
+    const bool isBySize = parser.isSet(QStringLiteral("rotate-size")),
+               isByTime = parser.isSet(QStringLiteral("rotate-time"));
+    if (isBySize && rotation.bytes < kMegabyte)
+        error = QStringLiteral("--rotate-size: at least 1");
+    else if (isByTime && rotation.microseconds < kFlushMs * 1000)
+        error = QStringLiteral("--rotate-time: at least 1s"); // it is looked at with each flush
+    else if (rotation.isWanted() && parser.value(QStringLiteral("output")) == QLatin1String("-"))
         error = QStringLiteral("standard output can't be rotated");
     else if (!rotation.isWanted() && parser.isSet(QStringLiteral("keep")))
         error = QStringLiteral("--keep needs --rotate-size or --rotate-time");
@@ -90,7 +95,7 @@ bool readWanted(const QCommandLineParser &parser, const QStringList &words, Want
 {
     const QString bench = parser.value(QStringLiteral("bridge"));
     wanted.isBridge = parser.isSet(QStringLiteral("bridge"));
-    wanted.cut = parser.isSet(QStringLiteral("as-bench")) ? Cut::AsBench : Cut::Searching;
+    wanted.cut = cutOf(parser);
     int megabytes = 0;
     if (words.size() != 1)
         error = QStringLiteral("one link is needed");
@@ -104,7 +109,7 @@ bool readWanted(const QCommandLineParser &parser, const QStringList &words, Want
         readDurationOption(parser, "rotate-time", wanted.rotation.microseconds, error) &&
         readCountOption(parser, "rotate-size", 0, megabytes, error) &&
         readCountOption(parser, "keep", 0, wanted.rotation.keep, error);
-    wanted.rotation.bytes = qint64(megabytes) * 1000000;
+    wanted.rotation.bytes = megabytes * kMegabyte;
     return isGood && checkRotation(parser, wanted.rotation, error);
 }
 
