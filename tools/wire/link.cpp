@@ -159,7 +159,9 @@ public:
 private:
     void read() override
     {
-        const QByteArray bytes = m_client ? m_client->readAll() : QByteArray();
+        if (!m_client || !m_client->isOpen())
+            return;
+        const QByteArray bytes = m_client->readAll();
         if (!bytes.isEmpty())
             emit received(bytes);
     }
