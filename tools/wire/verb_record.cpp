@@ -27,7 +27,9 @@ constexpr char kText[] =
     "\n"
     "The file's name says the form: .pcapng, .log, .hex, else the line form. What has been "
     "recorded is\n"
-    "on the disk after a second at most. It goes on until Ctrl+C, --for, or the loss of a link.\n"
+    "on the disk after a second at most. The file is begun once the pod's link is open, or "
+    "listens.\n"
+    "It goes on until Ctrl+C, --for, or the loss of a link.\n"
     "Files that follow one another are night-00001.pcapng and so on, after the highest number "
     "that\n"
     "is there already.\n"
@@ -35,7 +37,8 @@ constexpr char kText[] =
     "reads\n"
     "no more from a side while the other takes nothing.\n"
     "\n"
-    "Ends with 1 when a link is lost or can't be opened, or the file can't be written.";
+    "Ends with 1 when a link is lost, can't be opened or doesn't take all, or the file can't be\n"
+    "written.";
 
 constexpr int kFlushMs = 1000;
 constexpr qint64 kMegabyte = 1000000;

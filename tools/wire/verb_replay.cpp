@@ -29,7 +29,8 @@ constexpr char kText[] =
     "Each frame has its moment, counted from the first: one that is late doesn't delay the next.\n"
     "Times that go back count as no pause. A recording that comes by a pipe is played as it "
     "comes,\n"
-    "and once. Ends with 1 when the link is lost, with 130 when it is stopped before its end.";
+    "and once. Ends with 1 when the link is lost or doesn't take all, with 130 when it is stopped\n"
+    "before its end.";
 
 void addOptions(QCommandLineParser &parser)
 {
