@@ -185,7 +185,10 @@ private slots:
     void filters();
     void links_data();
     void links();
+    void compares_data();
     void compares();
+    void namesChanges();
+    void timesFrames();
 };
 
 void tst_wirefiles::formsComeBack_data()
@@ -560,36 +563,82 @@ void tst_wirefiles::links()
     QCOMPARE(shown, read);
 }
 
+void tst_wirefiles::compares_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QByteArray>("after");
+    QTest::addColumn<QByteArray>("signs");
+    // A letter is a frame; a capital is that frame with other values throughout.
+    const char *const rows[][4] = {
+        {"equal", "abc", "abc", "==="},
+        {"lost", "abcd", "acd", "=-=="},
+        {"added", "acd", "abcd", "=+=="},
+        {"changed", "abc", "axc", "=~="},
+        {"changed, and there again later", "abcdabcd", "xbcdabcd", "~======="},
+        {"added before equal ones", "aaa", "xaaa", "+==="},
+        {"all lost", "abc", "", "---"},
+        {"all added", "", "ab", "++"},
+        {"reordered", "abcdef", "abdcef", "==~~=="},
+        {"throughout", "abcdefgh", "ABCDEFGH", "~~~~~~~~"},
+        {"throughout, one lost", "abcdefgh", "ABDEFGH", "~~-~~~~~"},
+        {"throughout, one added", "abcdefgh", "ABCXDEFGH", "~~~+~~~~~"},
+        {"throughout, each seventh lost", "abcdefghijklmnopqrstuvwxyz", "ABCDEFHIJKLMOPQRSTVWXYZ",
+         "~~~~~~-~~~~~~-~~~~~~-~~~~~"},
+        {"throughout, reordered", "abcdefgh", "ABDCEFGH", "~~~~~~~~"},
+        {"throughout, lost and added", "abcdefghijk", "ABDEFGHIXJK", "~~-~~~~~~+~~"},
+        {"the other kind between", "abc!def", "AB!CDEF", "~~-=+~~~"},
+    };
+    for (const auto &row : rows)
+        QTest::newRow(row[0]) << QByteArray(row[1]) << QByteArray(row[2]) << QByteArray(row[3]);
+    // Many times as long as what is looked at together.
+    const QByteArray all("abcdefghijklmnopqrstuvwxyz"), less("ABCDEFGHIJKMNOPQRSTUVWXYZ");
+    QTest::newRow("long") << all.repeated(100) << less.repeated(100)
+                          << QByteArray("~~~~~~~~~~~-~~~~~~~~~~~~~~").repeated(100);
+}
+
 void tst_wirefiles::compares()
 {
-    const auto steps = [](const QByteArray &before, const QByteArray &after) {
-        const auto source = [](const QByteArray &numbers) {
-            int at = 0;
-            return [numbers, at](Record &record) mutable {
-                record.bytes = at < numbers.size() ? gcu(quint8(numbers[at])) : QByteArray();
-                return at++ < numbers.size();
-            };
+    QFETCH(QByteArray, before);
+    QFETCH(QByteArray, after);
+    const auto source = [](const QByteArray &letters) {
+        return [letters, at = 0](Record &record) mutable {
+            const char letter = at < letters.size() ? letters[at] : 0;
+            record.bytes = letter == '!' ? host(0) : gcu(0);
+            record.bytes.replace(38, 30, QByteArray(30, letter >= 'a' ? 0 : 9));
+            record.bytes[12] = record.bytes[24] = char(letter | 0x20);
+            return at++ < letters.size();
         };
-        RecordDiff diff(source(before), source(after));
-        QByteArray signs;
-        for (RecordDiff::Step step; diff.next(step);)
-            signs += step.isEqual() ? '=' : !step.hasAfter ? '-' : !step.hasBefore ? '+' : '~';
-        return signs;
     };
-    QCOMPARE(steps("abc", "abc"), QByteArray("==="));
-    QCOMPARE(steps("abcd", "acd"), QByteArray("=-=="));
-    QCOMPARE(steps("acd", "abcd"), QByteArray("=+=="));
-    QCOMPARE(steps("abc", "axc"), QByteArray("=~="));
-    QCOMPARE(steps("abcdabcd", "xbcdabcd"), QByteArray("~======="));
-    QCOMPARE(steps("aaa", "xaaa"), QByteArray("+==="));
-    QCOMPARE(steps("abc", ""), QByteArray("---"));
-    QCOMPARE(steps("", "ab"), QByteArray("++"));
-    QByteArray changed = gcu(1);
+    RecordDiff diff(source(before), source(after));
+    QByteArray signs;
+    for (RecordDiff::Step step; diff.next(step);)
+        signs += step.isEqual() ? '=' : !step.hasAfter ? '-' : !step.hasBefore ? '+' : '~';
+    QTEST(signs, "signs");
+}
+
+/// In the order of the rows, and with a word for what isn't there.
+void tst_wirefiles::namesChanges()
+{
+    QByteArray changed = gcu(1).left(69);
+    changed[2] = 0x47;
     changed[5] = 0x12;
+    appendCrc(changed);
+    changed.append("more");
     QStringList ids;
     for (const FieldChange &change : changesOf(gcu(1), changed))
         ids << change.id + ':' + change.before + '>' + change.after;
-    QCOMPARE(ids, (QStringList{"mode:1>follow", "verdict:ok>bad"}));
+    QCOMPARE(ids, (QStringList{"length:73>71", "mode:1>follow", "feedback:photo>-",
+                               "result:failure>-", "bytes:->75"}));
+}
+
+/// A clock set back by an hour and forward again is one pause.
+void tst_wirefiles::timesFrames()
+{
+    Timing timing;
+    for (const qint64 second : {4000, 4001, 401, 402, 4002})
+        timing.take({second * 1000000, Direction::Tx, host(1)});
+    QCOMPARE(timing.length, 3602000000);
+    QCOMPARE(timing.longestGap, 3600000000);
 }
 
 NACELLE_TEST_MAIN(tst_wirefiles)

@@ -149,4 +149,13 @@ Span crcOf(const char *bytes, int size)
     return isThere ? Span{length - kCrcSize, kCrcSize} : Span{};
 }
 
+Span spanOf(const protocol::Field &field, FrameKind kind, const char *bytes, int size)
+{
+    if (field.kind == FieldKind::Crc)
+        return crcOf(bytes, size);
+    if (isVariable(field.kind))
+        return areaOf(kind, bytes, size);
+    return field.offset + field.size <= size ? Span{field.offset, field.size} : Span{};
+}
+
 } // namespace wire

@@ -76,4 +76,7 @@ Span areaOf(FrameKind kind, const char *bytes, int size);
 /// Where the CRC stands; of size 0 where S leads outside the bytes.
 Span crcOf(const char *bytes, int size);
 
+/// Where a field stands, the two above among them; of size 0 where the bytes don't reach.
+Span spanOf(const protocol::Field &field, FrameKind kind, const char *bytes, int size);
+
 } // namespace wire

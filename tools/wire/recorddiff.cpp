@@ -1,55 +1,100 @@
 #include "tools/wire/recorddiff.h"
 
 #include "tools/wire/decode.h"
+#include "tools/wire/framefields.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <algorithm>
 
 namespace wire {
 
 namespace {
 
-/// All that a frame shows, by id: its fields, and code, name, result and parameters of its area.
-QMap<QString, QVariant> shownOf(const QByteArray &bytes)
+/// What a frame shows, in the order of its rows.
+class Shown
 {
-    TextBuffer text;
-    Record record;
-    record.bytes = bytes;
-    jsonFormat()->add(record, text);
-    const QVariantMap frame = QJsonDocument::fromJson(text.bytes()).object().toVariantMap();
-    QMap<QString, QVariant> shown = frame.value(QStringLiteral("fields")).toMap();
-    shown.remove(QStringLiteral("crc")); // it follows from the others
-    for (const char *key : {"command", "feedback"}) {
-        const QVariantMap area = frame.value(QLatin1String(key)).toMap();
-        if (area.contains(QStringLiteral("code")))
-            shown.insert(QLatin1String(key),
-                         area.value(QStringLiteral("name"), area.value(QStringLiteral("code"))));
-        if (area.contains(QStringLiteral("state")))
-            shown.insert(QStringLiteral("result"), area.value(QStringLiteral("state")));
-        const QVariantMap params = area.value(QStringLiteral("params")).toMap();
-        for (auto param = params.begin(); param != params.end(); ++param)
-            shown.insert(QStringLiteral("param.") + param.key(), param.value());
+public:
+    explicit Shown(const QByteArray &bytes) : m_bytes(bytes)
+    {
+        const FrameKind kind = kindOf(bytes);
+        for (const protocol::Field &field : fieldsOf(kind))
+            addField(field, spanOf(field, kind, bytes.constData(), bytes.size()));
+        if (kind == FrameKind::Unknown)
+            addDigits("bytes", {0, bytes.size()});
+        else if (lengthOf(bytes.constData(), bytes.size()) != bytes.size())
+            add("bytes", QByteArray::number(bytes.size()));
     }
-    for (const char *key : {"frame", "length"})
-        shown.insert(QLatin1String(key), frame.value(QLatin1String(key)));
-    shown.insert(QStringLiteral("verdict"), frame.value(QStringLiteral("crc")));
-    return shown;
-}
+
+    QByteArray valueOf(const QByteArray &id) const
+    {
+        for (const auto &each : m_values)
+            if (each.first == id)
+                return each.second;
+        return "-";
+    }
+
+    const QVector<QPair<QByteArray, QByteArray>> &values() const { return m_values; }
+
+private:
+    void addField(const protocol::Field &field, const Span &span)
+    {
+        if (field.kind == FieldKind::Crc)
+            add("verdict", wordOf(verdictOf(m_bytes))); // its digits follow from all others
+        else if (isVariable(field.kind) && span.size > 0)
+            addArea(field, span);
+        else if (span.size > 0)
+            addWith(field.id, [&](TextBuffer &out) { putValue(field, at(span), out); });
+    }
+
+    void addArea(const protocol::Field &field, const Span &span)
+    {
+        const bool isHost = field.kind == FieldKind::Command;
+        const CommandView view = commandIn(at(span), span.size);
+        add(field.id, view.row ? QByteArray(view.row->id) : QByteArray::number(view.code));
+        if (isHost && view.row)
+            forEachParam(*view.row, at(span), span.size,
+                         [this](const Param &param, const char *at) {
+                             addWith(QByteArray("param.") + param.id,
+                                     [&](TextBuffer &out) { putParam(param.kind, at, out); });
+                         });
+        if (!isHost && span.size > 1)
+            add("result", resultWord(quint8(at(span)[1])));
+        if (isHost ? !view.isExact : span.size > 2)
+            addDigits("area", span);
+    }
+
+    void addDigits(const char *id, const Span &span)
+    {
+        addWith(id, [&](TextBuffer &out) { out.putHex(at(span), span.size); });
+    }
+
+    template <typename Put>
+    void addWith(const QByteArray &id, Put put)
+    {
+        m_text.clear();
+        put(m_text);
+        add(id, m_text.bytes());
+    }
+
+    void add(const QByteArray &id, const QByteArray &value) { m_values.append({id, value}); }
+    const char *at(const Span &span) const { return m_bytes.constData() + span.offset; }
+
+    QByteArray m_bytes;
+    TextBuffer m_text;
+    QVector<QPair<QByteArray, QByteArray>> m_values;
+};
 
 } // namespace
 
 QVector<FieldChange> changesOf(const QByteArray &before, const QByteArray &after)
 {
-    const QMap<QString, QVariant> old = shownOf(before), made = shownOf(after);
-    QStringList ids = old.keys();
-    for (const QString &id : made.keys())
-        if (!old.contains(id))
-            ids << id;
+    const Shown old(before), made(after);
     QVector<FieldChange> changes;
-    for (const QString &id : ids)
-        if (old.value(id) != made.value(id))
-            changes.append({id.toUtf8(), old.value(id).toString().toUtf8(),
-                            made.value(id).toString().toUtf8()});
+    for (const auto &each : old.values())
+        if (made.valueOf(each.first) != each.second)
+            changes.append({each.first, each.second, made.valueOf(each.first)});
+    for (const auto &each : made.values())
+        if (old.valueOf(each.first) == "-")
+            changes.append({each.first, "-", each.second});
     return changes;
 }
 
@@ -58,51 +103,60 @@ void Timing::take(const Record &record)
     ++frames;
     if (record.time == kNoTime)
         return;
-    if (first == kNoTime)
-        first = record.time;
-    else
-        longestGap = qMax(longestGap, record.time - last);
-    last = record.time;
-    if (record.direction == Direction::Rx && m_sent != kNoTime) {
+    const qint64 pause = hasTimes ? qMax<qint64>(0, record.time - m_last) : 0;
+    length += pause;
+    longestGap = qMax(longestGap, pause);
+    if (record.direction == Direction::Rx && m_isSent) {
         ++answers;
-        answerTime += record.time - m_sent;
-        longestAnswer = qMax(longestAnswer, record.time - m_sent);
+        answerTime += pause;
+        longestAnswer = qMax(longestAnswer, pause);
     }
-    m_sent = record.direction == Direction::Tx ? record.time : kNoTime;
+    hasTimes = true;
+    m_last = record.time;
+    m_isSent = record.direction == Direction::Tx;
 }
 
 void RecordDiff::Side::fill()
 {
-    for (Record record; ahead.size() < kLookAhead && source(record);) {
+    for (Record record; int(ahead.size()) < kAlignedFrames && source(record);) {
         timing.take(record);
-        ahead.push_back(record);
+        ahead.push_back({record, {}});
     }
 }
 
 Record RecordDiff::Side::take()
 {
-    Record record = ahead.front();
+    Record record = ahead.front().record;
     ahead.pop_front();
     return record;
 }
 
-int RecordDiff::Side::find(const QByteArray &bytes) const
+QVector<FrameMarks> RecordDiff::Side::marks()
 {
-    for (std::size_t i = 0; i < ahead.size(); ++i)
-        if (ahead[i].bytes == bytes)
-            return int(i);
-    return -1;
+    QVector<FrameMarks> all;
+    for (Ahead &each : ahead) {
+        if (!each.marks)
+            each.marks = marksOf(each.record.bytes);
+        all.append(*each.marks);
+    }
+    return all;
 }
 
-/// Whether the heads stand in each other's place: they have no equal on the other side, or only one
-/// that is further away while the frames after them are equal.
-bool RecordDiff::isChange(int added, int lost) const
+bool RecordDiff::isEqualNext() const
 {
-    const std::deque<Record> &before = m_before.ahead, &after = m_after.ahead;
-    const bool goesOn = before.size() > 1 && after.size() > 1 &&
-                        before[1].bytes == after[1].bytes && added != 1 && lost != 1;
-    return kindOf(before.front().bytes) == kindOf(after.front().bytes) &&
-           ((added < 0 && lost < 0) || goesOn);
+    return !m_before.ahead.empty() && !m_after.ahead.empty() &&
+           m_before.ahead.front().record.bytes == m_after.ahead.front().record.bytes;
+}
+
+Place RecordDiff::nextPlace()
+{
+    if (m_places.isEmpty() && isEqualNext())
+        return Place::Pair;
+    if (m_places.isEmpty()) {
+        m_places = placesOf(m_before.marks(), m_after.marks());
+        std::reverse(m_places.begin(), m_places.end());
+    }
+    return m_places.takeLast();
 }
 
 bool RecordDiff::next(Step &step)
@@ -110,22 +164,16 @@ bool RecordDiff::next(Step &step)
     m_before.fill();
     m_after.fill();
     step = Step();
-    const bool hasBefore = !m_before.ahead.empty(), hasAfter = !m_after.ahead.empty();
-    bool isPair = false, isLost = hasBefore;
-    if (hasBefore && hasAfter) {
-        // Frames to be passed over until the next equal pair.
-        const int added = m_after.find(m_before.ahead.front().bytes);
-        const int lost = m_before.find(m_after.ahead.front().bytes);
-        isPair = added == 0 || isChange(added, lost);
-        isLost = added < 0 || (lost >= 0 && lost <= added);
-    }
-    step.hasBefore = hasBefore && (isPair || isLost);
-    step.hasAfter = hasAfter && (isPair || !isLost);
+    if (m_before.ahead.empty() && m_after.ahead.empty())
+        return false;
+    const Place place = nextPlace();
+    step.hasBefore = place != Place::Added;
+    step.hasAfter = place != Place::Lost;
     if (step.hasBefore)
         step.before = m_before.take();
     if (step.hasAfter)
         step.after = m_after.take();
-    return hasBefore || hasAfter;
+    return true;
 }
 
 } // namespace wire

@@ -1,41 +1,46 @@
 #pragma once
 
+#include "tools/wire/framealign.h"
 #include "tools/wire/record.h"
 
-#include <QMap>
 #include <QString>
 
 #include <deque>
 #include <functional>
+#include <optional>
 
 namespace wire {
 
-/// What two frames that stand in each other's place differ in.
+/// What two frames that stand in each other's place differ in, in the order of the rows.
 struct FieldChange
 {
     QByteArray id;
-    QByteArray before, after; ///< as the JSON form shows them, "" where there is none
+    QByteArray before, after; ///< as the JSON form shows them, "-" where there is none
 };
 QVector<FieldChange> changesOf(const QByteArray &before, const QByteArray &after);
 
-/// When the frames of a recording came.
+/// When the frames of a recording came. A clock that was set back counts as no pause, so that the
+/// recording is as long as its gaps together.
 struct Timing
 {
-    qint64 first = kNoTime, last = kNoTime;
+    bool hasTimes = false;
+    qint64 length = 0; ///< microseconds, as all below
     qint64 frames = 0;
-    qint64 longestGap = 0; ///< microseconds, between two frames of the recording
+    qint64 longestGap = 0; ///< between two frames of the recording
     qint64 answers = 0;    ///< received right after one that was sent
-    qint64 answerTime = 0; ///< microseconds, all together
+    qint64 answerTime = 0; ///< all together
     qint64 longestAnswer = 0;
 
     void take(const Record &record);
 
 private:
-    qint64 m_sent = kNoTime;
+    qint64 m_last = kNoTime;
+    bool m_isSent = false;
 };
 
-/// Lays two recordings side by side, frame by frame, with a look ahead of so many frames: equal
-/// bytes pair, and what has no equal there is changed, lost or added. Its memory doesn't grow.
+/// Lays two recordings side by side, frame by frame, with a look ahead of `kAlignedFrames`: frames
+/// of equal bytes pair, and what has no equal there is changed, lost or added as `placesOf` finds
+/// it. Its memory doesn't grow.
 class RecordDiff
 {
 public:
@@ -59,22 +64,27 @@ public:
     const Timing &timingAfter() const { return m_after.timing; }
 
 private:
-    static constexpr int kLookAhead = 64;
-
+    struct Ahead
+    {
+        Record record;
+        std::optional<FrameMarks> marks; ///< made where frames differ
+    };
     struct Side
     {
         Source source;
-        std::deque<Record> ahead;
+        std::deque<Ahead> ahead;
         Timing timing;
 
         void fill();
         Record take();
-        int find(const QByteArray &bytes) const; ///< -1 for none
+        QVector<FrameMarks> marks();
     };
 
-    bool isChange(int added, int lost) const;
+    bool isEqualNext() const;
+    Place nextPlace();
 
     Side m_before, m_after;
+    QVector<Place> m_places; ///< of the next frames, the last first
 };
 
 } // namespace wire

@@ -7,15 +7,6 @@ namespace wire {
 
 namespace {
 
-Span spanOf(const protocol::Field &field, FrameKind kind, const char *bytes, int size)
-{
-    if (field.kind == FieldKind::Crc)
-        return crcOf(bytes, size);
-    if (isVariable(field.kind))
-        return areaOf(kind, bytes, size);
-    return field.offset + field.size <= size ? Span{field.offset, field.size} : Span{};
-}
-
 /// "photo", or "zoom_ratio camera=1 zoom=20"; an unknown command's code as 0x40.
 void putCommand(const char *area, int size, TextBuffer &out)
 {

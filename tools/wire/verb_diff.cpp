@@ -4,6 +4,8 @@
 #include "tools/wire/recorddiff.h"
 #include "tools/wire/verbs.h"
 
+#include <QMap>
+
 namespace wire {
 
 namespace {
@@ -12,7 +14,10 @@ constexpr char kText[] =
     "Compares two recordings frame by frame. Of what differs a line is written: - for a frame "
     "that\n"
     "the second hasn't, + for one that the first hasn't, ~ for one that has changed, with its\n"
-    "fields. Then what came to how much, which fields changed in how many frames, and the timing.\n"
+    "fields. Frames are laid beside those that they have most in common with, whatever fields "
+    "differ\n"
+    "throughout. Then what came to how much, which fields changed in how many frames, and the\n"
+    "timing, for which a clock that was set back is no pause.\n"
     "\n"
     "  nacelle-wire diff firmware1.pcapng firmware2.pcapng\n"
     "                      all that differs\n"
@@ -104,9 +109,9 @@ private:
             return QString::number(double(micros) / 1e6, 'f', 6);
         };
         QString text = QStringLiteral("%1: %2 frames").arg(QLatin1String(name)).arg(timing.frames);
-        if (timing.first != kNoTime)
+        if (timing.hasTimes)
             text += QStringLiteral(" in %1 s, longest gap %2 s")
-                        .arg(seconds(timing.last - timing.first), seconds(timing.longestGap));
+                        .arg(seconds(timing.length), seconds(timing.longestGap));
         if (timing.answers > 0)
             text += QStringLiteral(", %1 answers after %2 s in the mean, %3 s at most")
                         .arg(timing.answers)

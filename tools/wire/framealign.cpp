@@ -1,0 +1,167 @@
+#include "tools/wire/framealign.h"
+
+#include "tools/wire/framefields.h"
+
+#include <QHash>
+
+#include <bitset>
+#include <vector>
+
+namespace wire {
+
+namespace {
+
+constexpr int kMostCost = 7; ///< of a pair, however many of its fields differ
+constexpr int kGapCost = 4;  ///< more than half of it: else no frame would be a changed one
+constexpr int kNever = 2 * kAlignedFrames * kGapCost;
+/// A field counts where one frame in so many has a value that the other side has too.
+constexpr int kCommonShare = 8;
+
+quint16 markOf(const char *bytes, int size)
+{
+    const uint hash = qHashBits(bytes, std::size_t(size), uint(size));
+    return quint16((hash ^ hash >> 16) | 1);
+}
+
+using Frames = QVector<FrameMarks>;
+
+bool isTelling(const Frames &before, const Frames &after, FrameKind kind, std::size_t field)
+{
+    std::bitset<1 << 16> there;
+    int known = 0, asked = 0, common = 0;
+    for (const FrameMarks &frame : after) {
+        if (frame.kind == kind) {
+            there.set(frame.marks[field]);
+            ++known;
+        }
+    }
+    for (const FrameMarks &frame : before) {
+        if (frame.kind == kind) {
+            ++asked;
+            common += there.test(frame.marks[field]);
+        }
+    }
+    return common * kCommonShare >= qMin(known, asked);
+}
+
+void drop(Frames &frames, FrameKind kind, std::size_t field)
+{
+    for (FrameMarks &frame : frames)
+        if (frame.kind == kind)
+            frame.marks[field] = 0;
+}
+
+void keepTelling(Frames &before, Frames &after)
+{
+    for (const FrameKind kind : {FrameKind::Unknown, FrameKind::Host, FrameKind::Gcu}) {
+        for (std::size_t field = 0; field < FrameMarks::kFields; ++field) {
+            if (isTelling(before, after, kind, field))
+                continue;
+            drop(before, kind, field);
+            drop(after, kind, field);
+        }
+    }
+}
+
+int pairCost(const FrameMarks &before, const FrameMarks &after)
+{
+    if (before.kind != after.kind)
+        return kNever;
+    quint16 cost = 0; // as wide as a mark: a few instructions then take all of them
+    for (std::size_t i = 0; i < FrameMarks::kFields; ++i)
+        cost = quint16(cost + (before.marks[i] != after.marks[i]));
+    return qMin<int>(cost, kMostCost);
+}
+
+/// What it costs at the least to go on from `before` frames of the one and `after` of the other to
+/// the horizon, where so many of both together are passed: a pair counts there as two, so that ways
+/// with gaps and ways without them are as long as one another.
+class Costs
+{
+public:
+    Costs(const Frames &before, const Frames &after)
+        : m_before(before), m_after(after),
+          m_horizon(qMin(int(before.size() + after.size()), kMost)),
+          m_costs(std::size_t((kMost + 2) * (kMost + 2)), 0)
+    {
+        for (int i = qMin(int(before.size()), m_horizon); i >= 0; --i)
+            for (int j = qMin(int(after.size()), m_horizon - 1 - i); j >= 0; --j)
+                at(i, j) = qint16(bestAt(i, j).cost);
+    }
+
+    QVector<Place> places()
+    {
+        QVector<Place> places;
+        for (int i = 0, j = 0; 2 * (i + j) < m_horizon;) {
+            places.append(bestAt(i, j).place);
+            i += places.last() != Place::Added;
+            j += places.last() != Place::Lost;
+        }
+        return places;
+    }
+
+private:
+    static constexpr int kMost = kAlignedFrames;
+
+    struct Best
+    {
+        int cost;
+        Place place;
+    };
+
+    Best bestAt(int i, int j)
+    {
+        const bool hasBefore = i < m_before.size(), hasAfter = j < m_after.size();
+        Best best{kNever, Place::Pair};
+        if (hasBefore && hasAfter)
+            best.cost = pairCost(m_before[i], m_after[j]) + at(i + 1, j + 1);
+        if (hasBefore && kGapCost + at(i + 1, j) < best.cost)
+            best = {kGapCost + at(i + 1, j), Place::Lost};
+        if (hasAfter && kGapCost + at(i, j + 1) < best.cost)
+            best = {kGapCost + at(i, j + 1), Place::Added};
+        return best;
+    }
+
+    qint16 &at(int i, int j) { return m_costs[std::size_t(i * (kMost + 2) + j)]; }
+
+    const Frames &m_before, &m_after;
+    const int m_horizon;
+    std::vector<qint16> m_costs;
+};
+
+} // namespace
+
+FrameMarks marksOf(const QByteArray &bytes)
+{
+    FrameMarks frame;
+    frame.kind = kindOf(bytes);
+    std::size_t count = 0;
+    const auto add = [&](const Span &span) {
+        if (span.size > 0 && count < FrameMarks::kFields)
+            frame.marks[count] = markOf(bytes.constData() + span.offset, span.size);
+        ++count;
+    };
+    if (frame.kind == FrameKind::Unknown)
+        frame.marks.fill(markOf(bytes.constData(), bytes.size()));
+    for (const protocol::Field &field : fieldsOf(frame.kind)) {
+        const Span span = spanOf(field, frame.kind, bytes.constData(), bytes.size());
+        if (field.kind == FieldKind::Crc) // it follows from the others
+            continue;
+        if (field.size > 0) {
+            add(span);
+            continue;
+        }
+        for (int i = 0; i < 2; ++i) // code, and result or fixed byte
+            add({span.offset + i, span.size > i ? 1 : 0});
+        add({span.offset + 2, span.size - 2});
+    }
+    return frame;
+}
+
+QVector<Place> placesOf(QVector<FrameMarks> before, QVector<FrameMarks> after)
+{
+    keepTelling(before, after);
+    return Costs(before, after).places();
+}
+
+} // namespace wire
