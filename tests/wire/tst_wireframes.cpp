@@ -91,7 +91,11 @@ void tst_wireframes::commands_data()
          "1524F2DF6516761AEAA3A00000"},
         {"command=track state=1 x0=0x0201 y0=1027 x1=1541 y1=2055", "1701010102030405060708"},
         {"command=isotherm camera=1 state=2 upper_limit=200 lower_limit=-50", "320102C800CEFF"},
+        {"command=temperature_alarm camera=1 state=1 upper_limit=35.9 lower_limit=-0.5",
+         "31010123000000"},
         {"area=20FFEE", "20FFEE"},
+        {"command=photo area=20FFEE", "20FFEE"},
+        {"command=0x40 area=40FF", "40FF"},
     };
     for (const auto &row : rows)
         QTest::newRow(row[0]) << QString::fromUtf8(row[0]) << QByteArray(row[1]);
@@ -142,6 +146,22 @@ void tst_wireframes::refuses_data()
 {
     QTest::addColumn<int>("kind");
     QTest::addColumn<QString>("words");
+    QTest::addColumn<QByteArray>("error");
+    const char *const named[][2] = {
+        {"command=0x40 foo=1", "0x40 takes no foo; area= takes any bytes"},
+        {"command=0x40 area=4", "area=4: not in hexadecimal digits"},
+        {"command=photo area=2501", "photo, but area=2501 says otherwise"},
+        {"command=zoom_ratio camera=2 area=250100F6", "camera=2, but area=250100F6 says otherwise"},
+        {"command=stare_guide longitude=120 latitude=30 height=10",
+         "stare_guide needs param.longitude"},
+        {"raw.carrier_roll=abc", "raw.carrier_roll=abc: not a whole number"},
+        {"carrier_roll=1 raw.carrier_roll=2", "carrier_roll is given twice"},
+        {"command=palette state=1 param.state=2", "state is given twice"},
+        {"command=isotherm camera=1 state=2 upper_limit=40000 lower_limit=0",
+         "upper_limit=40000: beyond what the field holds"},
+    };
+    for (const auto &row : named)
+        QTest::newRow(row[0]) << int(FrameKind::Host) << QString(row[0]) << QByteArray(row[1]);
     for (const char *words : {"roll=1",
                               "carrier_roll=x",
                               "carrier_roll=400",
@@ -162,10 +182,10 @@ void tst_wireframes::refuses_data()
                               "area=2",
                               "command",
                               "feedback=photo"})
-        QTest::newRow(words) << int(FrameKind::Host) << QString(words);
-    for (const char *words :
-         {"command=photo", "feedback=photo result=256", "result=0", "mode=fast"})
-        QTest::newRow(words) << int(FrameKind::Gcu) << QString(words);
+        QTest::newRow(words) << int(FrameKind::Host) << QString(words) << QByteArray();
+    for (const char *words : {"command=photo", "feedback=photo result=256", "result=0", "mode=fast",
+                              "feedback=zoom_ratio param.zoom=1", "area=2000 result=failure"})
+        QTest::newRow(words) << int(FrameKind::Gcu) << QString(words) << QByteArray();
 }
 
 void tst_wireframes::refuses()
@@ -174,6 +194,9 @@ void tst_wireframes::refuses()
     QFETCH(QString, words);
     const QByteArray text = made(FrameKind(kind), words);
     QVERIFY2(text.startsWith('!'), text);
+    QFETCH(QByteArray, error);
+    if (!error.isEmpty())
+        QCOMPARE(text.mid(1), error);
 }
 
 /// By each of its names, with every parameter at both limits, and from its JSON without the digits.
@@ -269,10 +292,13 @@ void tst_wireframes::editedFrames_data()
     QTest::newRow("result") << "feedback.result" << QJsonValue(5) << 70 << QByteArray("05");
     QTest::newRow("code") << "feedback.code" << QJsonValue(0x13) << 69 << QByteArray("13");
     QTest::newRow("state") << "feedback.state" << QJsonValue("success") << 70 << QByteArray("00");
-    QTest::newRow("checksum") << "crc" << QJsonValue("bad") << 71 << QByteArray();
+    QTest::newRow("checksum") << ok + "crc" << QJsonValue("BEEF") << 71 << QByteArray("beef");
+    QTest::newRow("length") << ok + "length" << QJsonValue(5) << 2 << QByteArray("0500");
+    QTest::newRow("raw length") << "raw.length" << QJsonValue(5) << 2 << QByteArray("0500");
+    QTest::newRow("area") << "feedback.area" << QJsonValue("1302") << 69 << QByteArray("1302");
 }
 
-/// With the digits in the object and without them, the same frame comes out.
+/// Without the digits in the object nothing shows which of two that say the same was edited.
 void tst_wireframes::editedFrames()
 {
     QFETCH(QString, path);
@@ -281,20 +307,18 @@ void tst_wireframes::editedFrames()
     QFETCH(QByteArray, bytes);
     const QStringList keys = path.split('.');
     QJsonObject object = jsonOf(answer());
-    if (keys.size() == 1) {
-        object[path] = value;
-    } else {
-        QJsonObject inner = object[keys[0]].toObject();
-        inner[keys[1]] = value;
-        object[keys[0]] = inner;
+    QJsonObject inner = object[keys[0]].toObject();
+    inner[keys[1]] = value;
+    object[keys[0]] = inner;
+    QByteArray expected = answer().replace(offset, bytes.size() / 2, QByteArray::fromHex(bytes));
+    if (offset < 71) {
+        expected.chop(2);
+        appendCrc(expected);
     }
-    QByteArray expected = answer();
-    expected.replace(offset, bytes.size() / 2, QByteArray::fromHex(bytes)).chop(2);
-    appendCrc(expected);
     QCOMPARE(composeJson(lineOf(object)).record.bytes.toHex(), expected.toHex());
-    if (path != QLatin1String("raw.relative_x"))
-        object.remove("hex");
-    QCOMPARE(composeJson(lineOf(object)).record.bytes.size(), 73);
+    object.remove("hex");
+    const bool isOnce = path == "fields.fault_code" || path == "fields.crc";
+    QCOMPARE(composeJson(lineOf(object)).error.isEmpty(), isOnce);
 }
 
 void tst_wireframes::refusesObjects_data()
@@ -326,9 +350,25 @@ void tst_wireframes::refusesObjects_data()
          "command.params.zoom: a number is needed"},
         {"{\"frame\":\"gcu\",\"feedback\":{\"state\":\"maybe\"}}",
          "feedback.state: one of success, failure, executing"},
+        {"{\"command\":{\"code\":64,\"params\":{\"x\":1}}}",
+         "64 takes no x; area= takes any bytes"},
+        {"{\"command\":{\"code\":32,\"name\":\"osd\"}}", "command: name osd, but code 32"},
+        {"{\"command\":{\"code\":32,\"area\":\"2101\"}}", "32, but area=2101 says otherwise"},
+        {"{\"frame\":\"gcu\",\"feedback\":{\"code\":32,\"result\":0,\"state\":\"failure\"}}",
+         "feedback: result 0, but state failure"},
+        {"{\"fields\":{\"carrier_roll\":2},\"raw\":{\"carrier_roll\":150}}",
+         "raw.carrier_roll: 150, but fields.carrier_roll is 2"},
+        {"{\"crc\":\"bad\"}", "crc: it is ok; fields.crc has the checksum"},
+        {"{\"length\":5}", "length: the frame has 72 bytes; fields.length is what it says"},
     };
     for (const auto &row : rows)
         QTest::newRow(row[0]) << QByteArray(row[0]) << row[1];
+    // What was edited beside the digits and can't be had.
+    const QByteArray line = shown(*jsonFormat(), answer());
+    QTest::newRow("verdict") << QByteArray(line).replace("\"crc\":\"ok\"", "\"crc\":\"bad\"")
+                             << "crc: it is ok; fields.crc has the checksum";
+    QTest::newRow("size") << QByteArray(line).replace("\"length\":73,\"crc", "\"length\":5,\"crc")
+                          << "length: the frame has 73 bytes; fields.length is what it says";
 }
 
 void tst_wireframes::refusesObjects()

@@ -1,8 +1,11 @@
 #include "tools/wire/compose.h"
 
 #include "protocol/codec.h"
+#include "tools/wire/decode.h"
 #include "tools/wire/framefields.h"
 #include "tools/wire/names.h"
+
+#include <QSet>
 
 #include <cmath>
 
@@ -18,12 +21,33 @@ QString beyond(const QString &id, const QString &text)
     return QStringLiteral("%1=%2: beyond what the field holds").arg(id, text);
 }
 
+/// How a number is parsed: in a whole number's range, or as a decimal one times K, truncated.
+struct Parsing
+{
+    Range range;
+    double k;
+    bool isWhole;
+};
+
+Parsing parsingOf(const protocol::Field &field)
+{
+    return {rangeOf(field.kind), field.scale.k, field.scale.factor == 0};
+}
+
+Parsing parsingOf(ParamKind kind)
+{
+    const bool isWhole =
+        kind == ParamKind::Byte || kind == ParamKind::U16 || kind == ParamKind::I16;
+    return {rangeOf(kind), scaleOf(kind), isWhole};
+}
+
 /// The text as the bench takes it, in decimal; an error for what the bench would silently make a 0
 /// or a number of the lower bits.
-QString plainText(const QString &id, const QString &text, Range range, double k, QString &error)
+QString plainText(const QString &id, const QString &text, const Parsing &parsing, QString &error)
 {
+    const Range &range = parsing.range;
     qint64 whole = 0;
-    if (k <= 1) {
+    if (parsing.isWhole) {
         if (!readNumber(text, whole))
             error = QStringLiteral("%1=%2: not a whole number").arg(id, text);
         else if (whole < range.least || whole > range.most)
@@ -31,7 +55,7 @@ QString plainText(const QString &id, const QString &text, Range range, double k,
         return QString::number(whole);
     }
     bool isGood = false;
-    const double product = std::trunc(text.toDouble(&isGood) * k);
+    const double product = std::trunc(text.toDouble(&isGood) * parsing.k);
     if (!isGood || !std::isfinite(product))
         error = QStringLiteral("%1=%2: not a number").arg(id, text);
     else if (product < double(range.least) || product > double(range.most))
@@ -39,14 +63,54 @@ QString plainText(const QString &id, const QString &text, Range range, double k,
     return text;
 }
 
-bool isResult(const QString &text, qint64 &code)
+bool readByte(const QString &text, quint8 &byte)
 {
-    const char *const words[] = {"success", "failure", "executing"};
-    for (code = 0; code < 3; ++code) {
-        if (text == QLatin1String(words[code]))
-            return true;
-    }
-    return readNumber(text, code) && code >= 0 && code <= 255;
+    qint64 number = 0;
+    const bool isByte = readNumber(text, number) && number >= 0 && number <= 255;
+    byte = quint8(number);
+    return isByte;
+}
+
+bool isSameNumber(const QString &text, const QByteArray &shown)
+{
+    qint64 whole = 0;
+    bool isGood = true;
+    const double number = readNumber(text, whole) ? double(whole) : text.toDouble(&isGood);
+    return isGood && number == shown.toDouble();
+}
+
+/// The parameters that aren't those of the area.
+QStringList otherParams(const QByteArray &area, const QMap<QString, QString> &params)
+{
+    QStringList others = params.keys();
+    const CommandView view = commandIn(area.constData(), area.size());
+    if (!view.row)
+        return others;
+    forEachParam(*view.row, area.constData(), area.size(), [&](const Param &param, const char *at) {
+        TextBuffer shown;
+        putParam(param.kind, at, shown);
+        const QString id = QLatin1String(param.id);
+        if (isSameNumber(params.value(id), shown.bytes()))
+            others.removeAll(id);
+    });
+    return others;
+}
+
+/// What the words say beside the digits of an area that isn't so; empty for nothing.
+QString contradictionOf(const QByteArray &area, const FrameWords &words)
+{
+    quint8 code = 0, result = 0;
+    const bool hasCode = readCommandCode(words.command, code) && area.startsWith(char(code));
+    const bool hasResult =
+        area.size() > 1 && readResult(words.result, result) &&
+        (quint8(area[1]) == result || words.result == QLatin1String(resultWord(quint8(area[1]))));
+    const QStringList others = otherParams(area, words.params);
+    if (!words.command.isEmpty() && !hasCode)
+        return words.command;
+    if (!words.result.isEmpty() && !hasResult)
+        return words.result;
+    return others.isEmpty() ? QString()
+                            : others.first() + QLatin1Char('=') + words.params[others.first()];
 }
 
 /// A frame on its way: fixed block, area, and what was given for its length and checksum.
@@ -91,25 +155,35 @@ public:
         put(*field, bytes);
     }
 
-    void setArea(const QByteArray &area) { m_area = area; }
+    void setArea(const QByteArray &area, const FrameWords &words)
+    {
+        m_area = area;
+        const QString other = contradictionOf(area, words);
+        if (!other.isEmpty())
+            m_error = QStringLiteral("%1, but area=%2 says otherwise")
+                          .arg(other, QString::fromLatin1(area.toHex().toUpper()));
+    }
 
     void setCommand(const QString &word, const QMap<QString, QString> &params)
     {
         const CommandRow *row = commandNamed(word);
-        qint64 code = 0;
-        if (row)
-            m_area =
-                m_kind == FrameKind::Host ? payload(*row, params) : QByteArray(1, char(row->code));
-        else if (readNumber(word, code) && code >= 0 && code <= 255)
-            m_area = QByteArray(1, char(code));
-        else
+        quint8 code = 0;
+        if (row && m_kind == FrameKind::Host) {
+            m_area = payload(*row, params);
+            return;
+        }
+        if (!readCommandCode(word, code))
             m_error = QStringLiteral("no such command: ") + word;
+        else if (!params.isEmpty())
+            m_error = QStringLiteral("%1 takes no %2; area= takes any bytes")
+                          .arg(word, params.firstKey());
+        m_area = QByteArray(1, char(code));
     }
 
     void setResult(const QString &word)
     {
-        qint64 code = 0;
-        if (!isResult(word, code) || m_area.isEmpty())
+        quint8 code = 0;
+        if (!readResult(word, code) || m_area.isEmpty())
             m_error =
                 QStringLiteral("result=%1: 0 to 255, success, failure or executing is needed, "
                                "and a feedback")
@@ -153,9 +227,9 @@ private:
     QByteArray numberBytes(const protocol::Field &field, const QString &text)
     {
         const ModeRow *mode = field.kind == FieldKind::Mode ? modeNamed(text) : nullptr;
-        const QString plain = mode ? QString::number(mode->code)
-                                   : plainText(QLatin1String(field.id), text, rangeOf(field.kind),
-                                               field.scale.k, m_error);
+        const QString plain =
+            mode ? QString::number(mode->code)
+                 : plainText(QLatin1String(field.id), text, parsingOf(field), m_error);
         return fieldBytes(field, plain);
     }
 
@@ -176,15 +250,20 @@ private:
         for (std::size_t i = 0; i < std::size_t(paramCount(row)); ++i) {
             const Param &param = row.params[i];
             const QString id = QLatin1String(param.id);
-            if (left.removeAll(id) == 0)
-                m_error = QStringLiteral("%1 needs %2").arg(QLatin1String(row.id), id);
-            else
-                texts[i] =
-                    plainText(id, params[id], rangeOf(param.kind), scaleOf(param.kind), m_error);
+            if (left.removeAll(id) > 0)
+                texts[i] = plainText(id, params[id], parsingOf(param.kind), m_error);
+            else if (m_error.isEmpty())
+                m_error = QStringLiteral("%1 needs %2").arg(QLatin1String(row.id), nameOfParam(id));
         }
-        if (!left.isEmpty())
+        if (!left.isEmpty() && m_error.isEmpty())
             m_error = QStringLiteral("%1 has no %2").arg(QLatin1String(row.id), left.first());
         return commandBytes(row, texts);
+    }
+
+    /// As it has to be given: the name alone is that of a field where there is one.
+    QString nameOfParam(const QString &id) const
+    {
+        return fieldNamed(m_kind, id) ? QStringLiteral("param.") + id : id;
     }
 
     FrameKind m_kind;
@@ -195,32 +274,54 @@ private:
     QString m_error;
 };
 
-/// Puts one `name=value` where it belongs.
-QString takePair(const QString &pair, FrameWords &words)
+QString takeArea(const QString &digits, FrameWords &words)
 {
-    const int sign = pair.indexOf(QLatin1Char('='));
-    if (sign <= 0)
-        return QStringLiteral("name=value is needed: ") + pair;
-    const QString name = pair.left(sign), value = pair.mid(sign + 1);
-    qint64 raw = 0;
     QByteArray area;
-    if (name == QLatin1String(words.kind == FrameKind::Host ? "command" : "feedback"))
+    if (!readDigits(digits.toLatin1(), area))
+        return QStringLiteral("area=%1: not in hexadecimal digits").arg(digits);
+    words.area = area;
+    return {};
+}
+
+QString takeRaw(const QString &id, const QString &value, FrameWords &words)
+{
+    qint64 raw = 0;
+    if (!readNumber(value, raw))
+        return QStringLiteral("raw.%1=%2: not a whole number").arg(id, value);
+    words.raws.append({id, raw});
+    return {};
+}
+
+/// Puts one value where its name belongs.
+QString takePair(const QString &name, const QString &value, FrameWords &words)
+{
+    const bool isHost = words.kind == FrameKind::Host;
+    if (name == QLatin1String("area"))
+        return takeArea(value, words);
+    if (name.startsWith(QLatin1String("raw.")))
+        return takeRaw(name.mid(4), value, words);
+    if (name == QLatin1String(isHost ? "command" : "feedback"))
         words.command = value;
-    else if (name == QLatin1String("result") && words.kind == FrameKind::Gcu)
+    else if (name == QLatin1String("result") && !isHost)
         words.result = value;
-    else if (name == QLatin1String("area") && readDigits(value.toLatin1(), area))
-        words.area = area;
-    else if (name.startsWith(QLatin1String("raw.")) && readNumber(value, raw))
-        words.raws.append({name.mid(4), raw});
-    else if (name.startsWith(QLatin1String("param.")))
-        words.params.insert(name.mid(6), value);
     else if (fieldNamed(words.kind, name))
         words.values.append({name, value});
-    else if (words.kind == FrameKind::Host && name.indexOf(QLatin1Char('.')) < 0)
+    else if (isHost && name.startsWith(QLatin1String("param.")))
+        words.params.insert(name.mid(6), value);
+    else if (isHost && name.indexOf(QLatin1Char('.')) < 0)
         words.params.insert(name, value);
     else
-        return QStringLiteral("not understood: ") + pair;
+        return QStringLiteral("no such field: ") + name;
     return {};
+}
+
+/// What a name sets, which may stand once: a field has two names, and a parameter.
+QString targetOf(FrameKind kind, const QString &name)
+{
+    if (name.startsWith(QLatin1String("raw.")))
+        return name.mid(4);
+    const QString id = name.startsWith(QLatin1String("param.")) ? name.mid(6) : QString();
+    return id.isEmpty() || fieldNamed(kind, id) ? name : id;
 }
 
 int digitOf(char c)
@@ -238,11 +339,29 @@ bool isBlank(char c)
 
 } // namespace
 
+bool readCommandCode(const QString &word, quint8 &code)
+{
+    if (const CommandRow *row = commandNamed(word)) {
+        code = row->code;
+        return true;
+    }
+    return readByte(word, code);
+}
+
+bool readResult(const QString &word, quint8 &code)
+{
+    for (code = 0; code < 3; ++code) {
+        if (word == QLatin1String(resultWord(code)))
+            return true;
+    }
+    return readByte(word, code);
+}
+
 Composed composeFrame(const FrameWords &words)
 {
     Draft draft(words);
     if (words.area)
-        draft.setArea(*words.area);
+        draft.setArea(*words.area, words);
     else if (!words.command.isEmpty())
         draft.setCommand(words.command, words.params);
     if (!words.area && !words.result.isEmpty())
@@ -259,8 +378,14 @@ Composed composePairs(FrameKind kind, const QStringList &pairs)
     FrameWords words;
     words.kind = kind;
     Composed failed;
+    QSet<QString> given;
     for (const QString &pair : pairs) {
-        failed.error = takePair(pair, words);
+        const int sign = pair.indexOf(QLatin1Char('='));
+        const QString name = pair.left(sign), target = targetOf(kind, name);
+        failed.error = sign <= 0                ? QStringLiteral("name=value is needed: ") + pair
+                       : given.contains(target) ? target + QStringLiteral(" is given twice")
+                                                : takePair(name, pair.mid(sign + 1), words);
+        given.insert(target);
         if (!failed.error.isEmpty())
             return failed;
     }

@@ -31,7 +31,7 @@ struct FrameWords
     QString command; ///< of a host frame: code, id or name; of a GCU frame the answered one
     QMap<QString, QString> params;  ///< of that command, by id
     QString result;                 ///< of a GCU frame: a number or its word
-    std::optional<QByteArray> area; ///< in place of command, params and result
+    std::optional<QByteArray> area; ///< whatever its bytes; the three above have to be what it says
     QByteArray base;                ///< a frame to begin with instead of zeros
 };
 
@@ -39,13 +39,20 @@ Composed composeFrame(const FrameWords &words);
 
 /// From `name=value`: a field's id, `raw.` before it for the integer, `command`, `param.` and a
 /// parameter's id (`param.` may be left out where no field has that id), `feedback`, `result`,
-/// `area` in digits.
+/// `area` in digits. A name may stand once.
 Composed composePairs(FrameKind kind, const QStringList &pairs);
 
 /// From the JSON object of a decoded frame. With `hex` only what differs from those bytes is
-/// changed. An integer of `raw` counts as long as the value in `fields` is its own. A key that no
-/// decoded frame of the kind has, and a value of another type, are an error that names the key.
+/// changed. What says the same twice, as `fields` and `raw`, or name and code, has to agree where
+/// both were edited, or no `hex` shows which was. A key that no decoded frame of the kind has, a
+/// value of another type, and a `length` or `crc` that the frame hasn't then, are an error that
+/// names the key.
 Composed composeJson(const QByteArray &line);
+
+/// The code that a command's id, name or number says; false for another text.
+bool readCommandCode(const QString &word, quint8 &code);
+/// A result as 0 to 255 or its word; false for another text.
+bool readResult(const QString &word, quint8 &code);
 
 /// Bytes of hexadecimal digits with or without blanks; false for anything else.
 bool readDigits(const char *text, int size, QByteArray &bytes);

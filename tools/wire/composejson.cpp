@@ -17,6 +17,8 @@ const QString kFields = QStringLiteral("fields");
 const QString kRaw = QStringLiteral("raw");
 const QString kLength = QStringLiteral("length");
 const QString kCrc = QStringLiteral("crc");
+const QString kArea = QStringLiteral("area");
+const QString kParams = QStringLiteral("params");
 constexpr double kFarthest = 9e12; // seconds, as microseconds within 64 bits
 
 /// Numbers as an operator would type them.
@@ -53,52 +55,90 @@ bool isMade(const QString &id, const QJsonObject &frame)
     return id == kLength && frame.value(kFields).toObject().value(id) == frame.value(kLength);
 }
 
+/// Whether an object has a key, with another value than the base where there is one.
+bool isNew(const QString &key, const QJsonObject &object, const QJsonObject &base)
+{
+    return object.contains(key) && object.value(key) != base.value(key);
+}
+
 void takeField(const protocol::Field &field, const QJsonObject &frame, const QJsonObject &base,
-               FrameWords &words)
+               FrameWords &words, QString &error)
 {
     const QString id = QLatin1String(field.id);
-    const QJsonValue value = frame.value(kFields).toObject().value(id);
-    const QJsonValue raw = frame.value(kRaw).toObject().value(id);
-    const bool isOldValue = value == base.value(kFields).toObject().value(id);
-    const bool isOldRaw = raw == base.value(kRaw).toObject().value(id);
-    const bool isOuter = id == kLength || id == kCrc; // would be made anew with all that changes
-    if (isMade(id, frame) || (isOldValue && isOldRaw && !base.isEmpty() && !isOuter))
-        return;
-    const bool isWhole = raw.isDouble() && std::abs(raw.toDouble()) < 1e10;
-    const bool isAlone = value.isUndefined() || (isOldValue && !base.isEmpty());
-    if (isWhole && (isAlone || isValueOf(field, value, qint64(raw.toDouble()))))
+    const QJsonObject values = frame.value(kFields).toObject(), raws = frame.value(kRaw).toObject();
+    const QJsonValue value = values.value(id), raw = raws.value(id);
+    const bool isNewValue = isNew(id, values, base.value(kFields).toObject());
+    const bool isNewRaw = isNew(id, raws, base.value(kRaw).toObject());
+    if (isNewValue && isNewRaw && value != raw && !isValueOf(field, value, qint64(raw.toDouble())))
+        error =
+            QStringLiteral("raw.%1: %2, but fields.%1 is %3").arg(id, textOf(raw), textOf(value));
+    const bool isMadeAnew = base.isEmpty() ? isMade(id, frame) : !isNewValue && !isNewRaw;
+    const bool isKept = !base.isEmpty() && isMadeAnew && (id == kLength || id == kCrc) &&
+                        values.contains(id) && !isMade(id, base);
+    if (isKept)
+        words.values.append({id, textOf(value)});
+    else if (isNewRaw && !isMadeAnew)
         words.raws.append({id, qint64(raw.toDouble())});
-    else if (!value.isUndefined())
+    else if (isNewValue && !isMadeAnew)
         words.values.append({id, textOf(value)});
 }
 
-/// The second of two keys that say the same, where it alone was edited, or stands alone.
-QJsonValue eitherOf(const char *first, const char *second, const QJsonObject &object,
-                    const QJsonObject &base)
+bool isSameCommand(const QString &one, const QString &other)
 {
-    const QLatin1String one(first), other(second);
-    const bool isOther = object.value(one) == base.value(one) && object.contains(other) &&
-                         object.value(other) != base.value(other);
-    return object.value(isOther ? other : one);
+    quint8 code = 0, otherCode = 0;
+    return readCommandCode(one, code) && readCommandCode(other, otherCode) && code == otherCode;
+}
+
+bool isSameResult(const QString &result, const QString &state)
+{
+    quint8 code = 0;
+    return readResult(result, code) && state == QLatin1String(resultWord(code));
+}
+
+/// Of two keys that say the same the one that was edited, or the first. Where both were, they have
+/// to agree.
+QString eitherOf(const QString &first, const QString &second, const QJsonObject &object,
+                 const QJsonObject &base, bool (*agree)(const QString &, const QString &),
+                 QString &error)
+{
+    const QString one = textOf(object.value(first)), other = textOf(object.value(second));
+    const bool isNewOne = isNew(first, object, base), isNewOther = isNew(second, object, base);
+    if (isNewOne && isNewOther && !agree(one, other))
+        error = QStringLiteral("%1 %2, but %3 %4").arg(first, one, second, other);
+    return object.contains(first) && (isNewOne || !isNewOther) ? one : other;
+}
+
+/// Without what the base has too.
+QJsonObject newOnly(QJsonObject object, const QJsonObject &base)
+{
+    for (const QString &key : object.keys())
+        if (!isNew(key, object, base))
+            object.remove(key);
+    return object;
 }
 
 void takeArea(const QJsonObject &area, const QJsonObject &base, FrameWords &words, QString &error)
 {
-    const QJsonObject params = area.value(QStringLiteral("params")).toObject();
+    // New digits stand for themselves, beside what was made of the old ones.
+    const bool isDigits = area.contains(kArea);
+    const bool isAlone = isDigits && isNew(kArea, area, base);
+    const QJsonObject said = isAlone ? newOnly(area, base) : area;
+    QJsonObject params = said.value(kParams).toObject();
+    if (isAlone)
+        params = newOnly(params, base.value(kParams).toObject());
     for (auto param = params.begin(); param != params.end(); ++param)
         words.params.insert(param.key(), textOf(param.value()));
-    words.command = textOf(eitherOf("name", "code", area, base));
-    words.result = textOf(eitherOf("result", "state", area, base));
-    const QJsonValue digits = area.value(QStringLiteral("area"));
+    words.command =
+        eitherOf(QStringLiteral("name"), QStringLiteral("code"), said, base, isSameCommand, error);
+    words.result = eitherOf(QStringLiteral("result"), QStringLiteral("state"), said, base,
+                            isSameResult, error);
+    if (!isDigits && words.command.isEmpty())
+        error = QStringLiteral("a name or code is needed");
     QByteArray bytes;
-    if (digits.isUndefined()) {
-        if (words.command.isEmpty())
-            error = QStringLiteral("a name or code is needed");
-        return;
-    }
-    if (!readDigits(digits.toString().toLatin1(), bytes))
+    if (!readDigits(area.value(kArea).toString().toLatin1(), bytes))
         error = QStringLiteral("area isn't in hexadecimal digits");
-    words.area = bytes;
+    if (isDigits)
+        words.area = bytes;
 }
 
 FrameKind kindNamed(const QString &word, const QByteArray &base)
@@ -138,6 +178,37 @@ QString beginWith(const QJsonObject &frame, FrameWords &words)
                : QString();
 }
 
+/// Number of bytes and verdict can't be set: those of an object without digits, and edited ones,
+/// have to be what the frame comes to.
+QString outcomeMistake(const QJsonObject &frame, const QJsonObject &base, const QByteArray &made)
+{
+    // Without digits nobody knows whether both lengths are those from before other edits.
+    const bool isSizeOpen = base.isEmpty() && isMade(kLength, frame);
+    if (isNew(kLength, frame, base) && !isSizeOpen &&
+        frame.value(kLength).toInt() != int(made.size()))
+        return QStringLiteral("length: the frame has %1 bytes; fields.length is what it says")
+            .arg(made.size());
+    const QString verdict = QLatin1String(wordOf(verdictOf(made)));
+    if (isNew(kCrc, frame, base) && frame.value(kCrc).toString() != verdict)
+        return QStringLiteral("crc: it is %1; fields.crc has the checksum").arg(verdict);
+    return {};
+}
+
+/// The words of a frame with fields and area; why they can't be understood, if they can't.
+QString takeWords(const QJsonObject &frame, const QJsonObject &base, FrameWords &words)
+{
+    QString error;
+    for (const protocol::Field &field : fieldsOf(words.kind))
+        if (field.size > 0)
+            takeField(field, frame, base, words, error);
+    const QString key =
+        words.kind == FrameKind::Host ? QStringLiteral("command") : QStringLiteral("feedback");
+    if (!error.isEmpty() || !isNew(key, frame, base))
+        return error;
+    takeArea(frame.value(key).toObject(), base.value(key).toObject(), words, error);
+    return error.isEmpty() ? error : key + QStringLiteral(": ") + error;
+}
+
 Composed composeObject(const QJsonObject &frame)
 {
     Composed made;
@@ -146,21 +217,12 @@ Composed composeObject(const QJsonObject &frame)
     if (!made.error.isEmpty())
         return made;
     const QJsonObject base = words.base.isEmpty() ? QJsonObject() : decoded(words.base);
-    if (!base.isEmpty() && (words.kind == FrameKind::Unknown || isUnchanged(frame, base))) {
+    if (!base.isEmpty() && (words.kind == FrameKind::Unknown || isUnchanged(frame, base)))
         made.record.bytes = words.base;
-        return made;
-    }
-    for (const protocol::Field &field : fieldsOf(words.kind))
-        if (field.size > 0)
-            takeField(field, frame, base, words);
-    const QString key =
-        words.kind == FrameKind::Host ? QStringLiteral("command") : QStringLiteral("feedback");
-    const QJsonValue area = frame.value(key);
-    if (area.isObject() && (base.isEmpty() || area != base.value(key)))
-        takeArea(area.toObject(), base.value(key).toObject(), words, made.error);
+    else if (made.error = takeWords(frame, base, words); made.error.isEmpty())
+        made = composeFrame(words);
     if (made.error.isEmpty())
-        return composeFrame(words);
-    made.error.prepend(key + QStringLiteral(": "));
+        made.error = outcomeMistake(frame, base, made.record.bytes);
     return made;
 }
 
