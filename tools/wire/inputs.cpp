@@ -5,6 +5,9 @@
 #include "tools/wire/progress.h"
 
 #include <QBuffer>
+#include <QFileInfo>
+
+#include <algorithm>
 
 namespace wire {
 
@@ -234,13 +237,41 @@ void sayRemark(const QString &word, const Filter &filter)
         complain(word + QStringLiteral(": ") + filter.remark());
 }
 
+bool mayWrite(const QString &target, const QStringList &inputs, QString &error)
+{
+    const QString path = QFileInfo(target).canonicalFilePath();
+    const bool isInput = std::any_of(inputs.begin(), inputs.end(), [&](const QString &input) {
+        return !path.isEmpty() && QFileInfo(input).canonicalFilePath() == path;
+    });
+    if (isInput)
+        error = target + QStringLiteral(" is read and can't be written too");
+    return !isInput;
+}
+
+namespace {
+
+/// Hands over all records of one input; false when no more are wanted.
+bool drain(RecordReader &reader, const std::function<bool(const Record &)> &take, Output &output,
+           Progress &progress)
+{
+    bool wantsMore = true;
+    for (Record record; wantsMore && reader.next(record);) {
+        wantsMore = take(record) && output.settle();
+        progress.advance(reader);
+    }
+    return wantsMore;
+}
+
+} // namespace
+
 int forEachRecord(const QStringList &words, const ReadOptions &options, Output &output,
+                  const std::function<bool()> &begin,
                   const std::function<bool(const Record &)> &take)
 {
     int code = kExitDone;
     const auto failed = [&code](const QString &text) { code = complain(text); };
     Progress progress;
-    bool wantsMore = true;
+    bool wantsMore = true, isBegun = false;
     for (const QString &word : words.isEmpty() ? QStringList{QStringLiteral("-")} : words) {
         QString error;
         const auto reader = openInput(
@@ -249,10 +280,9 @@ int forEachRecord(const QStringList &words, const ReadOptions &options, Output &
             failed(error);
             continue;
         }
-        for (Record record; wantsMore && reader->next(record);) {
-            wantsMore = take(record) && output.settle();
-            progress.advance(*reader);
-        }
+        wantsMore = wantsMore && (isBegun || begin());
+        isBegun = true;
+        wantsMore = wantsMore && drain(*reader, take, output, progress);
         if (!reader->trouble().isEmpty())
             failed(word + QStringLiteral(": ") + reader->trouble());
     }

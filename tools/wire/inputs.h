@@ -44,10 +44,17 @@ std::unique_ptr<RecordReader> openInput(const QString &word, const ReadOptions &
 /// Says what the filter of an input has to remark.
 void sayRemark(const QString &word, const Filter &filter);
 
+/// False with `error` set if the file to be written is among the inputs: it would be emptied before
+/// it is read.
+bool mayWrite(const QString &target, const QStringList &inputs, QString &error);
+
 /// Hands the records of all inputs, standard input where none is named, to `take`, which says
-/// whether it wants more. `output` is handed over before each wait for an input. Gives the exit
-/// code back; what is wrong with an input or the output is said on standard error.
+/// whether it wants more. `begin` opens the output and is called when the first input is open, so
+/// that a mistyped name empties no file. What is put out is handed over before each wait for an
+/// input. Gives the exit code back; what is wrong with an input or the output is said on standard
+/// error.
 int forEachRecord(const QStringList &words, const ReadOptions &options, Output &output,
+                  const std::function<bool()> &begin,
                   const std::function<bool(const Record &)> &take);
 
 } // namespace wire

@@ -55,14 +55,10 @@ void addOptions(QCommandLineParser &parser)
 }
 
 /// All objects of one input; the exit code.
-int composeFrom(const QString &path, const FrameFormat &format, Output &output)
+int composeFrom(ByteSource &source, const FrameFormat &format, Output &output)
 {
-    QString error;
-    const std::unique_ptr<ByteSource> source = ByteSource::open(path, error);
-    if (!source)
-        return complain(error);
-    source->beforeRead = [&output] { output.flush(); };
-    LineReader lines(*source);
+    source.beforeRead = [&output] { output.flush(); };
+    LineReader lines(source);
     int code = kExitDone;
     for (QByteArray line; lines.next(line) && output.settle();) {
         if (line.trimmed().isEmpty())
@@ -72,6 +68,35 @@ int composeFrom(const QString &path, const FrameFormat &format, Output &output)
             format.add(made.record, output.buffer());
         else
             code = complain(QStringLiteral("line %1: %2").arg(lines.number()).arg(made.error));
+    }
+    return code;
+}
+
+bool begin(const QString &target, const FrameFormat &format, Output &output)
+{
+    const bool isOpen = output.open(target);
+    format.begin(output.buffer());
+    return isOpen;
+}
+
+/// All objects of all inputs, standard input where none is named. The output is opened with the
+/// first of them that is there, so that a mistyped name empties no file.
+int composeObjects(const QStringList &words, const QString &target, const FrameFormat &format,
+                   Output &output)
+{
+    int code = kExitDone;
+    bool isBegun = false;
+    for (const QString &path : words.isEmpty() ? QStringList{QStringLiteral("-")} : words) {
+        QString error;
+        const std::unique_ptr<ByteSource> source = ByteSource::open(path, error);
+        if (!source) {
+            code = complain(error);
+            continue;
+        }
+        if (!isBegun && !begin(target, format, output))
+            break;
+        isBegun = true;
+        code = qMax(code, composeFrom(*source, format, output));
     }
     return code;
 }
@@ -106,16 +131,16 @@ int run(const QCommandLineParser &parser, const QStringList &words)
     const auto format = formOf(parser, made.error);
     if (!made.error.isEmpty())
         return complainOfUsage(made.error);
+    const QString target = parser.value(QStringLiteral("output"));
+    const bool isJson = parser.isSet(QStringLiteral("json"));
+    if (isJson && !mayWrite(target, words, made.error))
+        return complainOfUsage(made.error);
     Output output;
-    if (!output.open(parser.value(QStringLiteral("output"))))
-        return complain(output.error());
-    format->begin(output.buffer());
     int code = kExitDone;
-    if (!parser.isSet(QStringLiteral("json")))
+    if (isJson)
+        code = composeObjects(words, target, *format, output);
+    else if (begin(target, *format, output))
         format->add(made.record, output.buffer());
-    else
-        for (const QString &path : words.isEmpty() ? QStringList{QStringLiteral("-")} : words)
-            code = qMax(code, composeFrom(path, *format, output));
     return output.close() ? code : complain(output.error());
 }
 

@@ -5,9 +5,6 @@
 #include "tools/wire/verbs.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
-
-#include <algorithm>
 
 namespace wire {
 
@@ -79,15 +76,6 @@ void addConvertOptions(QCommandLineParser &parser)
     addOutputOption(parser);
 }
 
-/// True if a file is among the inputs: it would be emptied before it is read.
-bool isOneOf(const QStringList &inputs, const QString &target)
-{
-    const QString path = QFileInfo(target).canonicalFilePath();
-    return !path.isEmpty() && std::any_of(inputs.begin(), inputs.end(), [&](const QString &input) {
-        return QFileInfo(input).canonicalFilePath() == path;
-    });
-}
-
 /// What the verbs of this file have in common: options, inputs and an output.
 int pour(const QCommandLineParser &parser, const QStringList &words, const FrameFormat &format)
 {
@@ -97,13 +85,15 @@ int pour(const QCommandLineParser &parser, const QStringList &words, const Frame
     if (!readReadOptions(parser, options, error) || !readFilter(parser, filter, error))
         return complainOfUsage(error);
     const QString target = parser.value(QStringLiteral("output"));
-    if (isOneOf(words, target))
-        return complainOfUsage(target + QStringLiteral(" is read and can't be written too"));
+    if (!mayWrite(target, words, error))
+        return complainOfUsage(error);
     Output output;
-    if (!output.open(target))
-        return complain(output.error());
-    format.begin(output.buffer());
-    const int code = forEachRecord(words, options, output, [&](const Record &record) {
+    const auto begin = [&] {
+        const bool isOpen = output.open(target);
+        format.begin(output.buffer());
+        return isOpen;
+    };
+    const int code = forEachRecord(words, options, output, begin, [&](const Record &record) {
         if (filter.takes(record))
             format.add(record, output.buffer());
         return true;

@@ -133,6 +133,12 @@ struct Input
     std::unique_ptr<RecordReader> reader;
     Filter filter;
 
+    bool open(const QString &word, const ReadOptions &options, QString &error)
+    {
+        reader = openInput(word, options, {}, error);
+        return reader != nullptr;
+    }
+
     bool next(Record &record)
     {
         while (reader->next(record))
@@ -168,16 +174,17 @@ int run(const QCommandLineParser &parser, const QStringList &words)
         return complainOfUsage(error);
     if (words.size() != 2)
         return complainOfUsage(QStringLiteral("two recordings are needed"));
-    Output output;
-    if (!output.open(parser.value(QStringLiteral("output"))))
-        return complain(output.error());
-    Input inputs[2];
-    for (int i = 0; i < 2; ++i) {
-        inputs[i].filter = filter;
-        inputs[i].reader = openInput(words.at(i), options, {}, error);
-        if (!inputs[i].reader)
+    const QString target = parser.value(QStringLiteral("output"));
+    if (!mayWrite(target, words, error))
+        return complainOfUsage(error);
+    Input inputs[2] = {{nullptr, filter}, {nullptr, filter}};
+    for (int i = 0; i < 2; ++i)
+        if (!inputs[i].open(words.at(i), options, error))
             return complain(error);
-    }
+    // Only now: a mistyped name empties no file.
+    Output output;
+    if (!output.open(target))
+        return complain(output.error());
     return compare(inputs, words, output, parser.isSet(QStringLiteral("summary")));
 }
 
