@@ -7,6 +7,7 @@
 #include "tools/wire/recordwriter.h"
 
 #include <QIODevice>
+#include <QTextCodec>
 
 using namespace wire;
 
@@ -179,6 +180,7 @@ private slots:
     void findsFramesInStreams_data();
     void findsFramesInStreams();
     void givesGoodFramesAtOnce();
+    void readsWordsInStreams();
     void cutsAsTheBench();
     void livesThroughNoise();
     void filters_data();
@@ -227,6 +229,13 @@ void tst_wirefiles::formsComeBack()
     QByteArray dos = bytes;
     if (form != "pcapng")
         QCOMPARE(readingOf("\xEF\xBB\xBF" + dos.replace("\n", "\r\n")).lines(), lines);
+    if (form == "line" || form == "hex")
+        QCOMPARE(readingOf("# run 7\r\n\n" + bytes + "# end\n").lines(), lines);
+    // As shells of Windows write what goes through them, in pieces that cut characters.
+    const QByteArray wide =
+        QTextCodec::codecForName("UTF-16")->fromUnicode(QString::fromUtf8(bytes));
+    if (form != "pcapng")
+        QCOMPARE(readingOf(wide, {}, 3).lines(), lines);
 }
 
 /// Byte for byte what others read.
@@ -346,6 +355,11 @@ void tst_wirefiles::refusesDamage_data()
     QTest::newRow("log") << QByteArray("[12:00:00:000]RX->\nA8E5\n[25:00:00:000]RX->\nA8E5\n")
                          << "line 3";
     QTest::newRow("hex") << QByteArray("A8E5\nA8E\n") << "line 2";
+    const auto other = "neither line form, log text nor hexadecimal digits";
+    QTest::newRow("no hex") << QByteArray("A8 E5 zz\nA8E5\n") << other;
+    QTest::newRow("0x") << QByteArray("0xA8E5\n") << other;
+    QTest::newRow("a long text") << "# frames\n" + QByteArray("吊舱 ").repeated(5000) << other;
+    QTest::newRow("packed") << QByteArray("\x1F\x8B\x08\x00", 4) << "gunzip";
 }
 
 void tst_wirefiles::refusesDamage()
@@ -441,6 +455,20 @@ void tst_wirefiles::givesGoodFramesAtOnce()
     QVERIFY(scanner.take(piece, true));
     QCOMPARE(piece, gcu(2));
     QVERIFY(!scanner.take(piece, true));
+}
+
+/// What a device says before its first frame is part of the stream, which has no chunks.
+void tst_wirefiles::readsWordsInStreams()
+{
+    const QByteArray words = QByteArray("ready\r\n").repeated(100);
+    const Reading reading = readingOf(words + gcu(5), {}, 7);
+    QCOMPARE(reading.records.size(), 2);
+    QCOMPARE(reading.records.at(0).bytes, words);
+    QCOMPARE(reading.records.at(1).bytes, gcu(5));
+    ReadOptions options;
+    options.cut = Cut::AsBench;
+    for (const QByteArray &bytes : {gcu(5) + gcu(6), gcu(5).toHex()})
+        QVERIFY(readingOf(bytes, options).error.contains("chunks"));
 }
 
 /// The bench takes one frame of a chunk, and drops what follows a frame that came in two.

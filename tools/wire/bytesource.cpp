@@ -1,5 +1,6 @@
 #include "tools/wire/bytesource.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -73,7 +74,23 @@ bool ByteSource::readMore()
     if (count < 0)
         m_error = qt_error_string();
     m_end += int(qMax<qint64>(0, count));
+    if (m_decoder && count > 0)
+        decodeFrom(m_end - int(count));
     return count > 0;
+}
+
+void ByteSource::decodeUtf16()
+{
+    m_decoder.reset(QTextCodec::codecForName("UTF-16")->makeDecoder());
+    decodeFrom(m_at);
+}
+
+void ByteSource::decodeFrom(int from)
+{
+    const QByteArray text = m_decoder->toUnicode(m_bytes.constData() + from, m_end - from).toUtf8();
+    m_end = from + text.size();
+    m_bytes.resize(qMax(m_end, m_bytes.size()));
+    std::copy(text.begin(), text.end(), m_bytes.begin() + from);
 }
 
 bool LineReader::next(QByteArray &line)

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QFile>
 #include <QString>
+#include <QTextCodec>
 
 #include <functional>
 #include <memory>
@@ -25,6 +26,8 @@ public:
     const char *data() const { return m_bytes.constData() + m_at; }
     int size() const { return m_end - m_at; }
     void drop(int count);
+    /// From here on the bytes are UTF-16, in the byte order of its mark, and come as UTF-8.
+    void decodeUtf16();
     /// The position of `data` from the beginning.
     qint64 position() const { return m_position; }
     /// Bytes of the file, or -1 where that isn't known.
@@ -37,6 +40,7 @@ public:
 
 private:
     bool readMore();
+    void decodeFrom(int from);
 
     std::unique_ptr<QIODevice> m_device;
     QByteArray m_bytes = QByteArray(256 * 1024, Qt::Uninitialized);
@@ -44,6 +48,7 @@ private:
     int m_end = 0;
     qint64 m_position = 0;
     bool m_isAtEnd = false;
+    std::unique_ptr<QTextDecoder> m_decoder; ///< to UTF-8, or none
     QString m_error;
 };
 

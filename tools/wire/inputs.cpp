@@ -66,7 +66,8 @@ void addReadOptions(QCommandLineParser &parser)
 {
     parser.addOption(
         {QStringLiteral("as-bench"),
-         QStringLiteral("Cut frames as the bench does, instead of by header and checksum.")});
+         QStringLiteral("Cut frames as the bench does, instead of by header and checksum: of "
+                        "pcapng, whose packets are the chunks.")});
     parser.addOption({QStringLiteral("date"),
                       QStringLiteral("Day of a log text's times, as 2025-11-21; else 1970-01-01."),
                       QStringLiteral("day")});

@@ -12,8 +12,6 @@ namespace wire {
 
 namespace {
 
-constexpr int kSniffed = 64;
-constexpr int kMagicSize = 4;
 constexpr int kRawChunk = 64 * 1024;
 constexpr int kMicrosecondDigits = 6;
 constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
@@ -72,7 +70,7 @@ public:
         while (m_lines.next(line)) {
             if (line.startsWith(kByteOrderMark))
                 line.remove(0, 3);
-            if (line.trimmed().isEmpty())
+            if (isRemark(line))
                 continue;
             if (m_format == Format::Line ? readLineForm(line, record) : readHex(line, record))
                 return true;
@@ -161,57 +159,29 @@ private:
 class RawReader : public RecordReader
 {
 public:
-    RawReader(std::unique_ptr<ByteSource> source, Cut cut)
-        : RecordReader(std::move(source)), m_cutter(cut)
-    {
-    }
+    explicit RawReader(std::unique_ptr<ByteSource> source) : RecordReader(std::move(source)) {}
 
     bool next(Record &record) override
     {
         while (!m_cutter.take(record, false)) {
-            const int size = qMin(source().fill(1), kRawChunk);
-            if (size == 0 && m_isFinished)
+            if (m_isFinished)
                 return false;
+            const int size = qMin(source().fill(1), kRawChunk);
+            m_isFinished = size == 0;
+            if (m_isFinished) {
+                m_cutter.finish();
+                continue;
+            }
             m_cutter.push(source().data(), size);
             source().drop(size);
-            m_isFinished = size == 0;
-            if (m_isFinished)
-                m_cutter.finish();
         }
         return true;
     }
 
 private:
-    StreamCutter m_cutter;
+    StreamCutter m_cutter{Cut::Searching};
     bool m_isFinished = false;
 };
-
-bool isText(const char *bytes, int size)
-{
-    return std::all_of(bytes, bytes + size, [](char c) {
-        return quint8(c) >= 0x20 || c == '\n' || c == '\r' || c == '\t';
-    });
-}
-
-/// Whether the first bytes show what the input is: a whole line, some that no text has, or enough.
-bool isTelling(const char *bytes, int size)
-{
-    if (size >= kSniffed || (size >= kMagicSize && !isText(bytes, size)))
-        return true;
-    const QByteArray head = QByteArray::fromRawData(bytes, size);
-    const QByteArray text = head.trimmed();
-    return !text.isEmpty() && head.indexOf('\n', head.indexOf(text)) >= 0;
-}
-
-/// As many of the first bytes as show it. What follows doesn't count: a log stays one after a
-/// line that is broken.
-int tellingSize(const char *bytes, int size)
-{
-    int telling = 0;
-    while (telling < size && !isTelling(bytes, telling))
-        ++telling;
-    return telling;
-}
 
 } // namespace
 
@@ -248,52 +218,30 @@ bool readLineForm(const QByteArray &line, Record &record)
            readDigits(at, int(end - at), record.bytes);
 }
 
-Format formatOf(const char *bytes, int size)
-{
-    const QByteArray head = QByteArray::fromRawData(bytes, tellingSize(bytes, size));
-    if (head.startsWith("\x0A\x0D\x0D\x0A"))
-        return Format::Pcapng;
-    for (const char *magic :
-         {"\xA1\xB2\xC3\xD4", "\xD4\xC3\xB2\xA1", "\xA1\xB2\x3C\x4D", "\x4D\x3C\xB2\xA1"})
-        if (head.startsWith(magic))
-            return Format::OldPcap;
-    if (!isText(head.constData(), head.size()))
-        return Format::Raw;
-    const QByteArray text = (head.startsWith(kByteOrderMark) ? head.mid(3) : head).trimmed();
-    if (text.startsWith('('))
-        return Format::Line;
-    if (text.startsWith('['))
-        return Format::Log;
-    QByteArray digits;
-    const QByteArray line = text.mid(0, text.indexOf('\n')).trimmed();
-    const bool isHex = readDigits(line, digits) || readDigits(line.chopped(1), digits);
-    return !line.isEmpty() && isHex ? Format::Hex : Format::Raw;
-}
-
 std::unique_ptr<RecordReader> makeReader(std::unique_ptr<ByteSource> source,
                                          const ReadOptions &options, QString &error)
 {
-    // A pipe may bring a byte at a time; of a slow one no more is awaited than it takes to know.
-    int size = 0;
-    while (!isTelling(source->data(), size) && source->fill(size + 1) > size)
-        ++size;
-    const Format format = formatOf(source->data(), size);
+    Format format = formatOf(*source);
+    if (format == Format::Utf16) {
+        source->decodeUtf16();
+        format = formatOf(*source);
+    }
+    error = refusalOf(format);
+    if (error.isEmpty() && options.cut == Cut::AsBench && format != Format::Pcapng)
+        error = QStringLiteral("--as-bench cuts chunks, which only a pcapng recording has");
+    if (!error.isEmpty())
+        return nullptr;
     switch (format) {
     case Format::Pcapng:
         return std::make_unique<PcapngReader>(std::move(source), options.cut);
-    case Format::OldPcap:
-        error = QStringLiteral(
-            "a pcap file of the old form; `editcap -F pcapng` makes one that is read");
-        return nullptr;
     case Format::Line:
     case Format::Hex:
         return std::make_unique<LinesReader>(std::move(source), format);
     case Format::Log:
         return std::make_unique<LogReader>(std::move(source), options.date);
-    case Format::Raw:
-        break;
+    default:
+        return std::make_unique<RawReader>(std::move(source));
     }
-    return std::make_unique<RawReader>(std::move(source), options.cut);
 }
 
 } // namespace wire

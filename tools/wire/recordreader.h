@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/wire/bytesource.h"
+#include "tools/wire/inputformat.h"
 #include "tools/wire/record.h"
 #include "tools/wire/streamcutter.h"
 
@@ -42,14 +43,8 @@ private:
     int m_troubles = 0;
 };
 
-enum class Format : quint8 { Pcapng, OldPcap, Line, Log, Hex, Raw };
-
-/// What the first bytes of an input look like: its first line where that is text, 64 bytes at the
-/// most. All that isn't known is a raw stream.
-Format formatOf(const char *bytes, int size);
-
 /// The reader for what the source holds, found out by content. Null with `error` set where it is of
-/// a kind that isn't read.
+/// a kind that isn't read, or has no chunks to be cut as the bench does: only pcapng has them.
 std::unique_ptr<RecordReader> makeReader(std::unique_ptr<ByteSource> source,
                                          const ReadOptions &options, QString &error);
 
