@@ -230,9 +230,12 @@ Composed composeObject(const QJsonObject &frame)
 
 Composed composeJson(const QByteArray &line)
 {
+    Composed made;
+    made.error = mistakeInKeys(line);
+    if (!made.error.isEmpty())
+        return made;
     QJsonParseError parsed;
     const QJsonDocument document = QJsonDocument::fromJson(line, &parsed);
-    Composed made;
     if (!document.isObject()) {
         made.error = QStringLiteral("not a JSON object");
         if (parsed.error != QJsonParseError::NoError)

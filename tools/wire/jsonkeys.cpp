@@ -2,6 +2,7 @@
 
 #include "tools/wire/framefields.h"
 
+#include <QSet>
 #include <QStringList>
 #include <QVector>
 
@@ -116,6 +117,23 @@ QString mistakeIn(const Part &part, FrameKind kind)
     return {};
 }
 
+/// The text of the string that begins at `at`, which moves past its end.
+QByteArray takeString(const QByteArray &json, int &at)
+{
+    const int first = ++at;
+    for (; at < json.size() && json[at] != '"'; ++at)
+        at += json[at] == '\\';
+    return json.mid(first, at++ - first);
+}
+
+bool isKeyEnd(const QByteArray &json, int at)
+{
+    while (at < json.size() &&
+           (json[at] == ' ' || json[at] == '\t' || json[at] == '\r' || json[at] == '\n'))
+        ++at;
+    return at < json.size() && json[at] == ':';
+}
+
 } // namespace
 
 QString mistakeIn(const QJsonObject &frame, FrameKind kind)
@@ -135,6 +153,30 @@ QString mistakeIn(const QJsonObject &frame, FrameKind kind)
         const QString mistake = mistakeIn(part, kind);
         if (!mistake.isEmpty())
             return mistake;
+    }
+    return {};
+}
+
+QString mistakeInKeys(const QByteArray &json)
+{
+    QVector<QSet<QByteArray>> levels;
+    for (int at = 0; at < json.size();) {
+        if (json[at] != '"') {
+            if (json[at] == '{')
+                levels.append(QSet<QByteArray>());
+            else if (json[at] == '}' && !levels.isEmpty())
+                levels.removeLast();
+            ++at;
+            continue;
+        }
+        const QByteArray text = takeString(json, at);
+        if (levels.isEmpty() || !isKeyEnd(json, at))
+            continue;
+        if (text.contains('\\'))
+            return QString::fromUtf8(text) + QStringLiteral(": a key without escapes is needed");
+        if (levels.last().contains(text))
+            return QString::fromUtf8(text) + QStringLiteral(": is there twice");
+        levels.last().insert(text);
     }
     return {};
 }
