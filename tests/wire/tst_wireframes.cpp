@@ -408,6 +408,9 @@ void tst_wireframes::takenApart()
     TextBuffer titles;
     csvFormat()->begin(titles);
     QCOMPARE(shown(*csvFormat(), answer()).count(','), titles.bytes().count(','));
+    // Host and GCU frame of an unknown code.
+    for (const FrameKind kind : {FrameKind::Host, FrameKind::Gcu})
+        QVERIFY(shown(*csvFormat(), QByteArray::fromHex(made(kind, "area=4E"))).contains(",0x4E,"));
 }
 
 void tst_wireframes::catalogueNamesAll()

@@ -7,16 +7,24 @@ namespace wire {
 
 namespace {
 
+void putName(const CommandView &view, TextBuffer &out)
+{
+    if (view.row) {
+        out.put(view.row->id);
+        return;
+    }
+    const char code = char(view.code);
+    out.put("0x", 2);
+    out.putHex(&code, 1);
+}
+
 /// "photo", or "zoom_ratio camera=1 zoom=20"; an unknown command's code as 0x40.
 void putCommand(const char *area, int size, TextBuffer &out)
 {
     const CommandView view = commandIn(area, size);
-    if (!view.row) {
-        out.put("0x", 2);
-        out.putHex(area, 1);
+    putName(view, out);
+    if (!view.row)
         return;
-    }
-    out.put(view.row->id);
     forEachParam(*view.row, area, size, [&out](const Param &param, const char *at) {
         out.put(' ');
         out.put(param.id);
@@ -27,11 +35,7 @@ void putCommand(const char *area, int size, TextBuffer &out)
 
 void putFeedback(const char *area, int size, TextBuffer &out)
 {
-    const CommandView view = commandIn(area, size);
-    if (view.row)
-        out.put(view.row->id);
-    else
-        out.putHex(area, 1);
+    putName(commandIn(area, size), out);
     if (size > 1) {
         out.put(' ');
         out.put(resultWord(quint8(area[1])));
