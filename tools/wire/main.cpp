@@ -25,14 +25,26 @@ const wire::Verb *const kVerbs[] = {
     &wire::kConvertVerb, &wire::kDiffVerb,   &wire::kFieldsVerb,
 };
 
-/// The first verb of the command line, which options may stand before, or null.
-const wire::Verb *verbOf(const QStringList &arguments)
+const wire::Verb *verbNamed(const QString &word)
 {
-    for (const QString &word : arguments.mid(1))
-        for (const wire::Verb *verb : kVerbs)
-            if (word == QLatin1String(verb->name))
-                return verb;
+    for (const wire::Verb *verb : kVerbs)
+        if (word == QLatin1String(verb->name))
+            return verb;
     return nullptr;
+}
+
+/// The word where the verb has to stand: the first that is no option. After one it may be its
+/// value.
+QString verbWord(const QStringList &arguments)
+{
+    bool isAfterOption = false;
+    for (const QString &word : arguments.mid(1)) {
+        const bool isOption = word.startsWith(QLatin1Char('-'));
+        if (!isOption && (!isAfterOption || verbNamed(word)))
+            return word;
+        isAfterOption = isOption;
+    }
+    return {};
 }
 
 QString overview()
@@ -52,16 +64,17 @@ int runWithoutVerb()
     parser.addPositionalArgument(QStringLiteral("verb"), QStringLiteral("One of those above."));
     if (const std::optional<int> code = readCommandLine(parser))
         return *code;
-    const QString word = parser.positionalArguments().value(0);
-    return complainOfUsage(word.isEmpty() ? QStringLiteral("a verb is needed")
-                                          : QStringLiteral("no such verb: ") + word);
+    return complainOfUsage(QStringLiteral("a verb is needed"));
 }
 
 int run()
 {
-    const wire::Verb *verb = verbOf(QCoreApplication::arguments());
-    if (!verb)
+    const QString word = verbWord(QCoreApplication::arguments());
+    if (word.isEmpty())
         return runWithoutVerb();
+    const wire::Verb *verb = verbNamed(word);
+    if (!verb)
+        return complainOfUsage(QStringLiteral("no such verb: ") + word);
     QCommandLineParser parser;
     parser.setApplicationDescription(QString::fromUtf8(verb->text));
     const QString name = QLatin1String(verb->name);
