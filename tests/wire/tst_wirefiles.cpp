@@ -350,6 +350,8 @@ void tst_wirefiles::refusesDamage_data()
     QByteArray lying = packet(gcu(1));
     QTest::newRow("lying packet") << head + lying.replace(20, 4, little(5000))
                                   << "longer than its block";
+    QTest::newRow("lying end") << head + packet(gcu(1)).chopped(4) + little(7) + packet(gcu(2))
+                               << "at its end that it has 7 bytes, not 108, at byte 48";
     QTest::newRow("line form") << QByteArray("(1.0) rx A8E5\n(1.0) up A8E5\n(1.0 rx\n")
                                << "line 2 isn't a frame (and 1 more)";
     QTest::newRow("log") << QByteArray("[12:00:00:000]RX->\nA8E5\n[25:00:00:000]RX->\nA8E5\n")

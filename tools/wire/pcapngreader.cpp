@@ -102,6 +102,12 @@ bool PcapngReader::readBlock()
     }
     if (source().fill(int(length)) < int(length))
         return endInBlock();
+    if (u32(source().data() + length - kBlockTail) != length)
+        addTrouble(QStringLiteral("a block that says at its end that it has %1 bytes, not %2, at "
+                                  "byte %3")
+                       .arg(u32(source().data() + length - kBlockTail))
+                       .arg(length)
+                       .arg(source().position()));
     takeBlock(u32(source().data()), source().data() + kBlockHead,
               int(length) - kBlockHead - kBlockTail);
     source().drop(int(length));
