@@ -39,6 +39,7 @@ struct Reading
     QVector<Record> records;
     QString error;
     QString trouble;
+    Origin origin;
 
     QByteArray lines() const
     {
@@ -83,6 +84,7 @@ Reading readingOf(const QByteArray &bytes, const ReadOptions &options = {}, int 
     for (Record record; reader && reader->next(record);)
         reading.records.append(record);
     reading.trouble = reader ? reader->trouble() : QString();
+    reading.origin = reader ? reader->origin() : Origin();
     return reading;
 }
 
@@ -216,7 +218,7 @@ void tst_wirefiles::formsComeBack()
 {
     QFETCH(QString, form);
     QFETCH(QByteArray, lines);
-    const auto format = form == "pcapng" ? pcapngFormat({"tcp://pod", "pod", "tool"})
+    const auto format = form == "pcapng" ? pcapngFormat({"tcp://pod", "10.0.0.1", "tool"})
                         : form == "line" ? lineFormat()
                         : form == "hex"
                             ? hexFormat()
@@ -225,6 +227,8 @@ void tst_wirefiles::formsComeBack()
     const Reading reading = readingOf(bytes);
     QCOMPARE(reading.lines(), lines);
     QCOMPARE(reading.error + reading.trouble, QString());
+    QCOMPARE(reading.origin.link + reading.origin.peer,
+             QString(form == "pcapng" ? "tcp://pod10.0.0.1" : ""));
     QCOMPARE(readingOf(bytes, {}, 2).lines(), lines);
     QByteArray dos = bytes;
     if (form != "pcapng")
@@ -351,7 +355,7 @@ void tst_wirefiles::refusesDamage_data()
     QTest::newRow("lying packet") << head + lying.replace(20, 4, little(5000))
                                   << "longer than its block";
     QTest::newRow("lying end") << head + packet(gcu(1)).chopped(4) + little(7) + packet(gcu(2))
-                               << "at its end that it has 7 bytes, not 108, at byte 48";
+                               << "a block of 108 bytes that ends with a length of 7 at byte 48";
     QTest::newRow("line form") << QByteArray("(1.0) rx A8E5\n(1.0) up A8E5\n(1.0 rx\n")
                                << "line 2 isn't a frame (and 1 more)";
     QTest::newRow("log") << QByteArray("[12:00:00:000]RX->\nA8E5\n[25:00:00:000]RX->\nA8E5\n")

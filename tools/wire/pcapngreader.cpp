@@ -14,6 +14,8 @@ constexpr int kLargestBlock = 16 * 1024 * 1024;
 constexpr int kMostInterfaces = 4096;
 constexpr int kMostFlows = 256;
 constexpr int kEnhancedHead = 20;
+constexpr quint16 kNameOption = 2;
+constexpr quint16 kDescriptionOption = 3;
 constexpr quint16 kFlagsOption = 2;
 constexpr quint16 kResolutionOption = 9;
 constexpr quint16 kOffsetOption = 14;
@@ -74,40 +76,37 @@ bool PcapngReader::next(Record &record)
     return true;
 }
 
-/// Says that the recording ends within the block that begins here.
-bool PcapngReader::endInBlock()
+/// Says what is wrong with the block that begins here.
+void PcapngReader::addBlockTrouble(const QString &text)
 {
-    addTrouble(
-        QStringLiteral("the recording is cut in a block at byte %1").arg(source().position()));
-    return false;
+    addTrouble(text + QStringLiteral(" at byte %1").arg(source().position()));
 }
 
 /// One block, whatever it is; false at the end and where nothing can be read any more.
 bool PcapngReader::readBlock()
 {
     const int there = source().fill(kBlockHead + kBlockTail);
-    if (there < kBlockHead + kBlockTail)
-        return there > 0 && endInBlock();
+    if (there == 0)
+        return false;
     // A section may be of another byte order, so that its length can't be read before its magic.
-    if (u32(source().data()) == kSectionBlock)
+    const bool isWhole = there >= kBlockHead + kBlockTail;
+    if (isWhole && u32(source().data()) == kSectionBlock)
         m_isSwapped = qFromLittleEndian<quint32>(source().data() + kBlockHead) != kByteOrderMagic;
-    const quint32 length = u32(source().data() + 4);
+    const quint32 length = isWhole ? u32(source().data() + 4) : kBlockHead + kBlockTail;
     if (length < kBlockHead + kBlockTail || length % 4 != 0 || length > kLargestBlock) {
-        addTrouble(
-            QStringLiteral("a block that says it has %1 bytes at byte %2: what follows can't "
-                           "be found")
-                .arg(length)
-                .arg(source().position()));
+        addBlockTrouble(
+            QStringLiteral("what follows can't be found: a block of %1 bytes").arg(length));
         return false;
     }
-    if (source().fill(int(length)) < int(length))
-        return endInBlock();
-    if (u32(source().data() + length - kBlockTail) != length)
-        addTrouble(QStringLiteral("a block that says at its end that it has %1 bytes, not %2, at "
-                                  "byte %3")
-                       .arg(u32(source().data() + length - kBlockTail))
-                       .arg(length)
-                       .arg(source().position()));
+    if (source().fill(int(length)) < int(length)) {
+        addBlockTrouble(QStringLiteral("the recording is cut in a block"));
+        return false;
+    }
+    const quint32 again = u32(source().data() + length - kBlockTail);
+    if (again != length)
+        addBlockTrouble(QStringLiteral("a block of %1 bytes that ends with a length of %2")
+                            .arg(length)
+                            .arg(again));
     takeBlock(u32(source().data()), source().data() + kBlockHead,
               int(length) - kBlockHead - kBlockTail);
     source().drop(int(length));
@@ -157,16 +156,27 @@ void PcapngReader::takeInterface(const char *body, int size)
     Interface interface;
     interface.linkType = u16(body);
     forEachOption(body, 8, size, [&](quint16 code, const char *at, int length) {
-        if (code == kResolutionOption && length >= 1)
-            interface.unitsPerSecond = unitsOf(quint8(*at));
-        if (code == kOffsetOption && length >= 8) {
-            const auto value = qFromLittleEndian<qint64>(at);
-            interface.offset = m_isSwapped ? qbswap(value) : value;
-        }
+        takeInterfaceOption(interface, code, at, length);
     });
     m_interfaces.append(interface);
     if (interface.linkType != kUser0Link && !isKnownLinkType(interface.linkType))
         addTrouble(QStringLiteral("packets of link type %1 aren't read").arg(interface.linkType));
+}
+
+void PcapngReader::takeInterfaceOption(Interface &interface, quint16 code, const char *at,
+                                       int length)
+{
+    if (code == kResolutionOption && length >= 1)
+        interface.unitsPerSecond = unitsOf(quint8(*at));
+    if (code == kOffsetOption && length >= 8) {
+        const auto value = qFromLittleEndian<qint64>(at);
+        interface.offset = m_isSwapped ? qbswap(value) : value;
+    }
+    const bool isOwn = interface.linkType == kUser0Link && m_interfaces.isEmpty();
+    if (isOwn && code == kNameOption)
+        m_origin.link = QString::fromUtf8(at, length);
+    if (isOwn && code == kDescriptionOption)
+        m_origin.peer = QString::fromUtf8(at, length);
 }
 
 void PcapngReader::takeEnhanced(const char *body, int size)

@@ -25,6 +25,7 @@ class PcapngReader : public RecordReader
 public:
     PcapngReader(std::unique_ptr<ByteSource> source, Cut cut);
     bool next(Record &record) override;
+    Origin origin() const override { return m_origin; }
 
 private:
     struct Interface
@@ -51,10 +52,11 @@ private:
     };
 
     bool readBlock();
-    bool endInBlock();
+    void addBlockTrouble(const QString &text);
     void takeBlock(quint32 type, const char *body, int size);
     void takeSection(const char *body, int size);
     void takeInterface(const char *body, int size);
+    void takeInterfaceOption(Interface &interface, quint16 code, const char *at, int length);
     void takeEnhanced(const char *body, int size);
     void takeSimple(const char *body, int size);
     void takePacket(const Interface &interface, const Packet &packet);
@@ -73,6 +75,7 @@ private:
     bool m_isSwapped = false;
     bool m_isEnded = false;
     QVector<Interface> m_interfaces;
+    Origin m_origin; ///< of this tool's first interface
     QHash<QByteArray, Flow> m_flows;
     StreamCutter m_own; ///< of this tool's packets, where they are cut as the bench does
     RecordQueue<Record> m_queue;

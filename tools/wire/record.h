@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 #include <QtGlobal>
 
 #include <limits>
@@ -21,6 +22,14 @@ struct Record
     qint64 time = kNoTime; ///< microseconds since 1970 began in UTC
     Direction direction = Direction::Unknown;
     QByteArray bytes;
+};
+
+/// What a recording names as the place that it comes from.
+struct Origin
+{
+    QString link; ///< as it was given, "" for none
+    QString peer;
+    QString tool; ///< name and version
 };
 
 enum class FrameKind : quint8 { Unknown, Host, Gcu };

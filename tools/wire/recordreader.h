@@ -26,6 +26,9 @@ public:
     virtual ~RecordReader() = default;
     virtual bool next(Record &record) = 0;
 
+    /// Where the input says it comes from, as far as it is read; without the tool.
+    virtual Origin origin() const { return {}; }
+
     /// What was wrong with the input so far: the first of it, and how often; empty for nothing.
     QString trouble() const;
     /// Bytes read, and bytes of the input or -1.

@@ -10,14 +10,6 @@
 
 namespace wire {
 
-/// What a recording's first block names.
-struct Origin
-{
-    QString link; ///< as it was given, "" for none
-    QString peer;
-    QString tool; ///< name and version
-};
-
 /// Name and version of this tool.
 QString toolName();
 

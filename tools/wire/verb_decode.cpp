@@ -4,7 +4,7 @@
 #include "tools/wire/inputs.h"
 #include "tools/wire/verbs.h"
 
-#include <QCoreApplication>
+#include <QFileInfo>
 
 namespace wire {
 
@@ -121,6 +121,22 @@ int decode(const QCommandLineParser &parser, const QStringList &words)
     return pour(parser, words, *format);
 }
 
+/// A recording made of a single one comes from where that does. Of what can be read only once the
+/// names are gone by then.
+Origin originOf(const QStringList &words)
+{
+    Origin origin;
+    QString error;
+    if (words.size() == 1 && QFileInfo(words.first()).isFile())
+        if (const auto reader = openInput(words.first(), {}, {}, error)) {
+            Record record;
+            reader->next(record);
+            origin = reader->origin();
+        }
+    origin.tool = toolName();
+    return origin;
+}
+
 int convert(const QCommandLineParser &parser, const QStringList &words)
 {
     Language language = Language::English;
@@ -129,7 +145,7 @@ int convert(const QCommandLineParser &parser, const QStringList &words)
         return complainOfUsage(error);
     const auto format =
         readForm(parser.value(QStringLiteral("as")), parser.value(QStringLiteral("output")),
-                 language, {QString(), QString(), toolName()}, error);
+                 language, originOf(words), error);
     if (!format)
         return complainOfUsage(error);
     return pour(parser, words, *format);
