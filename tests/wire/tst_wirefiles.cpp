@@ -1,8 +1,8 @@
 #include "protocol/codec.h"
 #include "tests/support/strictmain.h"
+#include "tests/wire/sampleframes.h"
 #include "tools/wire/filter.h"
 #include "tools/wire/link.h"
-#include "tools/wire/recorddiff.h"
 #include "tools/wire/recordreader.h"
 #include "tools/wire/recordwriter.h"
 
@@ -14,25 +14,6 @@ using namespace wire;
 Q_DECLARE_METATYPE(Filter)
 
 namespace {
-
-/// 73 bytes that say so of themselves, with a right checksum; `number` stands in it.
-QByteArray frame(const char *header, quint8 number)
-{
-    QByteArray bytes = QByteArray::fromHex(header) + QByteArray::fromHex("490001") +
-                       QByteArray(64, char(number)) + QByteArray::fromHex("2001");
-    appendCrc(bytes);
-    return bytes;
-}
-
-QByteArray host(quint8 number)
-{
-    return frame("A8E5", number);
-}
-
-QByteArray gcu(quint8 number)
-{
-    return frame("8A5E", number);
-}
 
 struct Reading
 {
@@ -189,10 +170,6 @@ private slots:
     void filters();
     void links_data();
     void links();
-    void compares_data();
-    void compares();
-    void namesChanges();
-    void timesFrames();
 };
 
 void tst_wirefiles::formsComeBack_data()
@@ -595,84 +572,6 @@ void tst_wirefiles::links()
                     .arg(link.port)
                     .arg(link.local);
     QCOMPARE(shown, read);
-}
-
-void tst_wirefiles::compares_data()
-{
-    QTest::addColumn<QByteArray>("before");
-    QTest::addColumn<QByteArray>("after");
-    QTest::addColumn<QByteArray>("signs");
-    // A letter is a frame; a capital is that frame with other values throughout.
-    const char *const rows[][4] = {
-        {"equal", "abc", "abc", "==="},
-        {"lost", "abcd", "acd", "=-=="},
-        {"added", "acd", "abcd", "=+=="},
-        {"changed", "abc", "axc", "=~="},
-        {"changed, and there again later", "abcdabcd", "xbcdabcd", "~======="},
-        {"added before equal ones", "aaa", "xaaa", "+==="},
-        {"all lost", "abc", "", "---"},
-        {"all added", "", "ab", "++"},
-        {"reordered", "abcdef", "abdcef", "==~~=="},
-        {"throughout", "abcdefgh", "ABCDEFGH", "~~~~~~~~"},
-        {"throughout, one lost", "abcdefgh", "ABDEFGH", "~~-~~~~~"},
-        {"throughout, one added", "abcdefgh", "ABCXDEFGH", "~~~+~~~~~"},
-        {"throughout, each seventh lost", "abcdefghijklmnopqrstuvwxyz", "ABCDEFHIJKLMOPQRSTVWXYZ",
-         "~~~~~~-~~~~~~-~~~~~~-~~~~~"},
-        {"throughout, reordered", "abcdefgh", "ABDCEFGH", "~~~~~~~~"},
-        {"throughout, lost and added", "abcdefghijk", "ABDEFGHIXJK", "~~-~~~~~~+~~"},
-        {"the other kind between", "abc!def", "AB!CDEF", "~~-=+~~~"},
-    };
-    for (const auto &row : rows)
-        QTest::newRow(row[0]) << QByteArray(row[1]) << QByteArray(row[2]) << QByteArray(row[3]);
-    // Many times as long as what is looked at together.
-    const QByteArray all("abcdefghijklmnopqrstuvwxyz"), less("ABCDEFGHIJKMNOPQRSTUVWXYZ");
-    QTest::newRow("long") << all.repeated(100) << less.repeated(100)
-                          << QByteArray("~~~~~~~~~~~-~~~~~~~~~~~~~~").repeated(100);
-}
-
-void tst_wirefiles::compares()
-{
-    QFETCH(QByteArray, before);
-    QFETCH(QByteArray, after);
-    const auto source = [](const QByteArray &letters) {
-        return [letters, at = 0](Record &record) mutable {
-            const char letter = at < letters.size() ? letters[at] : 0;
-            record.bytes = letter == '!' ? host(0) : gcu(0);
-            record.bytes.replace(38, 30, QByteArray(30, letter >= 'a' ? 0 : 9));
-            record.bytes[12] = record.bytes[24] = char(letter | 0x20);
-            return at++ < letters.size();
-        };
-    };
-    RecordDiff diff(source(before), source(after));
-    QByteArray signs;
-    for (RecordDiff::Step step; diff.next(step);)
-        signs += step.isEqual() ? '=' : !step.hasAfter ? '-' : !step.hasBefore ? '+' : '~';
-    QTEST(signs, "signs");
-}
-
-/// In the order of the rows, and with a word for what isn't there.
-void tst_wirefiles::namesChanges()
-{
-    QByteArray changed = gcu(1).left(69);
-    changed[2] = 0x47;
-    changed[5] = 0x12;
-    appendCrc(changed);
-    changed.append("more");
-    QStringList ids;
-    for (const FieldChange &change : changesOf(gcu(1), changed))
-        ids << change.id + ':' + change.before + '>' + change.after;
-    QCOMPARE(ids, (QStringList{"length:73>71", "mode:1>follow", "feedback:photo>-",
-                               "result:failure>-", "bytes:->75"}));
-}
-
-/// A clock set back by an hour and forward again is one pause.
-void tst_wirefiles::timesFrames()
-{
-    Timing timing;
-    for (const qint64 second : {4000, 4001, 401, 402, 4002})
-        timing.take({second * 1000000, Direction::Tx, host(1)});
-    QCOMPARE(timing.length, 3602000000);
-    QCOMPARE(timing.longestGap, 3600000000);
 }
 
 NACELLE_TEST_MAIN(tst_wirefiles)
