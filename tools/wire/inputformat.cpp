@@ -70,6 +70,15 @@ bool isTelling(const QByteArray &bytes)
     return line.endsWith('\n') || (line.size() >= kEnoughOfLine && !isRemark(line));
 }
 
+/// As many of the first bytes as show it: they alone count, however many more are there.
+int tellingSize(const QByteArray &bytes)
+{
+    int size = 0;
+    while (size < bytes.size() && !isTelling(bytes.left(size)))
+        ++size;
+    return size;
+}
+
 /// Of the line alone: a log stays one after a line that is broken.
 Format formatOfLine(const QByteArray &line)
 {
@@ -91,15 +100,15 @@ Format formatOfLine(const QByteArray &line)
 Format formatOf(const char *bytes, int size)
 {
     const QByteArray head = QByteArray::fromRawData(bytes, qMin(size, kMostSniffed));
+    const QByteArray telling = head.left(tellingSize(head));
     for (const Magic &magic : kMagics)
-        if (head.startsWith(magic.bytes))
+        if (telling.startsWith(magic.bytes))
             return magic.format;
-    if (isUtf16(head))
+    if (isUtf16(telling))
         return Format::Utf16;
-    const QByteArray line = firstLine(head);
-    const Format format = isText(line) ? formatOfLine(line) : Format::Raw;
-    const bool isOther = format == Format::OtherText && isText(head) && isUtf8(head);
-    return isOther || format != Format::OtherText ? format : Format::Raw;
+    const Format format = isText(telling) ? formatOfLine(firstLine(telling)) : Format::Raw;
+    const bool isStream = format == Format::OtherText && !(isText(head) && isUtf8(head));
+    return isStream ? Format::Raw : format;
 }
 
 Format formatOf(ByteSource &source)
