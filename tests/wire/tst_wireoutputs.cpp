@@ -30,6 +30,7 @@ void tst_wireoutputs::emptiesNothing_data()
     row("convert other.txt -o run.hex", 1, "other.txt: text that is neither");
     row("decod run.hex", 2, "no such verb: decod");
     row("other decode run.hex -o run.hex", 2, "no such verb: other");
+    row("--csv other decode run.hex -o run.hex", 2, "no such verb: other");
 }
 
 void tst_wireoutputs::emptiesNothing()

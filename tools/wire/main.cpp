@@ -57,6 +57,12 @@ QString overview()
     return text + QLatin1String(kEnds);
 }
 
+int complainOfVerb(const QString &word)
+{
+    return complainOfUsage(word.isEmpty() ? QStringLiteral("a verb is needed")
+                                          : QStringLiteral("no such verb: ") + word);
+}
+
 int runWithoutVerb()
 {
     QCommandLineParser parser;
@@ -64,7 +70,7 @@ int runWithoutVerb()
     parser.addPositionalArgument(QStringLiteral("verb"), QStringLiteral("One of those above."));
     if (const std::optional<int> code = readCommandLine(parser))
         return *code;
-    return complainOfUsage(QStringLiteral("a verb is needed"));
+    return complainOfVerb({});
 }
 
 int run()
@@ -74,7 +80,7 @@ int run()
         return runWithoutVerb();
     const wire::Verb *verb = verbNamed(word);
     if (!verb)
-        return complainOfUsage(QStringLiteral("no such verb: ") + word);
+        return complainOfVerb(word);
     QCommandLineParser parser;
     parser.setApplicationDescription(QString::fromUtf8(verb->text));
     const QString name = QLatin1String(verb->name);
@@ -83,7 +89,10 @@ int run()
     verb->addOptions(parser);
     if (const std::optional<int> code = readCommandLine(parser))
         return *code;
-    return verb->run(parser, parser.positionalArguments().mid(1));
+    // Only the verb's own options tell which words are their values.
+    const QStringList words = parser.positionalArguments();
+    return words.value(0) == word ? verb->run(parser, words.mid(1))
+                                  : complainOfVerb(words.value(0));
 }
 
 } // namespace

@@ -88,16 +88,9 @@ bool PcapngReader::readBlock()
     const int there = source().fill(kBlockHead + kBlockTail);
     if (there == 0)
         return false;
-    // A section may be of another byte order, so that its length can't be read before its magic.
-    const bool isWhole = there >= kBlockHead + kBlockTail;
-    if (isWhole && u32(source().data()) == kSectionBlock)
-        m_isSwapped = qFromLittleEndian<quint32>(source().data() + kBlockHead) != kByteOrderMagic;
-    const quint32 length = isWhole ? u32(source().data() + 4) : kBlockHead + kBlockTail;
-    if (length < kBlockHead + kBlockTail || length % 4 != 0 || length > kLargestBlock) {
-        addBlockTrouble(
-            QStringLiteral("what follows can't be found: a block of %1 bytes").arg(length));
+    const quint32 length = there < kBlockHead + kBlockTail ? quint32(there) + 1 : blockLength();
+    if (length == 0)
         return false;
-    }
     if (source().fill(int(length)) < int(length)) {
         addBlockTrouble(QStringLiteral("the recording is cut in a block"));
         return false;
@@ -111,6 +104,19 @@ bool PcapngReader::readBlock()
               int(length) - kBlockHead - kBlockTail);
     source().drop(int(length));
     return true;
+}
+
+/// The length of the block whose head is there; 0 for one that no block has.
+quint32 PcapngReader::blockLength()
+{
+    // A section may be of another byte order, so that its length can't be read before its magic.
+    if (u32(source().data()) == kSectionBlock)
+        m_isSwapped = qFromLittleEndian<quint32>(source().data() + kBlockHead) != kByteOrderMagic;
+    const quint32 length = u32(source().data() + 4);
+    if (length >= kBlockHead + kBlockTail && length % 4 == 0 && length <= kLargestBlock)
+        return length;
+    addBlockTrouble(QStringLiteral("what follows can't be found: a block of %1 bytes").arg(length));
+    return 0;
 }
 
 void PcapngReader::takeBlock(quint32 type, const char *body, int size)

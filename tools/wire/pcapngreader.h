@@ -52,6 +52,7 @@ private:
     };
 
     bool readBlock();
+    quint32 blockLength();
     void addBlockTrouble(const QString &text);
     void takeBlock(quint32 type, const char *body, int size);
     void takeSection(const char *body, int size);
