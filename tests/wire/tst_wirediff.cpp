@@ -55,7 +55,7 @@ void tst_wirediff::compares()
     QFETCH(QByteArray, after);
     const auto source = [](const QByteArray &letters) {
         return [letters, at = 0](Record &record) mutable {
-            const char letter = at < letters.size() ? letters[at] : 0;
+            const char letter = at < letters.size() ? letters[at] : '\0';
             record.bytes = letter == '!' ? host(0) : gcu(0);
             record.bytes.replace(38, 30, QByteArray(30, letter >= 'a' ? 0 : 9));
             record.bytes[12] = record.bytes[24] = char(letter | 0x20);

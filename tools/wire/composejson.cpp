@@ -72,14 +72,13 @@ void takeField(const protocol::Field &field, const QJsonObject &frame, const QJs
     if (isNewValue && isNewRaw && value != raw && !isValueOf(field, value, qint64(raw.toDouble())))
         error =
             QStringLiteral("raw.%1: %2, but fields.%1 is %3").arg(id, textOf(raw), textOf(value));
-    const bool isMadeAnew = base.isEmpty() ? isMade(id, frame) : !isNewValue && !isNewRaw;
-    const bool isKept = !base.isEmpty() && isMadeAnew && (id == kLength || id == kCrc) &&
-                        values.contains(id) && !isMade(id, base);
-    if (isKept)
-        words.values.append({id, textOf(value)});
-    else if (isNewRaw && !isMadeAnew)
+    // Old ones are those of the base. Of them length and checksum would be made anew.
+    const bool isOld = base.isEmpty() ? isMade(id, frame) : !isNewValue && !isNewRaw;
+    const bool isWrong = !base.isEmpty() && values.contains(id) && !isMade(id, base);
+    const bool isKept = isOld && isWrong && (id == kLength || id == kCrc);
+    if (isNewRaw && !isOld)
         words.raws.append({id, qint64(raw.toDouble())});
-    else if (isNewValue && !isMadeAnew)
+    else if (isKept || (isNewValue && !isOld))
         words.values.append({id, textOf(value)});
 }
 

@@ -81,8 +81,7 @@ class Costs
 public:
     Costs(const Frames &before, const Frames &after)
         : m_before(before), m_after(after),
-          m_horizon(qMin(int(before.size() + after.size()), kMost)),
-          m_costs(std::size_t((kMost + 2) * (kMost + 2)), 0)
+          m_horizon(qMin(int(before.size() + after.size()), kMost)), m_costs(kWidth * kWidth, 0)
     {
         for (int i = qMin(int(before.size()), m_horizon); i >= 0; --i)
             for (int j = qMin(int(after.size()), m_horizon - 1 - i); j >= 0; --j)
@@ -102,6 +101,7 @@ public:
 
 private:
     static constexpr int kMost = kAlignedFrames;
+    static constexpr std::size_t kWidth = kMost + 2;
 
     struct Best
     {
@@ -122,7 +122,7 @@ private:
         return best;
     }
 
-    qint16 &at(int i, int j) { return m_costs[std::size_t(i * (kMost + 2) + j)]; }
+    qint16 &at(int i, int j) { return m_costs[std::size_t(i) * kWidth + std::size_t(j)]; }
 
     const Frames &m_before, &m_after;
     const int m_horizon;

@@ -83,6 +83,13 @@ private:
     QVector<QPair<QByteArray, QByteArray>> m_values;
 };
 
+/// Times of a broken recording may lie centuries apart, again and again.
+qint64 sumOf(qint64 sum, qint64 pause)
+{
+    constexpr qint64 kMost = qint64(1) << 62;
+    return pause < kMost - sum ? sum + pause : kMost;
+}
+
 } // namespace
 
 QVector<FieldChange> changesOf(const QByteArray &before, const QByteArray &after)
@@ -104,11 +111,11 @@ void Timing::take(const Record &record)
     if (record.time == kNoTime)
         return;
     const qint64 pause = hasTimes ? qMax<qint64>(0, record.time - m_last) : 0;
-    length += pause;
+    length = sumOf(length, pause);
     longestGap = qMax(longestGap, pause);
     if (record.direction == Direction::Rx && m_isSent) {
         ++answers;
-        answerTime += pause;
+        answerTime = sumOf(answerTime, pause);
         longestAnswer = qMax(longestAnswer, pause);
     }
     hasTimes = true;
