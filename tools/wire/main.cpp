@@ -17,7 +17,7 @@ constexpr char kEnds[] =
     "output, words to standard error.\n"
     "\n"
     "Ends with 0; with 1 for a failure, with 2 for a wrong command line, with 3 when there was no\n"
-    "answer, with 130 when it is stopped before it is done.";
+    "answer, with 130 when it is stopped before it is done, with 141 when its reader has gone.";
 
 const wire::Verb *const kVerbs[] = {
     &wire::kComposeVerb, &wire::kDecodeVerb, &wire::kSendVerb,
