@@ -1,7 +1,6 @@
 #include "tests/support/strictmain.h"
 #include "tests/wire/wireprocess.h"
 
-#include <QDir>
 #include <QTemporaryDir>
 
 /// What nacelle-wire is told to write to, and verbs that it hasn't.
@@ -21,16 +20,16 @@ void tst_wireoutputs::emptiesNothing_data()
     const auto row = [](const char *words, int code, const char *error) {
         QTest::newRow(words) << code << QByteArray(error);
     };
-    row("convert run.hex -o ./run.hex", 2, "./run.hex is read and can't be written too");
-    row("diff run.hex other.hex -o run.hex", 2, "run.hex is read and can't be written too");
-    row("compose --json run.hex -o run.hex", 2, "run.hex is read and can't be written too");
-    row("convert none -o run.hex", 1, "none: ");
-    row("diff other.hex none -o run.hex", 1, "none: ");
-    row("compose --json none -o run.hex", 1, "none: ");
-    row("convert other.txt -o run.hex", 1, "other.txt: text that is neither");
-    row("decod run.hex", 2, "no such verb: decod");
-    row("other decode run.hex -o run.hex", 2, "no such verb: other");
-    row("--csv other decode run.hex -o run.hex", 2, "no such verb: other");
+    row("convert @run.hex -o @./run.hex", 2, "./run.hex is read and can't be written too");
+    row("diff @run.hex @other.hex -o @run.hex", 2, "run.hex is read and can't be written too");
+    row("compose --json @run.hex -o @run.hex", 2, "run.hex is read and can't be written too");
+    row("convert @none -o @run.hex", 1, "none: ");
+    row("diff @other.hex @none -o @run.hex", 1, "none: ");
+    row("compose --json @none -o @run.hex", 1, "none: ");
+    row("convert @other.txt -o @run.hex", 1, "other.txt: text that is neither");
+    row("decod @run.hex", 2, "no such verb: decod");
+    row("other decode @run.hex -o @run.hex", 2, "no such verb: other");
+    row("--csv other decode @run.hex -o @run.hex", 2, "no such verb: other");
 }
 
 void tst_wireoutputs::emptiesNothing()
@@ -38,20 +37,19 @@ void tst_wireoutputs::emptiesNothing()
     QFETCH(int, code);
     QFETCH(QByteArray, error);
     const QTemporaryDir directory;
-    QDir::setCurrent(directory.path());
-    const auto write = [](const char *name, const QByteArray &text) {
-        QFile file(name);
+    const auto write = [&directory](const char *name, const QByteArray &text) {
+        QFile file(directory.filePath(name));
         return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
     };
     QVERIFY(write("run.hex", "A8E5\n") && write("other.hex", "8A5E\n") &&
             write("other.txt", "?\n"));
-    const Ended ended = run(QString(QTest::currentDataTag()).split(' '));
+    QStringList words = QString(QTest::currentDataTag()).split(' ');
+    const Ended ended = run(words.replaceInStrings("@", directory.path() + "/"));
     QCOMPARE(ended.code, code);
     QVERIFY2(ended.error.contains(error), ended.error);
-    QFile file("run.hex");
+    QFile file(directory.filePath("run.hex"));
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), QByteArray("A8E5\n"));
-    QDir::setCurrent(QDir::rootPath());
 }
 
 NACELLE_TEST_MAIN(tst_wireoutputs)
