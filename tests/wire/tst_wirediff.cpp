@@ -12,6 +12,8 @@ class tst_wirediff : public QObject
 private slots:
     void compares_data();
     void compares();
+    void findsWhatALinkLost_data();
+    void findsWhatALinkLost();
     void namesChanges();
     void timesFrames();
 };
@@ -67,6 +69,40 @@ void tst_wirediff::compares()
     for (RecordDiff::Step step; diff.next(step);)
         signs += step.isEqual() ? '=' : !step.hasAfter ? '-' : !step.hasBefore ? '+' : '~';
     QTEST(signs, "signs");
+}
+
+void tst_wirediff::findsWhatALinkLost_data()
+{
+    QTest::addColumn<int>("lost");
+    QTest::addColumn<char>("version");
+    for (const int lost : {1, 40, 300, 2000}) {
+        QTest::addRow("%d", lost) << lost << '\x01';
+        QTest::addRow("%d, another version", lost) << lost << '\x02';
+    }
+}
+
+/// Of a pod that turns slowly, one angle is all that tells its frames from one another.
+void tst_wirediff::findsWhatALinkLost()
+{
+    constexpr int kBefore = 700, kAll = 6000;
+    QFETCH(int, lost);
+    QFETCH(char, version);
+    const auto source = [](int from, int skipped, char version) {
+        return [=, at = 0](Record &record) mutable {
+            at += at == from ? skipped : 0;
+            record.bytes = gcu(0);
+            record.bytes[4] = version;
+            record.bytes.replace(18, 2, encodeU16(quint16(at)));
+            return at++ < kAll;
+        };
+    };
+    RecordDiff diff(source(kBefore, 0, 1), source(kBefore, lost, version));
+    int count = 0;
+    for (RecordDiff::Step step; diff.next(step); ++count) {
+        const bool isLost = count >= kBefore && count < kBefore + lost;
+        QVERIFY2(step.hasBefore && step.hasAfter != isLost, qPrintable(QString::number(count)));
+    }
+    QCOMPARE(count, kAll);
 }
 
 /// In the order of the rows, and with a word for what isn't there.

@@ -5,12 +5,18 @@
 #include <QHash>
 
 #include <bitset>
+#include <optional>
 #include <vector>
 
 namespace wire {
 
 namespace {
 
+/// So many equal frames in a row are the same ones; fewer may be at the end of both recordings.
+constexpr int kAnchorFrames = 4;
+constexpr int kNear = 64; ///< frames in which an anchor is looked for at first
+/// Frames of both whose differences are weighed: memory and time go with its square.
+constexpr int kAlignedFrames = 256;
 constexpr int kMostCost = 7; ///< of a pair, however many of its fields differ
 constexpr int kGapCost = 4;  ///< more than half of it: else no frame would be a changed one
 constexpr int kNever = 2 * kAlignedFrames * kGapCost;
@@ -129,6 +135,127 @@ private:
     std::vector<qint16> m_costs;
 };
 
+using Keys = QVector<uint>;
+
+Keys keysOf(const Frames &frames)
+{
+    Keys keys;
+    for (const FrameMarks &frame : frames)
+        keys.append(qHashBits(frame.marks.data(), sizeof frame.marks, uint(frame.kind)));
+    return keys;
+}
+
+/// A number for each frame and those after it that make an anchor. At the end of a recording its
+/// end makes up for frames.
+QVector<quint64> runsOf(Keys keys, bool reachEnd)
+{
+    const int count = reachEnd ? keys.size() : qMax(0, int(keys.size()) - kAnchorFrames + 1);
+    keys.resize(count + kAnchorFrames - 1);
+    QVector<quint64> runs;
+    for (int i = 0; i < count; ++i) {
+        quint64 run = 0;
+        for (int j = i; j < i + kAnchorFrames; ++j)
+            run = (run ^ keys[j]) * Q_UINT64_C(0x9E3779B97F4A7C15);
+        runs.append(run);
+    }
+    return runs;
+}
+
+/// Where both go on alike: how many frames stand in front of it.
+struct Anchor
+{
+    int before = 0, after = 0;
+};
+
+std::optional<Anchor> anchorOf(const Keys &before, const Keys &after, bool reachEnd)
+{
+    const QVector<quint64> runs = runsOf(before, reachEnd), others = runsOf(after, reachEnd);
+    QHash<quint64, int> first;
+    for (int i = others.size() - 1; i >= 0; --i)
+        first[others[i]] = i;
+    std::optional<Anchor> nearest;
+    for (int i = 0; i < runs.size() && (!nearest || i < nearest->before + nearest->after); ++i) {
+        const int j = first.value(runs[i], -1);
+        if (j >= 0 && (!nearest || i + j < nearest->before + nearest->after))
+            nearest = Anchor{i, j};
+    }
+    return nearest;
+}
+
+/// Goes from anchor to anchor along both.
+class Walk
+{
+public:
+    Walk(Frames before, Frames after, bool reachEnd)
+        : m_before(std::move(before)), m_after(std::move(after)), m_reachEnd(reachEnd)
+    {
+        keepTelling(m_before, m_after);
+        m_beforeKeys = keysOf(m_before);
+        m_afterKeys = keysOf(m_after);
+    }
+
+    /// As far as there are anchors, and there is still much to look ahead at.
+    QVector<Place> places()
+    {
+        for (auto anchor = nextAnchor(); anchor && hasView(); anchor = nextAnchor())
+            goTo(*anchor);
+        return m_places.isEmpty() ? Costs(m_before, m_after).places() : m_places;
+    }
+
+private:
+    bool hasView() const
+    {
+        return m_reachEnd || (m_i <= m_before.size() / 2 && m_j <= m_after.size() / 2);
+    }
+
+    /// First among a few frames, which takes little.
+    std::optional<Anchor> nextAnchor() const
+    {
+        for (const int most : {kNear, int(qMax(m_before.size(), m_after.size()))}) {
+            const Keys before = m_beforeKeys.mid(m_i, most), after = m_afterKeys.mid(m_j, most);
+            const bool areWhole =
+                m_i + before.size() == m_before.size() && m_j + after.size() == m_after.size();
+            if (const auto anchor = anchorOf(before, after, m_reachEnd && areWhole))
+                return anchor;
+        }
+        return {};
+    }
+
+    void goTo(const Anchor &anchor)
+    {
+        if (anchor.before == 0 && anchor.after == 0)
+            goOnAlike();
+        else if (anchor.after == 0)
+            go(QVector<Place>(anchor.before, Place::Lost));
+        else if (anchor.before == 0)
+            go(QVector<Place>(anchor.after, Place::Added));
+        else
+            go(Costs(m_before.mid(m_i, anchor.before), m_after.mid(m_j, anchor.after)).places());
+    }
+
+    void goOnAlike()
+    {
+        int count = 1;
+        while (m_i + count < m_before.size() && m_j + count < m_after.size() &&
+               m_beforeKeys[m_i + count] == m_afterKeys[m_j + count])
+            ++count;
+        go(QVector<Place>(count, Place::Pair));
+    }
+
+    void go(const QVector<Place> &places)
+    {
+        m_i += places.size() - places.count(Place::Added);
+        m_j += places.size() - places.count(Place::Lost);
+        m_places += places;
+    }
+
+    Frames m_before, m_after;
+    const bool m_reachEnd;
+    Keys m_beforeKeys, m_afterKeys;
+    int m_i = 0, m_j = 0;
+    QVector<Place> m_places;
+};
+
 } // namespace
 
 FrameMarks marksOf(const QByteArray &bytes)
@@ -158,10 +285,10 @@ FrameMarks marksOf(const QByteArray &bytes)
     return frame;
 }
 
-QVector<Place> placesOf(QVector<FrameMarks> before, QVector<FrameMarks> after)
+QVector<Place> placesOf(const QVector<FrameMarks> &before, const QVector<FrameMarks> &after,
+                        bool reachEnd)
 {
-    keepTelling(before, after);
-    return Costs(before, after).places();
+    return Walk(before, after, reachEnd).places();
 }
 
 } // namespace wire

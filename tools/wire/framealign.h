@@ -20,15 +20,13 @@ FrameMarks marksOf(const QByteArray &bytes);
 
 enum class Place : quint8 { Pair, Lost, Added };
 
-/// Frames of both recordings that are looked at together: memory and time of `placesOf` go with
-/// its square.
-constexpr int kAlignedFrames = 256;
-
-/// Lays the beginnings of two recordings side by side, so that as few fields as can be differ: the
-/// places of the first frames, at least one, as far as the frames after them bear it out. A field
-/// that has no values in common doesn't count: it differs throughout, wherever the frames stand. A
-/// frame that is lost is cheaper than a few fields that differ after it, and a changed frame is
-/// cheaper than one lost and one added. Neither may be longer than `kAlignedFrames`.
-QVector<Place> placesOf(QVector<FrameMarks> before, QVector<FrameMarks> after);
+/// Lays the beginnings of two recordings side by side: the places of the first frames, at least
+/// one; `reachEnd` where both are whole. A field that has no values in common doesn't count: it
+/// differs throughout, wherever the frames stand. Where a few frames in a row are equal by the
+/// other fields, nearest first, the recordings go on alike. Where that is nowhere, as few fields as
+/// can be differ in the next 256 frames of both: a frame that is lost is cheaper there than a few
+/// fields that differ after it, and a changed frame is cheaper than one lost and one added.
+QVector<Place> placesOf(const QVector<FrameMarks> &before, const QVector<FrameMarks> &after,
+                        bool reachEnd);
 
 } // namespace wire

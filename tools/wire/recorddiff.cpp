@@ -83,6 +83,9 @@ private:
     QVector<QPair<QByteArray, QByteArray>> m_values;
 };
 
+/// Frames that are looked at together: two minutes of a console, so that a link may have been away.
+constexpr int kAhead = 4096;
+
 /// Times of a broken recording may lie centuries apart, again and again.
 qint64 sumOf(qint64 sum, qint64 pause)
 {
@@ -125,7 +128,7 @@ void Timing::take(const Record &record)
 
 void RecordDiff::Side::fill()
 {
-    for (Record record; int(ahead.size()) < kAlignedFrames && source(record);) {
+    for (Record record; ahead.size() < kAhead && source(record);) {
         timing.take(record);
         ahead.push_back({record, {}});
     }
@@ -160,7 +163,8 @@ Place RecordDiff::nextPlace()
     if (m_places.isEmpty() && isEqualNext())
         return Place::Pair;
     if (m_places.isEmpty()) {
-        m_places = placesOf(m_before.marks(), m_after.marks());
+        const bool reachEnd = m_before.ahead.size() < kAhead && m_after.ahead.size() < kAhead;
+        m_places = placesOf(m_before.marks(), m_after.marks(), reachEnd);
         std::reverse(m_places.begin(), m_places.end());
     }
     return m_places.takeLast();

@@ -38,9 +38,9 @@ private:
     bool m_isSent = false;
 };
 
-/// Lays two recordings side by side, frame by frame, with a look ahead of `kAlignedFrames`: frames
-/// of equal bytes pair, and what has no equal there is changed, lost or added as `placesOf` finds
-/// it. Its memory doesn't grow.
+/// Lays two recordings side by side, frame by frame: frames of equal bytes pair, and what has no
+/// equal is changed, lost or added as `placesOf` finds it, some thousand frames ahead. Its memory
+/// doesn't grow.
 class RecordDiff
 {
 public:
