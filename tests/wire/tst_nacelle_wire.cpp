@@ -402,6 +402,10 @@ void tst_nacelle_wire::reconnects()
     QCOMPARE(lost.code, 1);
     QVERIFY2(lost.error.count('\n') == 1 && !lost.error.contains("nobody"), lost.error);
     QCOMPARE(run({"dump", tcpTo(freePort())}).code, 1);
+    const Ended never =
+        run({"record", "-o", path("never"), "--reconnect", "--for", "50ms", tcpTo(freePort())});
+    QCOMPARE(never.code, 1);
+    QVERIFY2(never.error.contains("was never open"), never.error);
 }
 
 /// A second bench is refused; what the first left unfinished is no part of the next one's frame.

@@ -236,7 +236,9 @@ void tst_wireframes::everyCommandComesBack()
 void tst_wireframes::everyNumberComesBackAtItsLimits()
 {
     const QByteArray host = QByteArray::fromHex(made(FrameKind::Host, "command=photo"));
-    for (const QByteArray &frame : {host, answer()}) {
+    const QByteArray bare = QByteArray::fromHex(made(FrameKind::Host, "area="));
+    QCOMPARE(bare.size(), 71);
+    for (const QByteArray &frame : {host, bare, answer()}) {
         for (const char *pattern : {"00", "ff", "80000000", "ff7f", "ffffff7f", "7f", "80"}) {
             QByteArray bytes = frame;
             const QByteArray repeated = QByteArray::fromHex(pattern).repeated(65);
@@ -330,6 +332,8 @@ void tst_wireframes::refusesObjects_data()
         {"{\"dir\":\"up\"}", "dir: one of tx, rx"},
         {"{\"time\":\"1\"}", "time: a number is needed"},
         {"{\"time\":1e13}", "time: beyond what a recording holds"},
+        {"{\"crc\":\"bad\",\"fields\":{\"length\":71,\"crc\":\"0000\"}}",
+         "fields.length: where it isn't that of the frame, hex is needed"},
         {"{\"frame\":\"pod\"}", "frame: one of host, gcu, unknown"},
         {"{\"frame\":\"unknown\"}", "frame: host or gcu is needed"},
         {"{\"frame\":\"gcu\",\"hex\":\"A8E5\"}", "frame: hex is of another one"},

@@ -187,6 +187,9 @@ QString outcomeMistake(const QJsonObject &frame, const QJsonObject &base, const 
         frame.value(kLength).toInt() != int(made.size()))
         return QStringLiteral("length: the frame has %1 bytes; fields.length is what it says")
             .arg(made.size());
+    if (base.isEmpty() && frame.contains(kCrc) &&
+        lengthOf(made.constData(), made.size()) != made.size())
+        return QStringLiteral("fields.length: where it isn't that of the frame, hex is needed");
     const QString verdict = QLatin1String(wordOf(verdictOf(made)));
     if (isNew(kCrc, frame, base) && frame.value(kCrc).toString() != verdict)
         return QStringLiteral("crc: it is %1; fields.crc has the checksum").arg(verdict);
@@ -202,6 +205,8 @@ QString takeWords(const QJsonObject &frame, const QJsonObject &base, FrameWords 
             takeField(field, frame, base, words, error);
     const QString key =
         words.kind == FrameKind::Host ? QStringLiteral("command") : QStringLiteral("feedback");
+    if (base.isEmpty() && !frame.contains(key) && frame.value(kLength).toInt() == kFrameOverhead)
+        words.area = QByteArray(); // of a whole frame, and not one whose command is left open
     if (!error.isEmpty() || !isNew(key, frame, base))
         return error;
     takeArea(frame.value(key).toObject(), base.value(key).toObject(), words, error);

@@ -87,8 +87,8 @@ Format formatOfLine(const QByteArray &line)
     const QByteArray text = line.trimmed();
     if (text.startsWith('('))
         return Format::Line;
-    if (text.startsWith('['))
-        return Format::Log;
+    if (text.startsWith('[') && text.size() > 1 && text[1] >= '0' && text[1] <= '9')
+        return Format::Log; // a time of day; a device may begin with a word in brackets
     QByteArray digits;
     const bool isHex = readDigits(text, digits) ||
                        (line.size() >= kEnoughOfLine && readDigits(text.chopped(1), digits));

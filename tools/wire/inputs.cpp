@@ -205,7 +205,8 @@ bool readCountOption(const QCommandLineParser &parser, const char *name, int lea
     if (parser.isSet(QLatin1String(name)))
         count = valueOf(parser, name).toInt(&isGood);
     return (isGood && count >= least) ||
-           refuse(error, name, valueOf(parser, name), "a whole number");
+           refuse(error, name, valueOf(parser, name),
+                  least > 0 ? "a whole number above 0" : "a whole number");
 }
 
 std::unique_ptr<RecordReader> openInput(const QString &word, const ReadOptions &options,

@@ -28,6 +28,8 @@ public:
 
     bool hasFolder() { return m_output.hasFolder(m_path); }
     bool open();
+    /// Whether there has been a first file.
+    bool hasBegun() const { return m_since.isValid(); }
     /// False after a failure, of which `error` speaks.
     bool take(const Record &record);
     /// Also begins the next file when it is time.

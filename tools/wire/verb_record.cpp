@@ -211,6 +211,9 @@ int record(const QCommandLineParser &parser, const Wanted &wanted, Recorder &rec
         links.limit(wanted.time, kExitDone);
     const int code = links.run();
     session.finish();
+    if (!recorder.hasBegun())
+        return code == kExitDone ? complain(wanted.pod.text + QStringLiteral(": was never open"))
+                                 : code;
     if (!recorder.close())
         return recorder.isUnread() ? kExitUnread : complain(recorder.error());
     complain(QStringLiteral("%1 frames recorded").arg(recorder.count()));
