@@ -166,9 +166,9 @@ bool readLanguage(const QCommandLineParser &parser, Language &language, QString 
 }
 
 std::unique_ptr<FrameFormat> readForm(const QString &name, const QString &path, Language language,
-                                      const Origin &origin, QString &error)
+                                      const Origin &origin, QString &error, const QString &usual)
 {
-    QString form = name;
+    QString form = name.isEmpty() ? usual : name;
     for (const char *each : {"pcapng", "pcap", "log", "hex"})
         if (name.isEmpty() &&
             path.endsWith(QLatin1Char('.') + QLatin1String(each), Qt::CaseInsensitive))
@@ -183,7 +183,7 @@ std::unique_ptr<FrameFormat> readForm(const QString &name, const QString &path, 
         return logFormat(language);
     if (form == QLatin1String("hex"))
         return hexFormat();
-    if (form.isEmpty() || form == QLatin1String("line"))
+    if (form == QLatin1String("line"))
         return lineFormat();
     refuse(error, "as", form, "pcapng, line, log or hex");
     return nullptr;
@@ -237,6 +237,13 @@ void sayRemark(const QString &word, const Filter &filter)
 {
     if (!filter.remark().isEmpty())
         complain(word + QStringLiteral(": ") + filter.remark());
+}
+
+bool begin(Output &output, const QString &path, const FrameFormat &format)
+{
+    const bool isOpen = output.open(path);
+    format.begin(output.buffer());
+    return isOpen;
 }
 
 bool mayWrite(const QString &target, const QStringList &inputs, QString &error)

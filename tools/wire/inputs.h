@@ -26,9 +26,11 @@ bool readTimes(const QCommandLineParser &parser, Filter &filter, QString &error)
 bool readLanguage(const QCommandLineParser &parser, Language &language, QString &error);
 
 /// The form in which a recording is written: by name, or else by the end of the file's name; null
-/// with `error` set where there is none such. A recording's first block names the origin.
+/// with `error` set where there is none such. Where neither says one it is `usual`. A recording's
+/// first block names the origin.
 std::unique_ptr<FrameFormat> readForm(const QString &name, const QString &path, Language language,
-                                      const Origin &origin, QString &error);
+                                      const Origin &origin, QString &error,
+                                      const QString &usual = QStringLiteral("line"));
 
 /// A length of time or a whole number from `least` on; what isn't given stays as it is.
 bool readDurationOption(const QCommandLineParser &parser, const char *name, qint64 &microseconds,
@@ -43,6 +45,9 @@ std::unique_ptr<RecordReader> openInput(const QString &word, const ReadOptions &
 
 /// Says what the filter of an input has to remark.
 void sayRemark(const QString &word, const Filter &filter);
+
+/// Opens the output and puts what the form begins with; false with the output's `error` set.
+bool begin(Output &output, const QString &path, const FrameFormat &format);
 
 /// False with `error` set if the file to be written is among the inputs: it would be emptied before
 /// it is read.

@@ -72,13 +72,6 @@ int composeFrom(ByteSource &source, const FrameFormat &format, Output &output)
     return code;
 }
 
-bool begin(const QString &target, const FrameFormat &format, Output &output)
-{
-    const bool isOpen = output.open(target);
-    format.begin(output.buffer());
-    return isOpen;
-}
-
 /// All objects of all inputs, standard input where none is named. The output is opened with the
 /// first of them that is there, so that a mistyped name empties no file.
 int composeObjects(const QStringList &words, const QString &target, const FrameFormat &format,
@@ -93,7 +86,7 @@ int composeObjects(const QStringList &words, const QString &target, const FrameF
             code = complain(error);
             continue;
         }
-        if (!isBegun && !begin(target, format, output))
+        if (!isBegun && !begin(output, target, format))
             break;
         isBegun = true;
         code = qMax(code, composeFrom(*source, format, output));
@@ -114,24 +107,15 @@ Composed composeWords(const QCommandLineParser &parser, const QStringList &words
     return made;
 }
 
-/// Digits, unless another form is named, or the end of the file's name is that of one.
-std::unique_ptr<FrameFormat> formOf(const QCommandLineParser &parser, QString &error)
-{
-    const QString name = parser.value(QStringLiteral("as"));
-    const QString path = parser.value(QStringLiteral("output"));
-    const bool isNamed = !name.isEmpty() || path.endsWith(QLatin1String(".pcapng")) ||
-                         path.endsWith(QLatin1String(".log"));
-    return readForm(isNamed ? name : QStringLiteral("hex"), path, Language::English,
-                    {QString(), QString(), toolName()}, error);
-}
-
 int run(const QCommandLineParser &parser, const QStringList &words)
 {
     Composed made = composeWords(parser, words);
-    const auto format = formOf(parser, made.error);
+    const QString target = parser.value(QStringLiteral("output"));
+    const auto format =
+        readForm(parser.value(QStringLiteral("as")), target, Language::English,
+                 {QString(), QString(), toolName()}, made.error, QStringLiteral("hex"));
     if (!made.error.isEmpty())
         return complainOfUsage(made.error);
-    const QString target = parser.value(QStringLiteral("output"));
     const bool isJson = parser.isSet(QStringLiteral("json"));
     if (isJson && !mayWrite(target, words, made.error))
         return complainOfUsage(made.error);
@@ -139,7 +123,7 @@ int run(const QCommandLineParser &parser, const QStringList &words)
     int code = kExitDone;
     if (isJson)
         code = composeObjects(words, target, *format, output);
-    else if (begin(target, *format, output))
+    else if (begin(output, target, *format))
         format->add(made.record, output.buffer());
     return output.close() ? code : complain(output.error());
 }

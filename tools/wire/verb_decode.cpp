@@ -94,12 +94,8 @@ int pour(const QCommandLineParser &parser, const QStringList &words, const Frame
     if (!mayWrite(target, words, error))
         return complainOfUsage(error);
     Output output;
-    const auto begin = [&] {
-        const bool isOpen = output.open(target);
-        format.begin(output.buffer());
-        return isOpen;
-    };
-    const int code = forEachRecord(words, options, output, begin, [&](const Record &record) {
+    const auto beginOnce = [&] { return begin(output, target, format); };
+    const int code = forEachRecord(words, options, output, beginOnce, [&](const Record &record) {
         if (filter.takes(record))
             format.add(record, output.buffer());
         return true;

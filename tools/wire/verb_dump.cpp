@@ -110,12 +110,7 @@ int dump(LinkRun &run, Wanted &wanted, const FrameFormat &format, const QString 
             run.end(kExitDone);
     });
     Link &link = run.add(wanted.address);
-    run.beginWith(link, [&] {
-        if (!output.open(path))
-            return false;
-        format.begin(output.buffer());
-        return output.flush();
-    });
+    run.beginWith(link, [&] { return begin(output, path, format) && output.flush(); });
     QObject::connect(&link, &Link::opened, &run, [&tap] { tap.begin(); });
     QObject::connect(&link, &Link::received, &run, [&](const QByteArray &bytes) {
         tap.push(bytes);
